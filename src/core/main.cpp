@@ -1,0 +1,147 @@
+// The program's entry: the single-instance lock, the log, and the user thread's message loop.
+#include "core/clock.h"
+#include "core/log.h"
+#include "core/main_control.h"
+#include "core/parameters.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "platform/close_signals.h"
+#include "platform/folders.h"
+#include "platform/instance_lock.h"
+#include "platform/user_messages.h"
+#include "ui/display.h"
+#include "ui/status.h"
+
+#include <charconv>
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <mutex>
+#include <string_view>
+#include <thread>
+
+using namespace vlt;
+
+static constexpr int kSecondInstance = -1;
+static constexpr int kEarlyFailure = 0;
+
+struct Options {
+    bool headless = false;
+    int statusSeconds = 0;  // 0: no status lines
+};
+
+static bool lf_readOptions(int argc, char** argv, Options& options)
+{
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view argument = argv[i];
+        if (argument == "--headless") {
+            options.headless = true;
+        } else if (argument == "--status" && i + 1 < argc) {
+            const std::string_view number = argv[++i];
+            std::from_chars(number.data(), number.data() + number.size(), options.statusSeconds);
+        } else {
+            std::fprintf(stderr, "usage: velatra --headless [--status SECONDS]\n");
+            return false;
+        }
+    }
+    return true;
+}
+
+static void lf_printLine(std::string_view text)
+{
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fputc('\n', stdout);
+    std::fflush(stdout);
+}
+
+static void lf_printMessage(std::string_view text, bool isError)
+{
+    lf_printLine(isError ? "Error: " + std::string(text) : std::string(text));
+}
+
+static std::jthread lf_startStatusLines(int everySeconds)
+{
+    if (everySeconds < 1) {
+        return {};
+    }
+    return std::jthread([everySeconds](const std::stop_token& token) {
+        std::mutex mutex;
+        std::condition_variable_any wake;
+        std::unique_lock lock(mutex);
+        while (!wake.wait_for(lock, token, std::chrono::seconds(everySeconds), [] { return false; }) &&
+               !token.stop_requested()) {
+            lf_printLine(gf_statusLine());
+        }
+    });
+}
+
+static bool lf_makeDataFolder()
+{
+    std::error_code error;
+    std::filesystem::create_directories(gf_dataFolder(), error);
+    if (error) {
+        logLine(format("Failed to create directory: {}", error.message()));
+    }
+    return !error;
+}
+
+static void lf_onClose()
+{
+    showMessage(format("Close window button clicked, closing {} ...", kProgramName), false);
+    gf_requestClose();
+    if (gf_runEndedInError()) {
+        gf_postUserMessage(UserMessage::Finish);
+    }
+}
+
+// The messages of the user thread, until the program is to finish.
+static void lf_messageLoop()
+{
+    std::jthread worker;
+    gf_postUserMessage(UserMessage::StartMain);
+    while (true) {
+        switch (gf_waitUserMessage()) {
+        case UserMessage::StartMain:
+            worker = std::jthread(mainControl);
+            break;
+        case UserMessage::Close:
+            lf_onClose();
+            break;
+        case UserMessage::Finish:
+            worker.join();
+            gf_joinRunThreads();
+            return;
+        }
+    }
+}
+
+int main(int argc, char** argv)
+{
+    Options options;
+    if (!lf_readOptions(argc, argv, options) || !options.headless) {
+        std::fprintf(stderr, "this build runs without a window: start it with --headless\n");
+        return kEarlyFailure;
+    }
+    if (!gf_takeInstanceLock()) {
+        return kSecondInstance;
+    }
+    const CloseSignals closeSignals;
+    try {
+        logStart();
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "%s\n", e.what());
+        return kEarlyFailure;
+    }
+    gf_setMessageListener(lf_printMessage);
+    if (!lf_makeDataFolder()) {
+        return kEarlyFailure;
+    }
+    gf_readWindowPlace();
+    const std::jthread statusLines = lf_startStatusLines(options.statusSeconds);
+    lf_messageLoop();
+    logLine(nowString());
+    gf_logEnd();
+    return 0;
+}

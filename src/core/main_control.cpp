@@ -1,0 +1,214 @@
+#include "core/main_control.h"
+
+#include "core/clock.h"
+#include "core/errors.h"
+#include "core/log.h"
+#include "core/parameters.h"
+#include "core/paths.h"
+#include "core/run.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "liveries/matching.h"
+#include "liveries/scan_results.h"
+#include "platform/paths_form.h"
+#include "platform/user_messages.h"
+#include "sim/client.h"
+#include "traffic/auto_range.h"
+#include "traffic/flight_plan.h"
+#include "ui/display.h"
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <new>
+#include <stdexcept>
+
+namespace vlt {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+static std::atomic<bool> runEndedInError{false};  // [atomic] worker
+
+// --- the way up
+
+static void lf_testInstallFolder()
+{
+    // Only "not found" means that we run from the wrong folder; whatever else is wrong speaks for itself.
+    if (!std::filesystem::is_directory(kDocsFolder)) {
+        throw UserErrorException(kPlainUserError,
+                                 format("{} must be run from the {} folder!", kProgramName, kProgramName));
+    }
+}
+
+static void lf_testStockAirports()
+{
+    const std::filesystem::path stock = gf_toNativeForm(SIM_INSTALL_PATH.value + "\\Scenery");
+    std::error_code error;
+    if (!std::filesystem::is_directory(stock, error)) {
+        showMessage(format("Stock airports path does not exist: {}", SIM_INSTALL_PATH.value + "\\Scenery"),
+                    false);
+    }
+}
+
+static void lf_testScannedLiveries()
+{
+    std::error_code error;
+    if (!std::filesystem::exists(kLiveriesScannedFile, error) && !SCAN_LIVERIES.value) {
+        showMessage(format("File {} is gone, rescan liveries", gf_shown(kLiveriesScannedFile)), true);
+        SCAN_LIVERIES.value = true;
+        saveParameter(SCAN_LIVERIES);
+    }
+}
+
+static int32_t lf_countFiles(const std::filesystem::path& folder)
+{
+    std::error_code error;
+    int32_t count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+        count += entry.is_regular_file(error) ? 1 : 0;
+    }
+    return count;
+}
+
+static void lf_runThrough()
+{
+    lf_testInstallFolder();
+    prepareRun();
+    lf_testStockAirports();
+    lf_testScannedLiveries();
+    processScannedLiveries();
+    if (gf_stopping()) {
+        return;
+    }
+    display.thirdPartyCount = lf_countFiles(kMyThirdpartyFolder);
+    display.orbxCount = lf_countFiles(kMyOrbxFolder);
+    makeFlightPlanFolder();
+    if (AUTO_RANGE.value) {
+        gf_adaptRange();
+    }
+    runTraffic();
+}
+
+// --- the way down
+
+static void lf_systemError(std::string_view text)
+{
+    showError(text);
+    gf_noteSystemError();
+}
+
+static void lf_waitForUser()
+{
+    constexpr milliseconds kLook(500);
+    while (!closeRequested) {
+        gf_sleepUnlessClosing(kLook);
+    }
+    showMessage(format("User closed {}", kProgramName), false);
+}
+
+static bool lf_leadsToRestart(ExitReason reason)
+{
+    return reason == ExitReason::NewSettings || reason == ExitReason::SimConnectError ||
+           reason == ExitReason::ReaderError;
+}
+
+// What holds for one run only must not be found by the next.
+static void lf_forgetForNextRun()
+{
+    gf_removeFlightPlanFolder();
+    for (StringTextbox* p : {&DESTINATION, &BLOCK_CALLSIGN}) {
+        p->value.clear();
+        saveParameter(*p);
+    }
+}
+
+static void lf_countdown()
+{
+    const int32_t delay = restartDelaySeconds;
+    if (delay < 1) {
+        return;
+    }
+    logLine(format("Restarting after {} seconds\n\n\n\n\n", delay));
+    for (int32_t left = delay; left > 0 && !closeRequested; --left) {
+        showMessage(format("Restarting after {} second{}", left, gf_plural(left)), false);
+        gf_sleepUnlessClosing(seconds(1));
+    }
+}
+
+// False if the user closes the window meanwhile.
+static bool lf_prepareRestart(ExitReason reason)
+{
+    restarting = true;
+    gf_clearError();
+    showMessage("Prepare for a restart ...", false);
+    if (reason != ExitReason::NewSettings) {
+        for (Checkbox* p : {&SCAN_LIVERIES, &SCAN_AIRPORTS}) {
+            p->value = false;
+            saveParameter(*p);
+        }
+    }
+    lf_countdown();
+    return resetState();
+}
+
+static void lf_tellNewFlight()
+{
+    constexpr seconds kReadingTime(10);
+    showMessage(format("New flight detected, {} will close, please restart manually ...", kProgramName),
+                false);
+    gf_sleepUnlessClosing(kReadingTime);
+}
+
+static void lf_closeDown()
+{
+    constexpr milliseconds kSettle(500);
+    logLine(format("Exiting: {}", gf_exitReasonText(exitReason)));
+    gf_askRunThreadsToStop();
+    gf_sleepUnlessClosing(kSettle);
+    if (exitReason == ExitReason::SystemError) {
+        lf_waitForUser();
+    }
+    lf_forgetForNextRun();
+    writeMatchingSummary();
+    writeUnmatchedList();
+    const ExitReason reason = exitReason;
+    restarting = lf_leadsToRestart(reason) && !closeRequested && lf_prepareRestart(reason);
+    if (reason == ExitReason::NewFlight) {
+        lf_tellNewFlight();
+    }
+    gf_postUserMessage(restarting ? UserMessage::StartMain : UserMessage::Finish);
+}
+
+static void lf_closingDown()
+{
+    try {
+        lf_closeDown();
+    } catch (const std::exception& e) {
+        showMessage(format("{} exception {}", "lf_closingDown", e.what()), true);
+        runEndedInError = true;
+    }
+}
+
+void mainControl()
+{
+    try {
+        lf_runThrough();
+    } catch (const UserErrorException& e) {
+        lf_systemError(e.what());
+    } catch (const fmt::format_error& e) {
+        lf_systemError(format("std::format error: {}", e.what()));
+    } catch (const std::exception& e) {
+        lf_systemError(e.what());
+    } catch (...) {
+        lf_systemError("Unknown exception");
+    }
+    lf_closingDown();
+}
+
+bool gf_runEndedInError()
+{
+    return runEndedInError;
+}
+
+}  // namespace vlt

@@ -1,0 +1,207 @@
+#include "core/run.h"
+
+#include "core/clock.h"
+#include "core/errors.h"
+#include "core/locks.h"
+#include "core/log.h"
+#include "core/main_control.h"
+#include "core/parameters.h"
+#include "core/paths.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "core/traffic_loop.h"
+#include "link/traffic_reader.h"
+#include "liveries/database.h"
+#include "platform/folders.h"
+#include "sim/client.h"
+#include "sim/detection.h"
+#include "traffic/cycle.h"
+#include "traffic/geodesy.h"
+#include "traffic/traffic.h"
+#include "ui/display.h"
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+namespace vlt {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+bool restarting = false;
+
+// Threads of the present run, or of the last one while they end.
+struct RunThreads {
+    std::jthread simClient;
+    std::jthread trafficReader;
+};
+static RunThreads runThreads;  // [worker], and the user thread once the worker was joined
+
+static bool dbaseRead = false;  // [worker] survives restarts
+
+static void lf_lookForRealTraffic()
+{
+    std::error_code error;
+    realTrafficHere =
+        std::filesystem::exists(gf_appDataFolder() / "InsideSystems" / "RealTraffic.jar", error);
+    logLine(format("RealTraffic {}detected at this PC", realTrafficHere ? "" : "not "));
+}
+
+void prepareRun()
+{
+    readParameters();
+    makeFolders();
+    PROGRAM_INSTALL_PATH.value = gf_shown(std::filesystem::current_path());
+    saveParameter(PROGRAM_INSTALL_PATH);
+    hourNow = weekHourStamp();
+    if (!dbaseRead) {
+        dbaseRead = readDbase();
+    }
+    ALL_INSTALL_PATH.value = SIM_INSTALL_PATH.value;
+    display.installPathEnabled = true;
+    if (ALL_INSTALL_PATH.value.empty()) {
+        gf_detectSimulator();
+    }
+    lf_lookForRealTraffic();
+}
+
+static void lf_copyUser()
+{
+    const UserAc user = gf_userRaw();
+    userNow = {user.lat, user.lon, user.pitch, user.bank, user.heading, user.altitude, user.agl, user.speed};
+}
+
+static bool lf_userHasPosition()
+{
+    lf_copyUser();
+    return !gf_isNullPosition({userNow.lat, userNow.lon});
+}
+
+// Looks every `pause` until `ready`; false if a stop ends the wait.
+template <typename Ready>
+static bool lf_waitUntil(Ready ready, milliseconds pause)
+{
+    while (!ready()) {
+        if (!gf_sleepUnlessStopping(pause)) {
+            return false;
+        }
+    }
+    return !gf_stopping();
+}
+
+static bool lf_askForUser()
+{
+    requestUserPosition();
+    return lf_userHasPosition();
+}
+
+static bool waitForUserAircraft()
+{
+    if (!lf_waitUntil([] { return simRunning && !simRequestFailed; }, milliseconds(100))) {
+        return false;
+    }
+    if (!gf_requestUserOnGround()) {
+        logLine("SimConnect request ac gnd/air fails");
+        raiseRequestError();
+        return false;
+    }
+    if (!lf_waitUntil([] { return lf_askForUser() && userOnGroundKnown; }, milliseconds(500))) {
+        return false;
+    }
+    if (!gf_requestUserTitleAndModel()) {
+        logLine("SimConnect request title and model fails");
+        raiseRequestError();
+        return false;
+    }
+    return lf_waitUntil(lf_askForUser, milliseconds(200));
+}
+
+static void lf_clearIndicators()
+{
+    display.simIndicator = false;
+    display.simRunningIndicator = false;
+    display.rtIndicator = false;
+    display.rtWaiting = false;
+}
+
+static void lf_waitForFirstReport()
+{
+    constexpr int kLooks = 150;
+    constexpr milliseconds kPause(100);
+    for (int i = 0; i < kLooks && lastTimestamp == 0.0; ++i) {
+        if (!gf_sleepUnlessStopping(kPause)) {
+            return;
+        }
+    }
+    if (lastTimestamp == 0.0) {
+        showMessage("No traffic in this region?", false);
+    }
+}
+
+static void lf_startReader()
+{
+    trafficReader.reset();
+    runThreads.trafficReader = startTrafficReader(kTrafficPort);
+    gf_copyUser();
+    trafficReader.setCentre({userNow.lat, userNow.lon});
+}
+
+void runTraffic()
+{
+    constexpr seconds kBeforeReader(2);
+    lf_clearIndicators();
+    gf_reserveTables();
+    startSimClient(P3D_VERSION.value);
+    runThreads.simClient = gf_startSimClientThread();
+    if (!waitForUserAircraft()) {
+        return;
+    }
+    display.rtIndicator = true;
+    display.rtWaiting = false;
+    settingsOpen = false;
+    if (!gf_sleepUnlessStopping(kBeforeReader)) {
+        return;
+    }
+    lf_startReader();
+    lf_waitForFirstReport();
+    hourNow = weekHourStamp();
+    if (!gf_stopping()) {
+        trafficLoop();
+    }
+}
+
+void gf_askRunThreadsToStop()
+{
+    {
+        const std::scoped_lock lock(feedMutex);
+        intakeOpen = false;
+    }
+    runThreads.simClient.request_stop();
+    trafficReader.stop = true;
+    runThreads.trafficReader.request_stop();
+}
+
+void gf_joinRunThreads()
+{
+    gf_askRunThreadsToStop();
+    runThreads = RunThreads{};
+}
+
+bool resetState()
+{
+    gf_joinRunThreads();
+    if (!gf_resetRunState()) {
+        return false;
+    }
+    trafficReader.reset();
+    gf_resetSimClient();
+    gf_clearTables();
+    gf_resetDisplay();
+    secondDue = false;
+    wantedSimVersion = P3D_VERSION.value;
+    gf_applyLateralRange();
+    return true;
+}
+
+}  // namespace vlt

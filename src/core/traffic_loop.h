@@ -1,0 +1,27 @@
+// The traffic loop: 10 ms passes on an absolute deadline, locked on to the simulator's second.
+//
+// Worker thread. Here stand the lists of what a tick, a second and the longer periods do; the steps are
+// those of the rooms below.
+#pragma once
+
+namespace vlt {
+
+// Runs passes until one says that it is over. Opens the intake.
+void trafficLoop();
+
+// One pass; false to end the loop.
+bool trafficPass();
+
+// The 10 ms work.
+void trafficTick();
+
+// The once-a-second work.
+void secondTick();
+
+// The work of every 15 s, with what is due at multiples of it.
+void gf_periodicJob();
+
+// Looks whether the feed has brought anything since the last look, for the window.
+void gf_refreshFeedState();
+
+}  // namespace vlt

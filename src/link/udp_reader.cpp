@@ -1,0 +1,103 @@
+#include "link/udp_reader.h"
+
+#include "core/log.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "ui/display.h"
+
+#include <asio.hpp>
+
+#include <chrono>
+#include <stdexcept>
+
+namespace vlt {
+
+using asio::ip::udp;
+
+static constexpr int32_t kReaderErrorDelay = 15;  // seconds to the restart
+
+void UdpReader::takeDatagram(size_t size)
+{
+    if (size == 0) {
+        return;
+    }
+    if (size >= kDatagramLimit) {
+        logLine(format("buffer overrun: {} bytes", size));
+        return;
+    }
+    buffer[size] = '\0';
+    datagram = {buffer.data(), size};
+    packets = packets + 1;
+    // RealTraffic on another PC reaches us by every network both have.
+    if (!realTrafficHere) {
+        if (datagram == lastDatagram) {
+            return;
+        }
+        lastDatagram = datagram;
+    }
+    processDatagram();
+}
+
+static udp::socket lf_open(asio::io_context& context, uint16_t port)
+{
+    asio::error_code error;
+    udp::socket socket(context);
+    socket.open(udp::v4(), error);
+    if (error) {
+        throw std::runtime_error(format("failed to create the socket, error: {}", error.message()));
+    }
+    const asio::ip::address_v4 address =
+        realTrafficHere ? asio::ip::address_v4::loopback() : asio::ip::address_v4::any();
+    socket.bind(udp::endpoint(address, port), error);
+    if (error) {
+        throw std::runtime_error(format("bind to stream socket failed, error: {}", error.message()));
+    }
+    return socket;
+}
+
+static void lf_receiveNext(UdpReader& reader, udp::socket& socket)
+{
+    socket.async_receive(asio::buffer(reader.buffer.data(), kDatagramLimit),
+                         [&reader, &socket](const asio::error_code& error, size_t size) {
+                             if (error == asio::error::message_size) {
+                                 size = kDatagramLimit;
+                             } else if (error) {
+                                 throw std::runtime_error(format("receive error: {}", error.message()));
+                             }
+                             reader.takeDatagram(size);
+                             lf_receiveNext(reader, socket);
+                         });
+}
+
+static void lf_run(const std::stop_token& token, UdpReader& reader, uint16_t port)
+{
+    asio::io_context context(1);
+    udp::socket socket = lf_open(context, port);
+    reader.onStarted();
+    logLine(format("{} connected", reader.name));
+    const std::stop_callback wake(token, [&context] { context.stop(); });
+    lf_receiveNext(reader, socket);
+    while (!reader.stop && !token.stop_requested()) {
+        context.run_for(std::chrono::seconds(1));
+    }
+    reader.onStopped();
+}
+
+static void lf_threadBody(const std::stop_token& token, UdpReader& reader, uint16_t port)
+{
+    try {
+        lf_run(token, reader, port);
+        logLine(format("{} disconnected", reader.name));
+    } catch (const std::exception& e) {
+        if (gf_requestStop(ExitReason::ReaderError, kReaderErrorDelay)) {
+            showMessage(format("The {} has stopped with error: {}", reader.name, e.what()), true);
+        }
+    }
+}
+
+std::jthread gf_startReader(UdpReader& reader, uint16_t port)
+{
+    return std::jthread(lf_threadBody, std::ref(reader), port);
+}
+
+}  // namespace vlt

@@ -1,0 +1,203 @@
+#include "liveries/scan_results.h"
+
+#include "core/errors.h"
+#include "core/log.h"
+#include "core/parameters.h"
+#include "core/paths.h"
+#include "core/text.h"
+#include "core/xml_file.h"
+#include "liveries/dbase_reader.h"
+#include "liveries/match_index.h"
+#include "liveries/regcodes.h"
+#include "ui/display.h"
+
+#include <pugixml.hpp>
+
+#include <algorithm>
+
+namespace vlt {
+
+constexpr size_t kModelsPerLine = 20;
+
+static Livery lf_livery(const pugi::xml_node& node)
+{
+    return {.airline = node.attribute("airl").as_string(),
+            .model = node.attribute("type").as_string(),
+            .title = node.attribute("title").as_string(),
+            .atcid = node.attribute("atcid").as_string(),
+            .folder = 0,
+            .cargo = gf_isTrue(node.attribute("cargo").as_string())};
+}
+
+void readLiveriesScanned(const std::filesystem::path& path)
+{
+    pugi::xml_document document;
+    if (!document.load_file(path.c_str())) {
+        throw UserErrorException(51, format("File {} not found", gf_shown(path)));
+    }
+    const pugi::xml_node root = document.child("liveries");
+    if (!root) {
+        throw UserErrorException(52, format("{} does not contain a <liveries> section", gf_shown(path)));
+    }
+    liveries.clear();
+    for (const pugi::xml_node& node : root.children("liv")) {
+        liveries.push_back(lf_livery(node));
+    }
+    if (liveries.empty()) {
+        throw UserErrorException(533, format("{} does not contain liveries", gf_shown(path)));
+    }
+    gf_sortLiveries();
+    logLine(format("{} liveries read from {}", liveries.size(), gf_shown(path)));
+}
+
+void readLiveriesScanned()
+{
+    readLiveriesScanned(kLiveriesScannedFile);
+}
+
+static void lf_append(pugi::xml_node& root, const Livery& livery)
+{
+    pugi::xml_node node = root.append_child("liv");
+    node.append_attribute("airl").set_value(livery.airline.c_str());
+    node.append_attribute("type").set_value(livery.model.c_str());
+    if (livery.cargo) {
+        node.append_attribute("cargo").set_value("true");
+    }
+    node.append_attribute("title").set_value(livery.title.c_str());
+    if (!livery.atcid.empty()) {
+        node.append_attribute("atcid").set_value(livery.atcid.c_str());
+    }
+}
+
+bool writeLiveriesScanned(const std::filesystem::path& path)
+{
+    pugi::xml_document document;
+    gf_addMeta(document);
+    pugi::xml_node root = document.append_child("liveries");
+    for (const Livery& livery : liveries) {
+        lf_append(root, livery);
+    }
+    return saveXml(document, path);
+}
+
+bool writeLiveriesScanned()
+{
+    return writeLiveriesScanned(kLiveriesScannedFile);
+}
+
+static void lf_reportGeneric()
+{
+    std::set<std::string_view> models;
+    if (const auto generic = airlineLiveries.find(kGenericAirline); generic != airlineLiveries.end()) {
+        for (const auto& [model, entries] : generic->second) {
+            models.insert(model);
+        }
+    }
+    if (models.empty()) {
+        logLine("No generic liveries");
+        return;
+    }
+    logLine(format("{} model{} have a generic livery", models.size(),
+                   gf_plural(static_cast<int64_t>(models.size()))));
+    logLine(format("{}", fmt::join(models, ",")));
+}
+
+static int64_t lf_countTitles(const TextMap<TitleViews>& index, const std::vector<std::string>& models)
+{
+    int64_t count = 0;
+    for (const std::string& model : models) {
+        if (const auto titles = index.find(model); titles != index.end()) {
+            count += static_cast<int64_t>(titles->second.size());
+        }
+    }
+    return count;
+}
+
+static void lf_logModels(const std::vector<std::string>& models)
+{
+    for (size_t first = 0; first < models.size(); first += kModelsPerLine) {
+        const size_t count = std::min(kModelsPerLine, models.size() - first);
+        const auto begin = models.begin() + static_cast<std::ptrdiff_t>(first);
+        logLine(format("  {}", fmt::join(begin, begin + static_cast<std::ptrdiff_t>(count), ",")));
+    }
+}
+
+// An option that a category without liveries takes away.
+struct CategoryOption {
+    AcCategory category;
+    BoolParameter& option;
+    std::string_view aircraft;
+};
+
+static void lf_judgeOption(AcCategory category, bool installed)
+{
+    const CategoryOption options[] = {{AcCategory::Light, LIGHT_AIRCRAFT, "light aircraft"},
+                                      {AcCategory::HighPerf, HIGH_PERF_AIRCRAFT, "High Perf aircraft"},
+                                      {AcCategory::Rotorcraft, HELICOPTERS, "Helicopters"}};
+    categoryInstalled[static_cast<size_t>(category)] = installed;
+    for (const CategoryOption& o : options) {
+        if (o.category == category && !installed && o.option.value) {
+            o.option.value = false;
+            saveParameter(o.option);
+            showMessage(format("{} temporary switched off because you do not have {} installed",
+                               o.option.name, o.aircraft),
+                        true);
+        }
+    }
+}
+
+void gf_reportCategory(AcCategory category)
+{
+    const size_t number = static_cast<size_t>(category);
+    const std::vector<std::string> models = gf_modelsOfCategory(category);
+    if (models.empty()) {
+        logLine(format("Category {}: No livery found", kCategoryNames[number]));
+    } else {
+        const int64_t pax = lf_countTitles(byModel[0], models);
+        const int64_t cargo = lf_countTitles(byModel[1], models);
+        std::string text =
+            format("Category {}: {} pax liverie{}", kCategoryNames[number], pax, gf_plural(pax));
+        if (cargo > 0) {
+            text += format(" and {} cargo liverie{}", cargo, gf_plural(cargo));
+        }
+        logLine(text);
+        lf_logModels(models);
+    }
+    lf_judgeOption(category, !models.empty());
+}
+
+static void lf_buildIndexes()
+{
+    gf_buildAirlineLiveries();
+    gf_buildByAirlineModel();
+    collectInlineRegcodes();
+    processRegcodeFiles();
+    logLine(format("{} registration codes", regcodeTitles.size()));
+    gf_buildByModel();
+    logLine(format("{} airlines, {} pax aircraft models and {} cargo aircraft models", airlineLiveries.size(),
+                   byModel[0].size(), byModel[1].size()));
+    gf_buildSimilarWithLiveries();
+    gf_buildSimilarPerAirline();
+    gf_buildCategoryModels();
+}
+
+void processScannedLiveries()
+{
+    if (liveriesProcessed) {
+        logLine("Processing scanned liveries skipped; already done in previous start-up");
+        liveries.clear();
+        return;
+    }
+    readLiveriesScanned();
+    display.liveriesCount = static_cast<int32_t>(liveries.size());
+    gf_dropUnusableLiveries();
+    lf_buildIndexes();
+    lf_reportGeneric();
+    for (size_t i = 0; i < kCategoryCount; ++i) {
+        gf_reportCategory(static_cast<AcCategory>(i));
+    }
+    liveriesProcessed = true;
+    liveries.clear();
+}
+
+}  // namespace vlt

@@ -1,0 +1,384 @@
+// The dispatch: one handler per message of the simulator. SimClient thread. Takes simCallMutex for the
+// user's record and for setting up a new object, and messageMutex, never both at once.
+#include "sim/client.h"
+
+#include "core/errors.h"
+#include "core/locks.h"
+#include "core/log.h"
+#include "core/parameters.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "sim/ids.h"
+#include "sim/packets.h"
+#include "sim/user_aircraft.h"
+#include "traffic/geodesy.h"
+#include "ui/display.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <optional>
+#include <stdexcept>
+
+namespace vlt {
+
+static constexpr double kTeleportNm = 10.0;       // a jump of the user's aircraft beyond this is a new flight
+static constexpr double kObjectDataBelow = 2500;  // feet above ground; higher up nobody needs it
+static constexpr int32_t kNewFlightDelay = 30;    // seconds
+static constexpr uint32_t kFramesPerLook = 30;
+
+static uint32_t framesSeen = 0;  // [simClient]
+static LatLon userPrevPosition;  // [simClient] of the report before
+
+static LatLon lf_userPosition()
+{
+    const UserAc user = gf_userRaw();
+    return {user.lat, user.lon};
+}
+
+static void lf_newFlight()
+{
+    gf_requestStop(ExitReason::NewFlight, kNewFlightDelay);
+}
+
+static void lf_onEvent(PacketReader& body)
+{
+    body.u32();
+    const uint32_t event = body.u32();
+    const uint32_t data = body.u32();
+    switch (event) {
+    case kEventSim:
+        simRunning = data == 1;
+        display.simRunningIndicator = data == 1;
+        break;
+    case kEventPositionChanged:
+        logLine("User ac position changed");
+        lf_newFlight();
+        break;
+    case kEventFlightLoaded:
+        logLine("Simconnect: flight loaded event");
+        lf_newFlight();
+        break;
+    default:
+        break;
+    }
+}
+
+static void lf_onObjectAddRemove(PacketReader& body)
+{
+    body.u32();
+    const uint32_t event = body.u32();
+    const uint32_t objectid = body.u32();
+    if (body.u32() != kSimObjectTypeAircraft) {
+        return;
+    }
+    if (event == kEventObjectAdded && objectid > userObjectId) {
+        addedObjects.push_back(objectid);
+    } else if (event == kEventObjectRemoved) {
+        std::erase(addedObjects, objectid);
+        gf_postSimMessage({objectid, 0, 0, SimMessageKind::ObjectRemoved, 0, 0});
+    }
+}
+
+static void lf_onFrameEvent(PacketReader& body)
+{
+    body.skip(3 * sizeof(uint32_t));
+    const float rate = body.f32();
+    gf_onFrame();
+    if (++framesSeen % kFramesPerLook == 0) {
+        frameRate = rate;
+    }
+}
+
+// --- the opening message
+
+static bool lf_versionFits(std::string_view simName)
+{
+    struct Version {
+        std::string_view inName;
+        std::string_view inPath;
+        int32_t number;
+    };
+    static constexpr Version kVersions[] = {{"v5", "V5", 5}, {"v6", "V6", 6}};
+    const std::string& path = SIM_INSTALL_PATH.value;
+    return std::ranges::any_of(kVersions, [&](const Version& v) {
+        const bool pathFits =
+            path.find(v.inName) != std::string::npos || path.find(v.inPath) != std::string::npos;
+        return simName.find(v.inName) != std::string_view::npos && (pathFits || wantedSimVersion == v.number);
+    });
+}
+
+static std::string lf_lettersDigitsBlanks(std::string_view text)
+{
+    std::string kept;
+    std::ranges::copy_if(text, std::back_inserter(kept), [](char c) {
+        return c == ' ' || (std::isalnum(static_cast<unsigned char>(c)) != 0);
+    });
+    return kept;
+}
+
+static void lf_onOpen(PacketReader& body)
+{
+    const std::string application = lf_lettersDigitsBlanks(body.text(kSimNameWidth));
+    if (application.empty()) {
+        logLine("! Simulator name empty?");
+    }
+    if (application == "KittyHawk" || application == "SunRise") {
+        throw UserErrorException(kPlainUserError, application + ", (MSFS) not being P3D connects ... ?");
+    }
+    const uint32_t major = body.u32();
+    const uint32_t minor = body.u32();
+    const uint32_t buildMajor = body.u32();
+    const uint32_t buildMinor = body.u32();
+    const std::string name = format("{} ({}.{}.{}.{})", application, major, minor, buildMajor, buildMinor);
+    gf_setText(&Display::simText, name);
+    display.simIndicator = true;
+    showMessage(format("{} connected", name), true);
+    if (!lf_versionFits(name)) {
+        display.installPathEnabled = true;
+        throw UserErrorException(kPlainUserError, format("wrong P3D version \"{}\" connects ... ?", name));
+    }
+    clearMessage();
+}
+
+// --- exceptions
+
+static void lf_onCreationFailed(uint32_t sendId)
+{
+    const auto found = std::ranges::find(pendingCreates, sendId, &PendingCreate::sendId);
+    if (found != pendingCreates.end()) {
+        const uint32_t hexid = found->hexid;
+        pendingCreates.erase(found);
+        gf_postSimMessage({kNoObject, hexid, 0, SimMessageKind::CreationRefused, 0, 0});
+    }
+}
+
+static void lf_onException(PacketReader& body)
+{
+    const uint32_t exception = body.u32();
+    const uint32_t sendId = body.u32();
+    const uint32_t index = body.u32();
+    switch (exception) {
+    case 3:
+        if (!gf_isNullPosition(lf_userPosition()) && !gf_stopping()) {
+            logLine("SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID");
+        }
+        break;
+    case 5:
+        throw UserErrorException(kPlainUserError, format("Simconnect Version Mismatch, dwindex: {} ", index));
+    case 11:
+        showMessage("SimConnect: too many objects (max 1000)", true);
+        break;
+    case 22:
+        lf_onCreationFailed(sendId);
+        break;
+    case 23:
+        logLine("Simconnect exception: load flight plan failed");
+        break;
+    default:
+        logLine(format("SIMCON EXCEP {}", exception));
+        break;
+    }
+}
+
+// --- object data
+
+static UserAc lf_readUser(PacketReader& body)
+{
+    UserAc user;
+    for (double* value : {&user.lat, &user.lon, &user.pitch, &user.bank, &user.heading, &user.altitude,
+                          &user.agl, &user.speed}) {
+        *value = body.f64();
+        if (!std::isfinite(*value)) {
+            throw std::out_of_range("user data aren't finite");
+        }
+    }
+    for (int64_t* value : {&user.zuluTime, &user.zuluDay, &user.zuluYear, &user.lights}) {
+        *value = body.i64();
+    }
+    user.agl = std::max(user.agl, 0.0);
+    return user;
+}
+
+static void lf_onUserData(uint32_t objectid, PacketReader& body)
+{
+    const UserAc user = lf_readUser(body);
+    {
+        const std::scoped_lock lock(simCallMutex);
+        userRaw = user;
+    }
+    const LatLon position{user.lat, user.lon};
+    if (!gf_isNullPosition(userPrevPosition) && distNm(userPrevPosition, position) > kTeleportNm) {
+        logLine("Teleport");
+        lf_newFlight();
+    }
+    userPrevPosition = position;
+    userObjectId = objectid;
+}
+
+static void lf_onUserOnGround(PacketReader& body)
+{
+    const bool onGround = body.i64() != 0;
+    if (!gf_isNullPosition(lf_userPosition())) {
+        userOnGround = onGround;
+        userOnGroundKnown = true;
+    }
+    secondDue = true;
+}
+
+struct DataHead {
+    uint32_t request, objectid;
+};
+
+// Moves `body` past the head of an object data message to its values.
+static DataHead lf_dataHead(PacketReader& body)
+{
+    const uint32_t request = body.u32();
+    const uint32_t objectid = body.u32();
+    constexpr size_t kRestOfHead = 5 * sizeof(uint32_t);  // definition, flags, entry, out of, count
+    body.skip(kRestOfHead);
+    return {request, objectid};
+}
+
+static void lf_onObjectData(PacketReader& body)
+{
+    const DataHead head = lf_dataHead(body);
+    switch (head.request) {
+    case kReqStaticData: {
+        const double staticCg = body.f64();
+        const double staticPitch = body.f64();
+        gf_postSimMessage({head.objectid, 0, 0, SimMessageKind::StaticData, staticCg, staticPitch});
+        break;
+    }
+    case kReqTitle:
+        gf_onUserTitle(body.textV());
+        break;
+    case kReqModel:
+        gf_onUserModel(body.remaining() == 0 ? std::nullopt : std::optional(body.textV()));
+        break;
+    case kReqUserOnGround:
+        lf_onUserOnGround(body);
+        break;
+    case kReqUser:
+        lf_onUserData(head.objectid, body);
+        break;
+    default:
+        break;
+    }
+}
+
+struct AircraftData {
+    double agl, groundAltitude;
+    bool onGround;
+    std::string_view atcId;
+};
+
+static AircraftData lf_readAircraft(PacketReader& body)
+{
+    constexpr size_t kString32 = 32;
+    AircraftData data{};
+    data.agl = body.f64();
+    data.groundAltitude = body.f64();
+    data.onGround = body.i64() != 0;
+    data.atcId = body.text(kString32);
+    if (!std::isfinite(data.agl) || !std::isfinite(data.groundAltitude)) {
+        throw std::out_of_range("aircraft data aren't finite");
+    }
+    return data;
+}
+
+// Takes the object out of the simulator's hands: from now on only the engine moves it.
+static void lf_takeControl(uint32_t objectid)
+{
+    const std::scoped_lock lock(simCallMutex);
+    SimConnect_AIReleaseControl(simHandle, objectid, kReqReleaseControl);
+    for (const uint32_t event : {FREEZE_LATITUDE_LONGITUDE_SET, FREEZE_ALTITUDE_SET, FREEZE_ATTITUDE_SET}) {
+        eventQueue.push_back({objectid, event, 1});
+    }
+}
+
+static void lf_onNewObject(uint32_t objectid, const AircraftData& data)
+{
+    const auto pending = std::ranges::find(pendingCreates, data.atcId, &PendingCreate::tailNumber);
+    if (pending == pendingCreates.end()) {
+        logLine(format(
+            "just spawned, but not by {}, oid: {}, callsign \"{}\", altaboveGnd:{:.0f} ft, onground:{}, "
+            "gnd_alt:{:.0f} ft",
+            kProgramName, objectid, data.atcId, data.agl, data.onGround, data.groundAltitude));
+        return;
+    }
+    const uint32_t hexid = pending->hexid;
+    pendingCreates.erase(pending);
+    lf_takeControl(objectid);
+    if (hexid > kLastStaticHexid) {
+        gf_postSimMessage({objectid, hexid, 0, SimMessageKind::LiveObject, 0, data.agl});
+    } else {
+        gf_postSimMessage({objectid, hexid, 0, SimMessageKind::StaticObject, 0, 0});
+    }
+}
+
+static void lf_onAircraftInRange(PacketReader& body)
+{
+    const DataHead head = lf_dataHead(body);
+    if (head.request != kReqAircraftInRange || head.objectid <= userObjectId) {
+        return;
+    }
+    const AircraftData data = lf_readAircraft(body);
+    if (std::erase(addedObjects, head.objectid) > 0) {
+        lf_onNewObject(head.objectid, data);
+    } else if (data.agl <= kObjectDataBelow && !data.atcId.empty() && !data.atcId.ends_with('*')) {
+        gf_postSimMessage({head.objectid, data.onGround ? 1U : 0U, 0, SimMessageKind::ObjectData,
+                           data.groundAltitude, data.agl});
+    }
+}
+
+static void lf_dispatch(uint32_t id, PacketReader& body)
+{
+    constexpr uint32_t kIgnored[] = {12, 16};
+    switch (static_cast<SimMessageId>(id)) {
+    case SimMessageId::Exception:
+        return lf_onException(body);
+    case SimMessageId::Open:
+        return lf_onOpen(body);
+    case SimMessageId::Quit:
+        simRunning = false;
+        return;
+    case SimMessageId::Event:
+        return lf_onEvent(body);
+    case SimMessageId::ObjectAddRemove:
+        return lf_onObjectAddRemove(body);
+    case SimMessageId::FileName:
+        logLine("SimConnect: New file event");
+        return lf_newFlight();
+    case SimMessageId::Frame:
+        return lf_onFrameEvent(body);
+    case SimMessageId::ObjectData:
+        return lf_onObjectData(body);
+    case SimMessageId::ObjectDataByType:
+        return lf_onAircraftInRange(body);
+    }
+    if (std::ranges::find(kIgnored, id) == std::end(kIgnored)) {
+        logLine(format("! Unknown Dispatch dwID {}", id));
+    }
+}
+
+void gf_dispatchMessage(std::span<const std::byte> message)
+{
+    uint32_t id = 0;
+    try {
+        PacketReader body(message);
+        body.skip(2 * sizeof(uint32_t));
+        id = body.u32();
+        lf_dispatch(id, body);
+    } catch (const std::out_of_range& e) {
+        logLine(format("! message {} of {} bytes is dropped: {}", id, message.size(), e.what()));
+    }
+}
+
+void gf_forgetUserTrack()
+{
+    framesSeen = 0;
+    userPrevPosition = {};
+}
+
+}  // namespace vlt

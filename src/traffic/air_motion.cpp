@@ -1,0 +1,337 @@
+#include "traffic/air_motion.h"
+
+#include "core/log.h"
+#include "core/text.h"
+#include "traffic/commands.h"
+#include "traffic/geodesy.h"
+#include "traffic/performance.h"
+#include "traffic/removal.h"
+#include "traffic/stream.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace vlt {
+
+static constexpr double kTicksPerHour = 360000.0;
+static constexpr double kTicksPerMinute = 6000.0;
+static constexpr double kSettledClimb = 601;  // feet per minute; beyond it a vertical speed counts as meant
+static constexpr int32_t kNormalTimeLimit = 1000;  // ticks
+
+static LatLon lf_position(const PosSample& sample)
+{
+    return {sample.lat, sample.lon};
+}
+
+static bool lf_samePosition(const PosSample& a, const PosSample& b)
+{
+    return a.lat == b.lat && a.lon == b.lon;
+}
+
+void gf_narrowTimeLimits(LiveAc& ac)
+{
+    constexpr int32_t kStep = 100;  // ticks
+    ac.lagLimit = std::max(ac.lagLimit - kStep, kNormalTimeLimit);
+    ac.leadLimit = std::max(ac.leadLimit - kStep, kNormalTimeLimit);
+}
+
+// --- arrival times
+
+// The leg's speed in knots: the mean of both ends, or what its length and times tell when both stand still.
+static double lf_legSpeed(const PosSample& front, const PosSample& next, double dist)
+{
+    constexpr double kShortestTime = 0.25 * kTicksPerSecond;
+    const double mean = (front.speed + next.speed) / 2;
+    if (mean > 0) {
+        return mean;
+    }
+    const double ticks = std::max(static_cast<double>(next.time) - front.time, kShortestTime);
+    return std::max(dist * kTicksPerHour / ticks, 1.0);
+}
+
+void gf_setArrivalTime(LiveAc& ac, double speed)
+{
+    constexpr double kLongestLeg = 1e8;  // ticks; a week is 6e7
+    const PosSample& front = ac.stream[0];
+    PosSample& next = ac.stream[1];
+    const double dist = distNm(lf_position(front), lf_position(next));
+    const double knots = speed > 0 ? speed : lf_legSpeed(front, next, dist);
+    const double ticks =
+        std::clamp(std::round(dist * kTicksPerHour / knots), double{kShortestLeg}, kLongestLeg);
+    double eta = tick.load() + ticks;
+    if (ac.extendCount < 1) {
+        eta = std::clamp(eta, static_cast<double>(next.time) - ac.lagLimit,
+                         static_cast<double>(next.time) + ac.leadLimit);
+    }
+    next.time = static_cast<int32_t>(std::clamp(eta, static_cast<double>(tick.load()), 2e9));
+}
+
+static void lf_nextPosAir(LiveAc& ac)
+{
+    constexpr double kLandingSpeed = 100;  // knots, where the report has none
+    const PosSample& front = ac.stream[0];
+    const PosSample& next = ac.stream[1];
+    if (next.stationary) {
+        return;
+    }
+    if (ac.approach && !next.airborne) {
+        gf_setArrivalTime(ac, front.speed > 0 ? front.speed : kLandingSpeed);
+    } else {
+        gf_setArrivalTime(ac);
+    }
+}
+
+// --- rates of a leg
+
+static double lf_limited(double value, double limit)
+{
+    return std::clamp(value, -limit, limit);
+}
+
+double gf_touchdownVs(const LiveAc& ac)
+{
+    constexpr double kLowAgl = 100;          // feet
+    constexpr double kGentle = -600;         // feet per minute
+    constexpr double kVsPerHectopascal = 6;  // an altitude that isn't corrected for pressure misleads by this
+    constexpr int32_t kStandardQnh = 1013;
+    if (ac.agl <= kLowAgl) {
+        return kGentle;
+    }
+    const double mean = (ac.stream[0].vs + ac.stream[1].vs) / 2;
+    return std::min(mean - (currentQnh - kStandardQnh) * kVsPerHectopascal, -kSettledClimb);
+}
+
+double gf_pitchForVs(double vs)
+{
+    constexpr double kLevelPitchDeg = -3.0;
+    constexpr double kPitchDegPer600 = 2.2;
+    const double limited = vs < 0 ? std::max(vs, -3000.0) / 2 : std::min(vs, 2400.0);
+    return (kLevelPitchDeg - kPitchDegPer600 * limited / 600) * kRadPerDeg;
+}
+
+// The leg's vertical speed, in feet per minute, is ours and not the report's.
+static void lf_flyVs(LiveAc& ac, double vs)
+{
+    ac.stream[1].vs = vs;
+    ac.targetVs = vs;
+    ac.altRate = vs / kTicksPerMinute;
+}
+
+static void lf_climbRate(LiveAc& ac, int32_t ticks)
+{
+    constexpr double kNearGround = 1000;  // feet
+    constexpr double kLeastClimb = 0.2;   // feet per tick
+    constexpr double kFrozenVs = 100;     // feet per minute
+    const PosSample& front = ac.stream[0];
+    const PosSample& next = ac.stream[1];
+    const double rate = (next.altitude - ac.alt) / ticks;
+    if (!ac.approach) {
+        ac.altRate = std::min(ac.agl > kNearGround ? rate : std::max(rate, kLeastClimb), ac.maxClimbRate);
+    } else if (front.altitude == next.altitude && ac.agl <= kNearGround && front.vs + next.vs <= kFrozenVs) {
+        lf_flyVs(ac, gf_touchdownVs(ac));
+    } else {
+        ac.altRate = rate;
+    }
+}
+
+static void lf_lastLegBeforeTouchdown(LiveAc& ac, int32_t ticks)
+{
+    constexpr int32_t kStandardQnh = 1013;
+    if (parkAirport && currentQnh <= kStandardQnh) {
+        ac.altRate = (parkAirport->elevation - ac.alt) / ticks;
+    } else {
+        lf_flyVs(ac, currentQnh <= kStandardQnh ? -kSettledClimb : gf_touchdownVs(ac));
+    }
+    gf_commandGear(ac, true);
+}
+
+static void lf_climbAway(LiveAc& ac, int32_t ticks)
+{
+    const double altitude = ac.stream[1].altitude;
+    ac.altRate = altitude > ac.alt ? std::min((altitude - ac.alt) / ticks, ac.maxClimbRate) : 0;
+}
+
+static int32_t lf_legTicks(const LiveAc& ac)
+{
+    return std::max(ac.stream[1].time - tick, kShortestLeg);
+}
+
+// The stream is about to climb: goes straight for the first airborne sample, if there is one near.
+static void lf_climbOutOfStream(LiveAc& ac)
+{
+    constexpr size_t kLookAhead = 10;
+    const size_t last = std::min(ac.stream.size() - 1, kLookAhead);
+    for (size_t n = 3; n <= last; ++n) {
+        if (ac.stream[n - 1].airborne) {
+            ac.stream.erase(ac.stream.begin() + 1, ac.stream.begin() + static_cast<std::ptrdiff_t>(n) - 1);
+            gf_setArrivalTime(ac);
+            const int32_t ticks = lf_legTicks(ac);
+            ac.dLat = (ac.stream[1].lat - ac.lat) / ticks;
+            ac.dLon = (ac.stream[1].lon - ac.lon) / ticks;
+            lf_climbAway(ac, ticks);
+            return;
+        }
+    }
+    lf_flyVs(ac, std::max(ac.stream[1].vs, kSettledClimb));
+}
+
+// Reports on the ground while the object is in the air.
+static void lf_groundedInAir(LiveAc& ac)
+{
+    constexpr double kClimbingStream = 100;  // feet per minute
+    double vsOfStream = 0;
+    for (const PosSample& sample : ac.stream) {
+        vsOfStream += sample.vs;
+    }
+    if (!ac.approach && vsOfStream > kClimbingStream) {
+        lf_climbOutOfStream(ac);
+    } else {
+        lf_flyVs(ac, gf_touchdownVs(ac));
+    }
+    gf_commandGear(ac, true);
+}
+
+static void lf_setVertical(LiveAc& ac, int32_t ticks)
+{
+    const bool frontAir = ac.stream[0].airborne;
+    const bool nextAir = ac.stream[1].airborne;
+    if (frontAir && nextAir) {
+        lf_climbRate(ac, ticks);
+    } else if (frontAir) {
+        lf_lastLegBeforeTouchdown(ac, ticks);
+    } else if (nextAir) {
+        lf_climbAway(ac, ticks);
+    } else {
+        lf_groundedInAir(ac);
+    }
+}
+
+// The heading change over the leg: to the reported heading near the ground, else to the leg after it.
+static double lf_headingChange(const LiveAc& ac)
+{
+    constexpr double kHeadingBelow = 1000;          // feet
+    constexpr double kHeadingBelowApproach = 2000;  // feet
+    const PosSample& next = ac.stream[1];
+    const bool low = ac.agl < (ac.approach ? kHeadingBelowApproach : kHeadingBelow);
+    if (low && next.attitudeGiven && next.rollValid && next.headingValid) {
+        return angleDiff(ac.hdg, next.heading);
+    }
+    if (ac.stream.size() < 3 || lf_samePosition(next, ac.stream[2])) {
+        return 0;
+    }
+    return angleDiff(ac.hdg, bearing(lf_position(next), lf_position(ac.stream[2])));
+}
+
+void airSettings(LiveAc& ac, int32_t ticks)
+{
+    if (ac.st != StState::TakeOff) {
+        gf_setSt(ac, StState::Flying);
+    }
+    ac.speedOut = ac.stream[1].tas;
+    ac.targetVs = ac.stream[1].vs;
+    if (ac.flareStage == 0) {
+        lf_setVertical(ac, ticks);
+    }
+    const PosSample& next = ac.stream[1];
+    const int32_t legTicks = lf_legTicks(ac);  // the vertical may have dropped samples
+    if (ac.st != StState::TakeOff && ac.flareStage == 0) {
+        ac.pitchRate =
+            lf_limited((gf_pitchForVs(next.vs) - ac.pitch) / legTicks, gf_maxPitchRate(ac.category));
+    }
+    const double delta = lf_headingChange(ac);
+    ac.hdgRate = delta / legTicks;
+    if (next.rollValid) {
+        ac.bankRate = (next.roll - ac.bank) / legTicks;
+    } else {
+        const double target = lf_limited(-delta, gf_maxBank(ac.category));
+        ac.bankRate = lf_limited((target - ac.bank) / legTicks, gf_maxBankRate(ac.category));
+    }
+    gf_airConfig(ac);
+}
+
+// --- legs
+
+// Until taxiing has its curves, an object on the ground rolls along its reports.
+static void lf_groundSettings(LiveAc& ac, int32_t ticks)
+{
+    ac.speedOut = ac.stream[1].speed;
+    ac.targetVs = 0;
+    ac.altRate = 0;
+    ac.hdgRate = angleDiff(ac.hdg, ac.trackTarget) / ticks;
+}
+
+static void lf_setRates(LiveAc& ac)
+{
+    const PosSample& next = ac.stream[1];
+    if (next.stationary) {
+        ac.dLat = 0;
+        ac.dLon = 0;
+        if (!ac.landingRoll && !ac.takeOff) {
+            gf_narrowTimeLimits(ac);
+        }
+        return;
+    }
+    // From where the aircraft is, not from the front sample: so every leg ends at its sample.
+    const int32_t ticks = lf_legTicks(ac);
+    ac.dLat = (next.lat - ac.lat) / ticks;
+    ac.dLon = std::remainder(next.lon - ac.lon, 360.0) / ticks;
+    if (ac.onGround) {
+        lf_groundSettings(ac, ticks);
+    } else {
+        airSettings(ac, ticks);
+    }
+}
+
+static void lf_nextPos(LiveAc& ac)
+{
+    ac.curve = Curve{};
+    const PosSample& front = ac.stream[0];
+    PosSample& next = ac.stream[1];
+    if (!next.stationary && lf_samePosition(front, next)) {
+        next.stationary = true;
+    }
+    if (!next.stationary) {
+        ac.trackTarget = bearing(lf_position(front), lf_position(next));
+    }
+    if (!ac.onGround) {
+        lf_nextPosAir(ac);
+    } else if (!next.stationary) {
+        gf_setArrivalTime(ac);
+    }
+    lf_setRates(ac);
+    ac.stream.pop_front();
+}
+
+static void lf_nextPosMain(LiveAc& ac)
+{
+    while (true) {
+        if (ac.stream.size() < 2) {
+            if (extendStream(ac)) {
+                continue;
+            }
+            removeAircraftFromSim(ac);
+            return;
+        }
+        // An aircraft in the air doesn't stand still.
+        if (!ac.onGround && ac.stream[1].stationary && ac.category != AcCategory::Rotorcraft) {
+            ac.stream.erase(ac.stream.begin() + 1);
+            continue;
+        }
+        lf_nextPos(ac);
+        return;
+    }
+}
+
+void nextPosMain(LiveAc& ac)
+{
+    try {
+        lf_nextPosMain(ac);
+    } catch (const std::exception& e) {
+        logLine(format("{}: {} {}, sz:{}, fs:{}, st:{}", "nextPosMain", e.what(), logName(ac),
+                       ac.stream.size(), stateWord(ac.fs), stateWord(ac.st)));
+        throw;
+    }
+}
+
+}  // namespace vlt

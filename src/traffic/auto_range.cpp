@@ -1,0 +1,41 @@
+#include "traffic/auto_range.h"
+
+#include "core/parameters.h"
+#include "traffic/geodesy.h"
+#include "traffic/traffic.h"
+
+#include <cmath>
+
+namespace vlt {
+
+int32_t gf_autoRange(bool onGround, double altitude, std::optional<double> parkAirportNm)
+{
+    constexpr int32_t kAtAirport = 10;  // nm
+    constexpr int32_t kOnTheWay = 40;
+    constexpr int32_t kHighUp = 100;
+    constexpr double kNear = 7;
+    constexpr double kFar = 37;
+    constexpr int32_t kMargin = 3;
+    if (onGround) {
+        return kAtAirport;
+    }
+    if (altitude > AUTO_RANGE_ABOVE_HEIGHT.value) {
+        return kHighUp;
+    }
+    if (altitude > AIRPORT_HEIGHT.value || !parkAirportNm || *parkAirportNm >= kFar) {
+        return kOnTheWay;
+    }
+    return *parkAirportNm <= kNear ? kAtAirport : static_cast<int32_t>(std::lround(*parkAirportNm)) + kMargin;
+}
+
+void gf_adaptRange()
+{
+    std::optional<double> parkAirportNm;
+    if (parkAirport) {
+        parkAirportNm = distNm({userNow.lat, userNow.lon}, {parkAirport->lat, parkAirport->lon});
+    }
+    LATERAL_RANGE.value = gf_autoRange(userOnGround, userNow.altitude, parkAirportNm);
+    gf_applyLateralRange();
+}
+
+}  // namespace vlt

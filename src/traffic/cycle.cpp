@@ -1,0 +1,156 @@
+#include "traffic/cycle.h"
+
+#include "core/locks.h"
+#include "core/log.h"
+#include "core/parameters.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "sim/client.h"
+#include "traffic/air_motion.h"
+#include "traffic/intake.h"
+#include "traffic/removal.h"
+#include "traffic/spawn.h"
+
+#include <algorithm>
+
+namespace vlt {
+
+static void lf_fillPosition(LiveAc& ac)
+{
+    if (ac.objectid != kNoObject) {
+        fillBuffer.push_back(
+            {ac.objectid, ac.lat, ac.lon, ac.pitch, ac.bank, ac.hdg, ac.alt, ac.vsOut, ac.tasOut});
+        return;
+    }
+    logLine(format("{} objectid=0? hexid: {},cs:{}, reg:{}, aimo:{} sz:{}", "updateLiveAc", ac.hexid,
+                   ac.callsign, ac.regcode, aimo(ac), ac.stream.size()));
+    removeAircraftFromSim(ac);
+}
+
+static void lf_updateActive(LiveAc& ac)
+{
+    constexpr double kSecondsPerMinute = 60;
+    if (ac.stream.empty()) {
+        logLine(format(
+            "{} stream empty ? {}, hexid:{}, objectid:{}, alt:{:.0f} ft, lalo:{:.6f},{:.6f}, TAS:{:.0f}",
+            "updateLiveAc", logName(ac), ac.hexid, ac.objectid, ac.alt, ac.lat, ac.lon, ac.tasOut));
+        removeAircraftFromSim(ac);
+        return;
+    }
+    if (tick >= ac.stream.front().time) {
+        nextPosMain(ac);
+        ac.vsOut = ac.targetVs / kSecondsPerMinute;
+        ac.tasOut = ac.stream.empty() || ac.stream.front().stationary ? 0 : ac.speedOut;
+    }
+    if (ac.fs != FsState::Active) {
+        return;
+    }
+    if (!ac.stream.front().stationary) {
+        stepMotion(ac);
+    }
+    lf_fillPosition(ac);
+}
+
+bool updateLiveAc(LiveAc& ac)
+{
+    try {
+        if (ac.fs == FsState::Buffer) {
+            spawnGate(ac);
+        } else if (ac.fs == FsState::Active) {
+            lf_updateActive(ac);
+        }
+    } catch (const std::exception& e) {
+        logLine(format("{}: {} {}, sz:{}, fs:{}, st:{}", "updateLiveAc", e.what(), logName(ac),
+                       ac.stream.size(), stateWord(ac.fs), stateWord(ac.st)));
+    }
+    return ac.eraseNow || ac.eraseCancelled;
+}
+
+void gf_updateLiveAcs()
+{
+    bool erase = false;
+    for (LiveAc& ac : liveAcs) {
+        erase = updateLiveAc(ac) || erase;
+    }
+    if (erase) {
+        gf_eraseMarked();
+    }
+}
+
+void gf_handOverPositions()
+{
+    constexpr float kFastFrames = 50;  // per second
+    std::unique_lock lock(simCallMutex, std::try_to_lock);
+    if (!lock && frameRate > kFastFrames) {
+        lock.lock();
+    }
+    if (lock) {
+        std::swap(fillBuffer, sendBuffer);
+    }
+    fillBuffer.clear();
+}
+
+void gf_meterRequests()
+{
+    constexpr int32_t kRemoveEvery = 10;  // ticks
+    constexpr int32_t kCreateEvery = 50;
+    if (tick % kRemoveEvery == 0 && !removeWaitQueue.empty()) {
+        queueRemove(removeWaitQueue.front());
+        removeWaitQueue.pop_front();
+    }
+    if (tick % kCreateEvery != 0) {
+        return;
+    }
+    for (auto* queue : {&liveCreateQueue, &staticCreateQueue}) {
+        if (!queue->empty()) {
+            queueCreate(queue->front());
+            queue->pop_front();
+            return;
+        }
+    }
+}
+
+void gf_takeFeed()
+{
+    constexpr int kRecordsPerTick = 2;
+    const std::scoped_lock lock(feedMutex);
+    for (int i = 0; i < kRecordsPerTick && feedIntake(); ++i) {
+    }
+}
+
+void gf_makeNextRequest()
+{
+    if (!spawnStack.empty()) {
+        const uint32_t hexid = spawnStack.back();
+        spawnStack.pop_back();
+        makeCreateRequest(hexid);
+    }
+}
+
+void gf_requestObjectData()
+{
+    constexpr int32_t kFlareEvery = 20;  // ticks
+    if (simRequestFailed || tick % (flareActive ? kFlareEvery : kTicksPerSecond) != 0) {
+        return;
+    }
+    if (!gf_requestAircraftInRange(lateralRangeMetres)) {
+        logLine("SimConnect request ac within range fails");
+        raiseRequestError();
+    }
+}
+
+void gf_copyUser()
+{
+    const UserAc user = requestUserPosition();
+    userNow = {user.lat, user.lon, user.pitch, user.bank, user.heading, user.altitude, user.agl, user.speed};
+}
+
+void gf_serviceStandChange()
+{
+    // An entry whose aircraft is gone has nothing left to tell; it is dropped like the others.
+    if (!standChangeList.empty()) {
+        standChangeList.pop_front();
+    }
+}
+
+}  // namespace vlt

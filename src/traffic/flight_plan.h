@@ -1,0 +1,25 @@
+// Flight plans for aircraft whose origin and destination the feed knows: one small file each, given to the
+// simulator. Worker thread; the call into the simulator takes its lock, the file work doesn't.
+#pragma once
+
+#include "traffic/traffic.h"
+
+#include <cstdint>
+#include <string>
+
+namespace vlt {
+
+// Makes the folder of the flight plans. Throws std::filesystem::filesystem_error ("create_directory").
+void makeFlightPlanFolder();
+// Writes the aircraft's plan and has the simulator load it; `flightPlanLoaded` tells if that worked. An
+// aircraft without origin or destination gets none.
+void loadFlightPlan(LiveAc& ac);
+// Removes the plan of the object, if it has one.
+void removeFlightPlan(uint32_t objectid);
+// Removes the folder with all plans; a failure is shown.
+void gf_removeFlightPlanFolder();
+
+// The plan's text.
+std::string gf_flightPlanText(const AcBase& ac);
+
+}  // namespace vlt

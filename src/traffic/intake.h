@@ -1,0 +1,18 @@
+// Intake of the feed: one record to the aircraft that it belongs to, or to a new one. Worker thread, under
+// feedMutex.
+#pragma once
+
+#include "traffic/traffic.h"
+
+namespace vlt {
+
+// Takes one record off feedQueue, which its caller has locked; false when there is none.
+bool feedIntake();
+
+// Creates the aircraft of a record whose hexid is unknown, if its type is known and wanted.
+void newLiveAc(const FeedRecord& record);
+
+// What a record adds to the identity of its aircraft. False if the sample is to be dropped.
+bool identityUpdate(LiveAc& ac, const FeedRecord& record);
+
+}  // namespace vlt

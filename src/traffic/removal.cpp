@@ -1,0 +1,177 @@
+#include "traffic/removal.h"
+
+#include "core/log.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "liveries/matching.h"
+#include "traffic/flight_plan.h"
+#include "traffic/geodesy.h"
+#include "traffic/spawn.h"
+
+#include <algorithm>
+
+namespace vlt {
+
+// Takes the aircraft's request back while it still waits for its turn.
+static bool lf_cancelCreation(std::deque<CreateRequest>& queue, const StaticAc& ac)
+{
+    const auto found = std::ranges::find(queue, gf_tailNumber(ac.callsign), &CreateRequest::tailNumber);
+    if (found == queue.end()) {
+        return false;
+    }
+    queue.erase(found);
+    return true;
+}
+
+static bool lf_cancelSpawn(uint32_t hexid)
+{
+    return std::erase(spawnStack, hexid) > 0;
+}
+
+static void lf_removeWhileAdding(StaticAc& ac)
+{
+    if (lf_cancelSpawn(ac.hexid) || lf_cancelCreation(liveCreateQueue, ac) ||
+        lf_cancelCreation(staticCreateQueue, ac)) {
+        ac.eraseCancelled = true;
+    } else {
+        ac.removeWhenAdded = true;
+    }
+}
+
+static void lf_queueRemoval(const StaticAc& ac, std::string_view caller)
+{
+    if (ac.objectid != kNoObject) {
+        removeWaitQueue.push_back(ac.objectid);
+    } else {
+        logLine(format("{} removing act {}, with objectid=0 ?", caller, logName(ac)));
+    }
+}
+
+void removeAircraftFromSim(StaticAc& ac)
+{
+    if (ac.fs == FsState::Buffer) {
+        ac.eraseNow = true;
+        return;
+    }
+    if (ac.removeWhenAdded || ac.fs == FsState::RemovingFromSim) {
+        return;
+    }
+    if (ac.fs == FsState::Adding2Sim) {
+        lf_removeWhileAdding(ac);
+        return;
+    }
+    ac.fs = FsState::RemovingFromSim;
+    lf_queueRemoval(ac, "removeAircraftFromSim");
+}
+
+void liveryRespawn(LiveAc& ac)
+{
+    if (ac.stream.empty()) {
+        removeAircraftFromSim(ac);
+        return;
+    }
+    if (ac.st == StState::Parked) {
+        ac.stream.resize(1);
+        ac.stream.front().stationary = true;
+        ac.stream.front().track = ac.hdg * kDegPerRad;
+    }
+    PosSample q = ac.stream.front();
+    if (ac.st != StState::Parked) {
+        q.lat = ac.lat;
+        q.lon = ac.lon;
+        q.roll = ac.bank;
+        q.rollValid = true;
+        q.altitude = ac.alt;
+        PosSample& front = ac.stream.front();
+        front.stationary = front.lat == q.lat && front.lon == q.lon;
+    }
+    q.time = tick + 1;
+    ac.stream.front().time = std::max(ac.stream.front().time, q.time + 1);
+    ac.stream.push_front(q);
+    ac.fs = FsState::LiveryRespawn;
+    if (ac.objectid != kNoObject) {
+        removeWaitQueue.push_back(ac.objectid);
+    } else {
+        logLine(format("{} removing act {} with objectid=0 ?", "liveryRespawn", logName(ac)));
+    }
+}
+
+static void lf_backToBuffer(LiveAc& ac)
+{
+    ac.fs = FsState::Buffer;
+    ac.throttleLevel = kNoThrottleLevel;
+    ac.flapsLevel = kNoFlapsLevel;
+    ac.objectid = kNoObject;
+}
+
+void onObjectRemoved(uint32_t objectid)
+{
+    if (objectid == kNoObject) {
+        return;
+    }
+    if (LiveAc* ac = gf_liveByObject(objectid)) {
+        if (ac->fs == FsState::LiveryRespawn) {
+            lf_backToBuffer(*ac);
+            return;
+        }
+        removeFlightPlan(objectid);
+        std::swap(*ac, liveAcs.back());
+        liveAcs.pop_back();
+        return;
+    }
+    std::erase_if(staticAcs, [objectid](const StaticAc& ac) { return ac.objectid == objectid; });
+}
+
+template <typename Ac>
+static void lf_refused(std::vector<Ac>& table, uint32_t hexid)
+{
+    const auto found = std::ranges::find(table, hexid, &Ac::hexid);
+    if (found == table.end()) {
+        return;
+    }
+    const Ac refused = *found;
+    std::swap(*found, table.back());
+    table.pop_back();
+    if (!gf_stopping()) {
+        gf_noteRefusedTitle(refused);
+    }
+}
+
+void gf_onCreateRefused(uint32_t hexid)
+{
+    if (hexid > kLastStaticHexid) {
+        lf_refused(liveAcs, hexid);
+    } else {
+        lf_refused(staticAcs, hexid);
+    }
+}
+
+double gf_distanceToUser(const PosSample& sample)
+{
+    return distNm({userNow.lat, userNow.lon}, {sample.lat, sample.lon});
+}
+
+bool makeRoom(double distance)
+{
+    constexpr double kWorthIt = 0.1;  // nm
+    LiveAc* furthest = nullptr;
+    for (LiveAc& ac : liveAcs) {
+        const double d = distNm({userNow.lat, userNow.lon}, {ac.lat, ac.lon});
+        if (ac.fs == FsState::Active && d > distance + kWorthIt) {
+            distance = d;
+            furthest = &ac;
+        }
+    }
+    if (furthest == nullptr) {
+        return false;
+    }
+    removeAircraftFromSim(*furthest);
+    return true;
+}
+
+void gf_eraseMarked()
+{
+    std::erase_if(liveAcs, [](const LiveAc& ac) { return ac.eraseNow || ac.eraseCancelled; });
+}
+
+}  // namespace vlt

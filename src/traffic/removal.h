@@ -1,0 +1,36 @@
+// Out of the simulator: every reason for a removal ends here, and so do the simulator's answers about
+// objects that went or never came. Worker thread.
+#pragma once
+
+#include "traffic/traffic.h"
+
+#include <cstdint>
+
+namespace vlt {
+
+// Takes a live or static aircraft out of the simulator, whatever its state: its record goes once the
+// simulator has confirmed, or in this cycle if there is no object.
+void removeAircraftFromSim(StaticAc& ac);
+
+// The simulator confirms that the object is gone: erases its record, or brings it back to the buffer if
+// it only changes its livery.
+void onObjectRemoved(uint32_t objectid);
+
+// The simulator refused to create an aircraft: its livery isn't tried again, and its record is erased.
+// Throws UserErrorException when too many were refused.
+void gf_onCreateRefused(uint32_t hexid);
+
+// Removes the active aircraft that is furthest from the user and more than 0.1 nm further than `distance`
+// nm. False if there is none.
+bool makeRoom(double distance);
+
+// Exchanges the object for one with another livery, or another identity, at the same place.
+void liveryRespawn(LiveAc& ac);
+
+// Erases the records that asked for it; the others keep their order.
+void gf_eraseMarked();
+
+// The distance from the user to a sample, nm.
+double gf_distanceToUser(const PosSample& sample);
+
+}  // namespace vlt

@@ -1,0 +1,232 @@
+// From the simulator's acknowledgement of an object to the aircraft that is driven. Worker thread.
+#include "traffic/spawn.h"
+
+#include "core/locks.h"
+#include "core/log.h"
+#include "core/parameters.h"
+#include "core/random.h"
+#include "core/text.h"
+#include "sim/client.h"
+#include "sim/ids.h"
+#include "traffic/air_motion.h"
+#include "traffic/commands.h"
+#include "traffic/flight_plan.h"
+#include "traffic/geodesy.h"
+#include "traffic/removal.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vlt {
+
+// --- configurations
+
+static Lights lf_parkedLights(bool cabin)
+{
+    return {NAV_LIGHTS_WHILE_PARKED.value, false, false, false, false, true, cabin};
+}
+
+static void lf_setUpInAir(LiveAc& ac)
+{
+    constexpr double kLandingLightsBelow = 10000;  // feet
+    constexpr double kCabinLightsFrom = 2000;      // feet above ground
+    queueEvent(ac.objectid, ENGINE_AUTO_START, 0);
+    gf_commandSpoilers(ac, 0);
+    const bool low = ac.alt < kLandingLightsBelow;
+    gf_commandLights(ac, {true, true, low, false, true, low, ac.agl >= kCabinLightsFrom});
+}
+
+static void lf_setUpOnGround(LiveAc& ac)
+{
+    const bool parked = ac.st == StState::Parked;
+    const bool taxiing = ac.st == StState::Taxi;
+    gf_commandSpoilers(ac, 0);
+    queueEvent(ac.objectid, parked ? ENGINE_AUTO_SHUTDOWN : ENGINE_AUTO_START, 0);
+    gf_commandLights(ac,
+                     parked ? lf_parkedLights(true) : Lights{true, true, false, taxiing, false, true, true});
+    gf_commandThrottle(ac, kThrottleIdle);
+    gf_commandFlaps(ac, taxiing ? 1 : 0);
+}
+
+void setUpLiveAc(LiveAc& ac)
+{
+    if (!ac.stream.empty() && ac.stream.front().airborne) {
+        lf_setUpInAir(ac);
+    } else {
+        lf_setUpOnGround(ac);
+    }
+    ac.fs = FsState::Active;
+}
+
+void parkedConfig(StaticAc& ac)
+{
+    constexpr uint32_t kChances = 10;  // one of them has its cabin dark
+    gf_commandThrottle(ac, kThrottleIdle, kThrottleIdle);
+    gf_commandFlaps(ac, 0);
+    queueEvent(ac.objectid, ENGINE_AUTO_SHUTDOWN, 0);
+    const bool dark = ac.soft || (gf_randomAllowed() && gf_randomNumber() % kChances == 0);
+    gf_commandLights(ac, lf_parkedLights(!dark));
+}
+
+// --- the simulator's messages
+
+static void lf_loadPlan(LiveAc& ac)
+{
+    if (!ac.origin.empty() && !ac.destination.empty()) {
+        loadFlightPlan(ac);
+    }
+}
+
+// The object exists. False if its id can't be one of ours.
+static bool lf_onLiveObject(LiveAc& ac, const SimMessage& message)
+{
+    constexpr uint32_t kFirstObject = 3;
+    if (message.objectid < kFirstObject) {
+        return false;
+    }
+    ac.objectid = message.objectid;
+    ac.agl = message.y;
+    if (!ac.stream.empty() && !ac.stream.front().airborne) {
+        ac.onGround = true;
+        ac.altRate = 0;
+        ac.phaseTicks = 1;
+        if (ac.st == StState::Parked) {
+            ac.stamp = hourNow;
+        }
+    }
+    lf_loadPlan(ac);
+    if (!gf_requestStaticData(ac.objectid)) {
+        logLine("SimConnect request StaticCG fails");
+        raiseRequestError();
+    }
+    return true;
+}
+
+static void lf_onObjectData(LiveAc& ac, const SimMessage& message)
+{
+    constexpr int32_t kInPhase = 2;  // ticks left of a rotation
+    const bool reportsGround = message.a == 1;
+    if (reportsGround && !ac.onGround && ac.phaseTicks < kInPhase) {
+        onTouchdown(ac);
+    }
+    ac.agl = message.y;
+    if (ac.onGround || ac.phaseTicks >= kInPhase) {
+        ac.alt = ac.staticCg + message.x;
+    }
+}
+
+static void lf_onStaticData(LiveAc& ac, const SimMessage& message)
+{
+    constexpr double kLowestCg = 1;  // feet
+    constexpr double kHighestCg = 35;
+    constexpr double kSteepestUp = -1.0 * kRadPerDeg;
+    constexpr double kSteepestDown = 2.5 * kRadPerDeg;
+    constexpr double kUsualPitch = 0.7 * kRadPerDeg;
+    if (message.x >= kLowestCg && message.x <= kHighestCg) {
+        ac.staticCg = message.x;
+    } else {
+        logLine(format("{}: static CG {:.1F}ft wrong?", logName(ac), message.x));
+    }
+    const bool believable = message.y > kSteepestUp && message.y <= kSteepestDown;
+    ac.staticPitch = believable ? message.y : kUsualPitch;
+}
+
+void handleSimMessage(const SimMessage& message)
+{
+    LiveAc* ac = nullptr;
+    switch (message.kind) {
+    case SimMessageKind::LiveObject:
+        if ((ac = gf_liveByHexid(message.a)) != nullptr && lf_onLiveObject(*ac, message)) {
+            ackWait.push_back(message);
+        }
+        break;
+    case SimMessageKind::StaticObject:
+        ackWait.push_back(message);
+        break;
+    case SimMessageKind::ObjectRemoved:
+        onObjectRemoved(message.objectid);
+        break;
+    case SimMessageKind::ObjectData:
+        if ((ac = gf_liveByObject(message.objectid)) != nullptr) {
+            lf_onObjectData(*ac, message);
+        }
+        break;
+    case SimMessageKind::StaticData:
+        if ((ac = gf_liveByObject(message.objectid)) != nullptr) {
+            lf_onStaticData(*ac, message);
+        }
+        break;
+    case SimMessageKind::CreationRefused:
+        gf_onCreateRefused(message.a);
+        break;
+    }
+}
+
+void gf_handleSimMessages()
+{
+    const std::scoped_lock lock(messageMutex);
+    for (const SimMessage& message : simMessages) {
+        handleSimMessage(message);
+    }
+    simMessages.clear();
+}
+
+// --- two seconds from the acknowledgement to the set-up
+
+static void lf_setUpLive(const SimMessage& message)
+{
+    LiveAc* ac = gf_liveByHexid(message.a);
+    if (ac == nullptr || ac->objectid != message.objectid) {
+        return;
+    }
+    setUpLiveAc(*ac);
+    if (ac->removeWhenAdded) {
+        ac->removeWhenAdded = false;
+        removeAircraftFromSim(*ac);
+    }
+}
+
+static void lf_setUpStatic(const SimMessage& message)
+{
+    const auto ac = std::ranges::find(staticAcs, message.a, &StaticAc::hexid);
+    if (ac == staticAcs.end()) {
+        return;
+    }
+    ac->fs = FsState::Active;
+    ac->objectid = message.objectid;
+    parkedConfig(*ac);
+    if (ac->removeWhenAdded) {
+        ac->removeWhenAdded = false;
+        removeAircraftFromSim(*ac);
+    }
+}
+
+// True when the message is done with.
+static bool lf_stepAckWait(SimMessage& message)
+{
+    constexpr uint32_t kSetUpAfter = 200;  // ticks
+    constexpr uint32_t kToggles[] = {50, 100};
+    ++message.b;
+    const bool live = message.kind == SimMessageKind::LiveObject;
+    if (live && std::ranges::find(kToggles, message.b) != std::end(kToggles) &&
+        !gf_toggleAllLights(message.objectid)) {
+        logLine("SimConnect gf_allLightsToggle fails");
+        raiseRequestError();
+    }
+    if (message.b < kSetUpAfter) {
+        return false;
+    }
+    if (live) {
+        lf_setUpLive(message);
+    } else {
+        lf_setUpStatic(message);
+    }
+    return true;
+}
+
+void gf_stepAckWaits()
+{
+    std::erase_if(ackWait, lf_stepAckWait);
+}
+
+}  // namespace vlt

@@ -1,0 +1,316 @@
+#include "traffic/spawn.h"
+
+#include "core/log.h"
+#include "core/parameters.h"
+#include "core/text.h"
+#include "liveries/database.h"
+#include "liveries/liveries.h"
+#include "liveries/matching.h"
+#include "sim/simconnect.h"
+#include "traffic/air_motion.h"
+#include "traffic/geodesy.h"
+#include "traffic/removal.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vlt {
+
+// --- the gate
+
+enum class Gate { Pass, Drop, Erase, Wait };
+
+static bool lf_isGhost(std::string_view callsign)
+{
+    return callsign.ends_with('_');
+}
+
+// The aircraft may show up a little before its first sample is due.
+static bool lf_isDue(const PosSample& front)
+{
+    constexpr int32_t kLead = 100;  // ticks
+    constexpr int32_t kLeadMovingOnGround = 300;
+    const bool movingOnGround = !front.airborne && front.speed != 0;
+    return tick >= front.time - (movingOnGround ? kLeadMovingOnGround : kLead);
+}
+
+static bool lf_changesGround(const LiveAc& ac)
+{
+    const bool airborne = ac.stream.front().airborne;
+    return std::ranges::any_of(ac.stream, [airborne](const PosSample& s) { return s.airborne != airborne; });
+}
+
+// The user flies over an airport where the aircraft would appear on the ground.
+static Gate lf_gateGroundForFlyingUser(LiveAc& ac)
+{
+    constexpr double kNear = 1.5;     // nm
+    constexpr double kLow = 1000;     // feet above ground
+    constexpr double kOffLine = 500;  // feet off the line of the user's heading
+    if (ac.heldForUser) {
+        return Gate::Drop;
+    }
+    // An aircraft back from a respawn is where its object was, a new one where its first sample is.
+    const LatLon user{userNow.lat, userNow.lon};
+    const LatLon spawned{ac.lat, ac.lon};
+    const PosSample& front = ac.stream.front();
+    const LatLon place = spawned == LatLon{} ? LatLon{front.lat, front.lon} : spawned;
+    if (distNm(user, place) <= kNear && userNow.agl < kLow &&
+        std::abs(gf_offLineFeet(user, userNow.heading, place)) <= kOffLine) {
+        ac.heldForUser = true;
+        return Gate::Drop;
+    }
+    return Gate::Pass;
+}
+
+static Gate lf_gateAirForFlyingUser(LiveAc& ac)
+{
+    constexpr double kNear = 6;        // nm
+    constexpr double kLevel = 3000;    // feet
+    constexpr double kOffLine = 4000;  // feet off the line of the aircraft's track
+    const PosSample& front = ac.stream.front();
+    const LatLon place{front.lat, front.lon};
+    if (gf_distanceToUser(front) <= kNear && std::abs(front.altitude - userNow.altitude) <= kLevel &&
+        std::abs(gf_offLineFeet(place, ac.trackTarget, {userNow.lat, userNow.lon})) <= kOffLine) {
+        ac.heldForUser = true;
+        return Gate::Drop;
+    }
+    return Gate::Pass;
+}
+
+static Gate lf_gateForTaxiingUser(const LiveAc& ac)
+{
+    constexpr double kTaxiSpeed = 8;  // knots
+    constexpr double kHeldRange = 500 / kMetresPerNm;
+    constexpr double kRange = 150 / kMetresPerNm;
+    const PosSample& front = ac.stream.front();
+    const double distance = gf_distanceToUser(front);
+    if (ac.heldForUser) {
+        if (userNow.speed > kTaxiSpeed) {
+            return Gate::Drop;
+        }
+        if (!front.airborne && (front.speed > kTaxiSpeed || distance < kHeldRange)) {
+            return Gate::Drop;
+        }
+    }
+    return front.airborne || !COLLISION_USER_GND.value || distance >= kRange ? Gate::Pass : Gate::Drop;
+}
+
+static Gate lf_gateForUser(LiveAc& ac)
+{
+    if (userOnGround) {
+        return lf_gateForTaxiingUser(ac);
+    }
+    if (!COLLISION_USER_AIR.value) {
+        return Gate::Pass;
+    }
+    return ac.stream.front().airborne ? lf_gateAirForFlyingUser(ac) : lf_gateGroundForFlyingUser(ac);
+}
+
+static Gate lf_gateForNumber(LiveAc& ac)
+{
+    constexpr size_t kLongestQueue = 11;  // requests
+    if (liveCreateQueue.size() >= kLongestQueue && ac.st == StState::Birth) {
+        return Gate::Drop;
+    }
+    if (MAX_LIVE.value < 0) {
+        return Gate::Pass;
+    }
+    const auto active = std::ranges::count(liveAcs, FsState::Active, &LiveAc::fs);
+    const auto coming = active + std::ssize(spawnStack) + std::ssize(liveCreateQueue);
+    return coming < MAX_LIVE.value || makeRoom(gf_distanceToUser(ac.stream.front())) ? Gate::Pass
+                                                                                     : Gate::Erase;
+}
+
+static bool lf_isUsable(std::string_view callsign)
+{
+    constexpr size_t kTooLong = 9;
+    return !callsign.empty() && callsign != "@@@@@@@@" && callsign.size() < kTooLong;
+}
+
+// What the data base knows of the registration wins over what the feed tells.
+static void lf_takeRegistration(LiveAc& ac)
+{
+    if (ac.regcode.empty()) {
+        return;
+    }
+    if (const RegRecord* known = findRegcode(ac.regcode)) {
+        ac.airline = known->opr.empty() ? known->airl : known->opr;
+        ac.model = known->type;
+        ac.cargo = known->cargo;
+    }
+    if (!lf_isUsable(ac.callsign)) {
+        ac.callsign = ac.regcode;
+    }
+}
+
+static Gate lf_gateForIdentity(LiveAc& ac)
+{
+    if (!BLOCK_CALLSIGN.value.empty() && BLOCK_CALLSIGN.value == ac.callsign) {
+        return Gate::Erase;
+    }
+    lf_takeRegistration(ac);
+    if (!lf_isUsable(ac.callsign)) {
+        return Gate::Erase;
+    }
+    if (ac.airline.empty()) {
+        ac.airline = gf_airlineOfCallsign(ac.callsign);
+    }
+    if (ac.airline.empty()) {
+        ac.airline = kPrivateAirline;
+    }
+    if (failedLiveries.contains(gf_failedKey(ac))) {
+        return Gate::Erase;
+    }
+    const std::string_view twin = std::string_view(ac.callsign).substr(0, ac.callsign.size() - 1);
+    return lf_isGhost(ac.callsign) && gf_liveByCallsign(twin) != nullptr ? Gate::Erase : Gate::Pass;
+}
+
+static Gate lf_judge(LiveAc& ac)
+{
+    if (ac.stream.empty()) {
+        return Gate::Erase;
+    }
+    if (!lf_isDue(ac.stream.front())) {
+        return Gate::Wait;
+    }
+    const bool listedGhost =
+        lf_isGhost(ac.callsign) && std::ranges::find(ghostCallsigns, ac.callsign) != ghostCallsigns.end();
+    if (ac.stream.size() == 1 || listedGhost) {
+        return Gate::Erase;
+    }
+    if (lf_changesGround(ac)) {
+        return Gate::Drop;
+    }
+    for (const auto gate : {lf_gateForUser, lf_gateForNumber, lf_gateForIdentity}) {
+        if (const Gate judged = gate(ac); judged != Gate::Pass) {
+            return judged;
+        }
+    }
+    return Gate::Pass;
+}
+
+void spawnGate(LiveAc& ac)
+{
+    switch (lf_judge(ac)) {
+    case Gate::Pass:
+        spawnLiveAc(ac);
+        break;
+    case Gate::Drop:
+        ac.stream.pop_front();
+        break;
+    case Gate::Erase:
+        ac.eraseNow = true;
+        break;
+    case Gate::Wait:
+        break;
+    }
+}
+
+// --- the initial state
+
+// An aircraft that stands at its second sample stands from the start.
+static void lf_markStanding(LiveAc& ac)
+{
+    PosSample& front = ac.stream[0];
+    PosSample& second = ac.stream[1];
+    front.stationary = second.stationary;
+    if (!second.stationary) {
+        return;
+    }
+    front.speed = 0;
+    second.speed = 0;
+    if (ac.stream.size() > 2 && ac.stream[2].stationary) {
+        ac.stream[2].speed = 0;
+    }
+}
+
+static void lf_matchLivery(LiveAc& ac)
+{
+    if (titleForHexid(ac)) {
+        return;
+    }
+    if (!ac.regcode.empty()) {
+        failedLiveries.insert(gf_failedKey(ac));
+    }
+    ac.eraseNow = true;
+}
+
+static double lf_initialHeading(const LiveAc& ac)
+{
+    const PosSample& front = ac.stream[0];
+    const PosSample& second = ac.stream[1];
+    const bool standing = second.stationary || (front.lat == second.lat && front.lon == second.lon);
+    return standing ? gf_normalAngle(front.track * kRadPerDeg)
+                    : bearing({front.lat, front.lon}, {second.lat, second.lon});
+}
+
+static void lf_fixInitialState(LiveAc& ac)
+{
+    constexpr double kGroundPitch = 0.6 * kRadPerDeg;
+    constexpr double kSecondsPerMinute = 60;
+    const PosSample& front = ac.stream.front();
+    ac.lat = front.lat;
+    ac.lon = front.lon;
+    ac.alt = front.altitude;
+    ac.tasOut = front.tas;
+    ac.vsOut = front.vs / kSecondsPerMinute;
+    ac.bank = front.rollValid ? front.roll : 0;
+    ac.pitch = front.airborne ? gf_pitchForVs(front.vs) : kGroundPitch;
+    ac.hdg = lf_initialHeading(ac);
+}
+
+void spawnLiveAc(LiveAc& ac)
+{
+    if (ac.stream.size() < 2) {
+        logLine(format("{} sz:{}", "spawnLiveAc", ac.stream.size()));
+        return;
+    }
+    lf_markStanding(ac);
+    if (ac.st == StState::Birth) {
+        lf_matchLivery(ac);
+        if (!ac.eraseNow) {
+            gf_setSt(ac, ac.stream.front().airborne ? StState::Flying : StState::Taxi);
+        }
+    }
+    if (ac.eraseNow) {
+        return;
+    }
+    standChangeList.push_back(ac.hexid);
+    lf_fixInitialState(ac);
+    ac.fs = FsState::Adding2Sim;
+    ac.heldForUser = false;
+    spawnStack.push_back(ac.hexid);
+}
+
+// --- the request
+
+std::string gf_tailNumber(std::string_view callsign)
+{
+    return std::string(callsign.substr(0, kSimTailNumberWidth - 1));
+}
+
+void makeCreateRequest(uint32_t hexid)
+{
+    const LiveAc* ac = gf_liveByHexid(hexid);
+    if (ac == nullptr) {
+        return;
+    }
+    if (ac->callsign.empty()) {
+        logLine(format("{} {} objectid = 0?", "operator ()", logName(*ac)));
+        return;
+    }
+    CreateRequest request;
+    request.lat = ac->lat;
+    request.lon = ac->lon;
+    request.altitude = ac->alt;
+    request.pitch = ac->pitch * kDegPerRad;
+    request.bank = ac->bank * kDegPerRad;
+    request.heading = ac->hdg * kDegPerRad;
+    request.onGround = !ac->stream.front().airborne;
+    request.tailNumber = gf_tailNumber(ac->callsign);
+    request.title = ac->title;
+    request.hexid = hexid;
+    liveCreateQueue.push_back(std::move(request));
+}
+
+}  // namespace vlt

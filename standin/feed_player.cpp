@@ -1,0 +1,152 @@
+#include "standin/feed_player.h"
+
+#include "core/text.h"
+
+#include <algorithm>
+#include <asio/io_context.hpp>
+#include <asio/ip/udp.hpp>
+#include <charconv>
+#include <fstream>
+#include <future>
+#include <iostream>
+#include <limits>
+#include <optional>
+#include <stdexcept>
+
+namespace vlt {
+
+constexpr size_t kStampPlace = 14;
+constexpr double kStretch = 300;      // seconds made at a time
+constexpr double kWeatherPeriod = 5;  // seconds between two reports of the pressure
+
+static std::optional<double> lf_stamp(const std::string& line)
+{
+    const auto fields = gf_split(line, ',');
+    if (fields.size() <= kStampPlace) {
+        return std::nullopt;
+    }
+    double stamp = 0;
+    const auto text = fields[kStampPlace];
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), stamp);
+    return result.ec == std::errc() ? std::optional(stamp) : std::nullopt;
+}
+
+FeedSource::FeedSource(const std::filesystem::path& recording)
+{
+    std::ifstream in(recording);
+    if (!in) {
+        throw std::runtime_error(format("recording \"{}\" can't be read", recording.string()));
+    }
+    std::optional<double> first;
+    double last = 0;
+    for (std::string line; std::getline(in, line);) {
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        if (line.empty()) {
+            continue;
+        }
+        if (const auto stamp = lf_stamp(line)) {
+            first = first.value_or(*stamp);
+            last = std::max(last, *stamp - *first);
+        }
+        m_recorded.push_back({last, std::move(line)});
+    }
+}
+
+FeedSource::FeedSource(const DayOptions& day) : m_day(std::make_unique<BuiltinDay>(day)) {}
+
+std::vector<DayLine> FeedSource::lines(double from, double to, std::stop_token stop) const
+{
+    if (m_day) {
+        return m_day->lines(from, to, stop);
+    }
+    const auto before = [](const DayLine& line, double time) { return line.time < time; };
+    const auto first = std::lower_bound(m_recorded.begin(), m_recorded.end(), from, before);
+    const auto last = std::lower_bound(first, m_recorded.end(), to, before);
+    return {first, last};
+}
+
+double FeedSource::end() const
+{
+    if (m_day) {
+        return std::numeric_limits<double>::infinity();
+    }
+    return m_recorded.empty() ? 0 : std::nextafter(m_recorded.back().time, m_recorded.back().time + 1);
+}
+
+FeedPlayer::FeedPlayer(FeedSource source, FeedOptions options)
+    : m_source(std::move(source)), m_options(std::move(options))
+{
+}
+
+FeedPlayer::~FeedPlayer()
+{
+    stop();
+}
+
+void FeedPlayer::start()
+{
+    m_thread = std::jthread([this] {
+        try {
+            run();
+        } catch (const std::exception& e) {
+            std::cerr << "feed player: " << e.what() << std::endl;
+        }
+    });
+}
+
+void FeedPlayer::stop()
+{
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_stopping = true;
+    }
+    m_stop.request_stop();
+    m_wake.notify_all();
+    if (m_thread.joinable()) {
+        m_thread.join();
+    }
+}
+
+bool FeedPlayer::waitUntil(double feedTime, std::chrono::steady_clock::time_point begun)
+{
+    const std::chrono::duration<double> after((feedTime - m_options.from) / m_options.speed);
+    const auto due = begun + std::chrono::duration_cast<std::chrono::steady_clock::duration>(after);
+    std::unique_lock lock(m_mutex);
+    return !m_wake.wait_until(lock, due, [this] { return m_stopping; });
+}
+
+void FeedPlayer::run()
+{
+    asio::io_context context;
+    asio::ip::udp::socket socket(context, asio::ip::udp::v4());
+    const auto host = asio::ip::make_address(m_options.host);
+    const auto begun = std::chrono::steady_clock::now();
+    const std::string weather = format("{{\"QNH\": {}}}", m_options.qnh);
+    double nextWeather = m_options.from;
+    // The next stretch is made while this one is played, so that the feed has no hiccup between.
+    const auto made = [this](double from) {
+        return std::async(std::launch::async,
+                          [this, from] { return m_source.lines(from, from + kStretch, m_stop.get_token()); });
+    };
+    auto next = made(m_options.from);
+    for (double from = m_options.from; from < m_source.end(); from += kStretch) {
+        const std::vector<DayLine> lines = next.get();
+        next = made(from + kStretch);
+        for (const DayLine& line : lines) {
+            if (!waitUntil(line.time, begun)) {
+                return;
+            }
+            std::error_code ignored;  // a closed port answers by an error, which is no reason to end
+            if (m_options.weatherPort != 0 && line.time >= nextWeather) {
+                socket.send_to(asio::buffer(weather), {host, m_options.weatherPort}, 0, ignored);
+                nextWeather = line.time + kWeatherPeriod;
+            }
+            socket.send_to(asio::buffer(line.text), {host, m_options.port}, 0, ignored);
+            ++m_sent;
+        }
+    }
+}
+
+}  // namespace vlt

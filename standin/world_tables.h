@@ -1,0 +1,30 @@
+// The plain tables of a world folder: CSV files with a header line.
+//
+// File reading only; no state.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vlt {
+
+// A table as texts; every row has as many cells as the header.
+struct WorldTable {
+    std::string name;  // of the file, for messages
+    std::vector<std::string> header;
+    std::vector<std::vector<std::string>> rows;
+};
+
+// Reads `name` of the folder. Throws std::runtime_error for a file that can't be read, or for a row with
+// another number of cells than the header, naming file and row.
+WorldTable gf_readWorldTable(const std::filesystem::path& world, const std::string& name);
+
+// The place of a column. Throws std::runtime_error, naming it, when the table has none of this name.
+size_t gf_columnOf(const WorldTable& table, std::string_view column);
+
+// All cells of one column.
+std::vector<std::string> gf_columnCells(const WorldTable& table, std::string_view column);
+
+}  // namespace vlt

@@ -1,0 +1,75 @@
+#include "core/clock.h"
+
+#include <gtest/gtest.h>
+
+namespace vlt {
+
+// Seconds since 1970 of 2024-06-06 00:00:00 UTC, a Thursday.
+constexpr int64_t kThursday = 1717632000;
+
+constexpr int64_t lf_at(int days, int hours, int minutes, int seconds)
+{
+    return kThursday + days * 86400 + hours * 3600 + minutes * 60 + seconds;
+}
+
+TEST(HourStamp, beginsHalfAMinuteBeforeTheHalfHour)
+{
+    const struct {
+        const char* what;
+        int64_t time;
+        uint32_t day, slot;
+    } cases[] = {
+        {"midnight", lf_at(0, 0, 0, 0), 4, 0},
+        {"just before", lf_at(0, 11, 29, 29), 4, 22},
+        {"half past", lf_at(0, 11, 29, 30), 4, 23},
+        {"end of the hour", lf_at(0, 11, 59, 29), 4, 23},
+        {"next hour", lf_at(0, 11, 59, 30), 4, 24},
+        {"end of the day", lf_at(0, 23, 59, 29), 4, 47},
+        {"rolls to 0", lf_at(0, 23, 59, 30), 4, 0},
+        {"Sunday is 7", lf_at(3, 12, 0, 0), 7, 24},
+        {"Monday is 1", lf_at(4, 0, 0, 0), 1, 0},
+    };
+    for (const auto& c : cases) {
+        const HourStamp stamp = gf_hourStamp(c.time);
+        EXPECT_EQ(c.day, stamp.day) << c.what;
+        EXPECT_EQ(c.slot, stamp.slot) << c.what;
+    }
+}
+
+TEST(Clock, writesDatesAsTheLogDoes)
+{
+    EXPECT_EQ("Thu Jun 06 09:23:31 2024", gf_dateText(lf_at(0, 9, 23, 31)));
+    EXPECT_EQ("09:23:31", gf_timeOfDayText(lf_at(0, 9, 23, 31)));
+    EXPECT_EQ("Thu Jan 01 00:00:00 1970", gf_dateText(0));
+}
+
+TEST(Clock, trafficTimeFollowsTheFeedOnlyInSimTimeMode)
+{
+    lastTimestamp = static_cast<double>(kThursday);
+    EXPECT_GT(gf_trafficTime(), kThursday);
+    simTimeMode = true;
+    EXPECT_EQ(kThursday, gf_trafficTime());
+    for (const double noTime : {0.0, -5.0, 1e300}) {
+        lastTimestamp = noTime;
+        EXPECT_GT(gf_trafficTime(), kThursday) << noTime;
+    }
+    simTimeMode = false;
+    lastTimestamp = 0.0;
+}
+
+TEST(Hours, readAndWriteLists)
+{
+    HoursSet hours;
+    hoursToSet("0,47", hours);
+    EXPECT_EQ("0,47", setToHours(hours));
+    hours.reset();
+    hoursToSet("48, 3,-1,x,3.5,,12", hours);
+    EXPECT_EQ("3,12", setToHours(hours));
+    hours.set();
+    const std::string all = setToHours(hours);
+    HoursSet again;
+    hoursToSet(all, again);
+    EXPECT_TRUE(again.all());
+}
+
+}  // namespace vlt

@@ -1,0 +1,122 @@
+#include "core/log.h"
+#include "core/text_files.h"
+#include "core/version.h"
+#include "core/zip_archive.h"
+#include "support/temp_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace vlt {
+
+// Works in a folder of its own.
+class FilesTest : public ::testing::Test
+{
+protected:
+    void SetUp() override { std::filesystem::current_path(folder.path()); }
+    void TearDown() override { std::filesystem::current_path(before); }
+
+    static void write(const std::string& name, const std::string& bytes)
+    {
+        std::ofstream(name, std::ios::binary) << bytes;
+    }
+    static std::string read(const std::string& name)
+    {
+        std::ifstream file(name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    std::filesystem::path before = std::filesystem::current_path();
+    TempFolder folder;
+};
+
+TEST_F(FilesTest, readsLinesOfEveryEncoding)
+{
+    using namespace std::string_literals;
+    const std::vector<std::string> umlaut{"Zürich", "LSZH"};
+    const struct {
+        const char* what;
+        std::string bytes;
+        std::vector<std::string> lines;
+        bool read = true;
+    } cases[] = {
+        {"plain", "a\nb", {"a", "b"}},
+        {"line ends of Windows", "a\r\n\r\nb\r\n", {"a", "", "b"}},
+        {"UTF-8 without a mark", "Z\xC3\xBCrich\nLSZH\n", umlaut},
+        {"UTF-8 with a mark", "\xEF\xBB\xBFZ\xC3\xBCrich\nLSZH\n", umlaut},
+        {"UTF-16 little-endian", "\xFF\xFEZ\0\xFC\0r\0i\0c\0h\0\r\0\n\0L\0S\0Z\0H\0"s, umlaut},
+        {"UTF-16 big-endian", "\xFE\xFF\0Z\0\xFC\0r\0i\0c\0h\0\n\0L\0S\0Z\0H"s, umlaut},
+        {"UTF-16 beyond the first plane", "\xFF\xFE\x3D\xD8\x00\xDE"s, {"\xF0\x9F\x98\x80"}},
+        {"a lone surrogate stops the file", "\xFF\xFE"s + "a\0\n\0\x3D\xD8\n\0b\0"s, {"a"}, false},
+        {"one byte", "x", {"x"}},
+        {"empty", "", {}},
+    };
+    for (const auto& c : cases) {
+        write("text.txt", c.bytes);
+        std::vector<std::string> lines;
+        EXPECT_EQ(c.read, readExtTextFile("text.txt", lines)) << c.what;
+        EXPECT_EQ(c.lines, lines) << c.what;
+    }
+    std::vector<std::string> none;
+    EXPECT_FALSE(readExtTextFile("missing.txt", none));
+    EXPECT_FALSE(readExtTextFile(".", none)) << "a folder is no text";
+}
+
+TEST_F(FilesTest, theLogKeepsTwoOlderOnes)
+{
+    write("Log.txt", "yesterday");
+    write("Log0.txt", "the day before");
+    write("Log00.txt", "long ago");
+    logStart();
+    logLine("a line");
+    logBanner("parameters");
+    logBanner("");
+    EXPECT_NE(std::string::npos, read("Log.txt").find("(utc) Velatra version 10.10.10 for Prepar3D v5/v6\na line\n"))
+        << "each line is there at once";
+    gf_logEnd();
+    logLine("too late");
+    EXPECT_EQ("yesterday", read("Log0.txt"));
+    EXPECT_EQ("the day before", read("Log00.txt"));
+    const std::string log = read("Log.txt");
+    EXPECT_NE(std::string::npos, log.find("\n***************************** parameters *****************************\n"));
+    EXPECT_NE(std::string::npos, log.find("\n" + std::string(70, '*') + "\n"));
+    EXPECT_EQ(std::string::npos, log.find("too late"));
+}
+
+TEST_F(FilesTest, archivesGiveTheirEntriesAndRefuseWhatIsNone)
+{
+    gf_writeZip("a.zip", {{"folder/", ""}, {"folder/text.xml", "<x/>"}});
+    const ZipArchive archive("a.zip");
+    EXPECT_EQ((std::vector<std::string>{"folder/", "folder/text.xml"}), archive.entries());
+    std::string text;
+    const auto sink = [&text](std::span<const char> piece) { text.append(piece.data(), piece.size()); };
+    archive.read("folder/text.xml", 100, sink);
+    EXPECT_EQ("<x/>", text);
+    EXPECT_THROW(archive.read("folder/text.xml", 3, sink), std::runtime_error) << "larger than allowed";
+    EXPECT_THROW(archive.read("missing", 100, sink), std::runtime_error);
+    std::string whole = read("a.zip");
+    for (const size_t length : {size_t{0}, size_t{10}, whole.size() / 2, whole.size() - 5}) {
+        write("cut.zip", whole.substr(0, length));
+        EXPECT_THROW(ZipArchive("cut.zip"), std::runtime_error) << length;
+    }
+}
+
+TEST(Version, isReadFromLineAndJson)
+{
+    const VersionData expected{1, 2, 3};
+    EXPECT_EQ(expected, gf_parseVersion("1.2.3"));
+    EXPECT_EQ(expected, gf_parseVersion("1-2-3"));
+    EXPECT_EQ(expected, gf_parseVersion(R"({"major":1,"minor":2,"patch":3})"));
+    EXPECT_EQ((VersionData{7, 0, 0}), gf_parseVersion(R"({"major":7})"));
+    for (const char* bad : {"", "1.2", "99999999999.0.0", "{", "[1]", "null"}) {
+        EXPECT_EQ(VersionData{}, gf_parseVersion(bad)) << bad;
+    }
+    EXPECT_LT((VersionData{10, 9, 99}), kProgramVersion);
+    EXPECT_LT(kProgramVersion, (VersionData{10, 10, 11}));
+}
+
+}  // namespace vlt

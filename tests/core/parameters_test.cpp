@@ -1,0 +1,164 @@
+#include "core/parameters.h"
+
+#include "core/paths.h"
+#include "core/text.h"
+#include "core/version.h"
+#include "support/temp_folder.h"
+
+#include <gtest/gtest.h>
+#include <pugixml.hpp>
+
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace vlt {
+
+class ParametersTest : public ::testing::Test
+{
+protected:
+    void SetUp() override { std::filesystem::create_directories(gf_parametersFile().parent_path()); }
+    void TearDown() override
+    {
+        // Other tests find the defaults.
+        std::filesystem::remove(gf_parametersFile());
+        for (BoolParameter* p : gf_storedBools()) {
+            p->value = p->def;
+        }
+        for (IntParameter* p : gf_storedInts()) {
+            p->value = p->def;
+        }
+        for (StringParameter* p : gf_storedStrings()) {
+            p->value = p->def;
+        }
+        gf_applyLateralRange();
+    }
+
+    static void write(const std::string& parameters)
+    {
+        std::ofstream(gf_parametersFile()) << "<meta/><parameters>" << parameters << "</parameters>";
+    }
+    static std::string element(const std::string& name, const std::string& value)
+    {
+        return format("<parameter name=\"{}\" value=\"{}\"/>", name, value);
+    }
+    // The value in the file; "-" if there is no element.
+    static std::string inFile(const std::string& name)
+    {
+        pugi::xml_document document;
+        document.load_file(gf_parametersFile().c_str());
+        const auto node = document.select_node(format("parameters/parameter[@name='{}']", name).c_str()).node();
+        return node ? node.attribute("value").as_string() : "-";
+    }
+
+    TempFolder folder;
+    ScopedVariable appData{"VELATRA_APPDATA", folder.path().string()};
+};
+
+TEST_F(ParametersTest, aMissingEmptyOrDamagedFileGivesDefaults)
+{
+    for (const char* content : {"", "not xml at all", "<parameters><parameter name="}) {
+        MAX_LIVE.value = MAX_LIVE.def;
+        std::ofstream(gf_parametersFile()) << content;
+        readParameters();
+        EXPECT_EQ("-1", inFile("MAX_LIVE")) << content;
+        EXPECT_EQ("true", inFile("SCAN_LIVERIES")) << content;
+        EXPECT_EQ(gf_text(kProgramVersion), inFile("PROGRAM_VERSION")) << content;
+    }
+    auto aside = gf_parametersFile();
+    aside.replace_extension(".unreadable.xml");
+    std::stringstream kept;
+    kept << std::ifstream(aside).rdbuf();
+    EXPECT_EQ("<parameters><parameter name=", kept.str()) << "what somebody wrote is not lost";
+}
+
+TEST_F(ParametersTest, clampsWhatTheFileHolds)
+{
+    const struct {
+        const char* name;
+        const char* value;
+        const IntParameter& parameter;
+        int expected;
+    } cases[] = {
+        {"MAX_LIVE", "5000", MAX_LIVE, 300},       {"LATERAL_RANGE", "1", LATERAL_RANGE, 2},
+        {"MATCHING_DEPTH", "x", MATCHING_DEPTH, 1}, {"MAIN_WINDOW_X", "-99999999999", MAIN_WINDOW_X, -30000},
+        {"AIRPORT_RANGE", "0x10", AIRPORT_RANGE, 16},
+    };
+    std::string text;
+    for (const auto& c : cases) {
+        text += element(c.name, c.value);
+    }
+    write(text);
+    readParameters();
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.expected, c.parameter.value) << c.name;
+    }
+    EXPECT_EQ(2.0, lateralRangeNm);
+    EXPECT_EQ(3704, lateralRangeMetres);
+}
+
+TEST_F(ParametersTest, anOlderFileGainsWhatIsMissingAndKeepsTheRest)
+{
+    write(element("MAX_LIVE", "77") + element("LOG", "yes") + element("RANDOM", "no"));
+    readParameters();
+    EXPECT_EQ("77", inFile("MAX_LIVE"));
+    EXPECT_EQ("40", inFile("LATERAL_RANGE"));
+    EXPECT_TRUE(LOG.value);
+    EXPECT_FALSE(RANDOM.value);
+    EXPECT_EQ("-", inFile("parking_percentage")) << "belongs to the airport";
+}
+
+TEST_F(ParametersTest, emptyFolderLinesDisappear)
+{
+    write(element("lfolder3", "") + element("lfolder4", "D:\\AI & more"));
+    readParameters();
+    EXPECT_EQ("-", inFile("lfolder3"));
+    EXPECT_EQ("-", inFile("afolder0")) << "and none is added";
+    EXPECT_EQ("D:\\AI & more", inFile("lfolder4"));
+    EXPECT_EQ("D:\\AI & more", lfolders[4].value);
+}
+
+TEST_F(ParametersTest, aNewVersionScansEverythingOnce)
+{
+    const std::string off = element("SCAN_LIVERIES", "false") + element("SCAN_AIRPORTS", "false");
+    const struct {
+        const char* stored;
+        bool scans;
+    } cases[] = {{"10.9.99", true}, {"9.99.99", true}, {"10.10.10", false}, {"10.10.11", false}, {"11.0.0", false}};
+    for (const auto& c : cases) {
+        write(off + element("PROGRAM_VERSION", c.stored));
+        readParameters();
+        EXPECT_EQ(c.scans, SCAN_LIVERIES.value) << c.stored;
+        EXPECT_EQ(c.scans ? "true" : "false", inFile("SCAN_AIRPORTS")) << c.stored;
+        EXPECT_EQ("10.10.10", inFile("PROGRAM_VERSION")) << c.stored;
+    }
+    write(off + element("PROGRAM_VERSION", "10.9.99"));
+    readParameters();
+    SCAN_LIVERIES.value = false;
+    saveParameter(SCAN_LIVERIES);
+    readParameters();
+    EXPECT_FALSE(SCAN_LIVERIES.value) << "the next start of the same version doesn't";
+}
+
+TEST_F(ParametersTest, savesOneValueAndLeavesTheOthers)
+{
+    write(element("MAX_LIVE", "77") + element("LATERAL_RANGE", "30"));
+    MAX_LIVE.value = 12;
+    saveParameter(MAX_LIVE);
+    DESTINATION.value = "EG\"<L&";
+    saveParameter(DESTINATION);
+    EXPECT_EQ("12", inFile("MAX_LIVE"));
+    EXPECT_EQ("30", inFile("LATERAL_RANGE"));
+    EXPECT_EQ("EG\"<L&", inFile("DESTINATION")) << "added, since the file had none";
+}
+
+TEST_F(ParametersTest, aWindowOnTheBorderComesBack)
+{
+    write(element("MAIN_WINDOW_X", "30000") + element("MAIN_WINDOW_Y", "29999"));
+    gf_readWindowPlace();
+    EXPECT_EQ(400, MAIN_WINDOW_X.value);
+    EXPECT_EQ("400", inFile("MAIN_WINDOW_X"));
+    EXPECT_EQ(29999, MAIN_WINDOW_Y.value);
+}
+
+}  // namespace vlt

@@ -1,0 +1,85 @@
+#include "core/run_state.h"
+
+#include "core/locks.h"
+#include "ui/display.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+namespace vlt {
+
+class RunStateTest : public ::testing::Test
+{
+protected:
+    void SetUp() override { reset(); }
+    void TearDown() override { reset(); }
+    static void reset()
+    {
+        closeRequested = false;
+        ASSERT_TRUE(gf_resetRunState());
+        gf_resetDisplay();
+    }
+};
+
+TEST_F(RunStateTest, theFirstReasonWins)
+{
+    EXPECT_TRUE(gf_requestStop(ExitReason::ReaderError, 15));
+    EXPECT_FALSE(gf_requestStop(ExitReason::SimConnectError, 9));
+    EXPECT_EQ(ExitReason::ReaderError, exitReason);
+    EXPECT_EQ(15, restartDelaySeconds);
+    gf_requestClose();
+    EXPECT_EQ(ExitReason::ReaderError, exitReason) << "a close keeps the reason";
+    gf_noteSystemError();
+    EXPECT_EQ(ExitReason::SystemError, exitReason) << "only this one overrides";
+    EXPECT_EQ(0, restartDelaySeconds);
+}
+
+TEST_F(RunStateTest, ofManyWritersExactlyOneWins)
+{
+    std::atomic<int> winners{0};
+    {
+        std::vector<std::jthread> writers;
+        for (int i = 0; i < 8; ++i) {
+            writers.emplace_back([&winners, i] { winners += gf_requestStop(ExitReason::SimConnectError, i + 1) ? 1 : 0; });
+        }
+    }
+    EXPECT_EQ(1, winners);
+}
+
+TEST_F(RunStateTest, aStopWakesSleepersAtOnce)
+{
+    const auto begin = std::chrono::steady_clock::now();
+    std::jthread stopper([] { gf_requestStop(ExitReason::NewFlight, 30); });
+    EXPECT_FALSE(gf_sleepUnlessStopping(std::chrono::minutes(1)));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+    EXPECT_TRUE(gf_sleepUnlessClosing(std::chrono::milliseconds(1))) << "a stop isn't a close";
+}
+
+TEST_F(RunStateTest, aCloseIsNotForgottenByAReset)
+{
+    gf_requestClose();
+    EXPECT_EQ(ExitReason::UserClosedSim, exitReason);
+    EXPECT_FALSE(gf_resetRunState());
+    EXPECT_TRUE(closeRequested);
+}
+
+TEST_F(RunStateTest, anErrorStaysAndAMessageGoesAfter25Seconds)
+{
+    showMessage("hello", false);
+    for (int second = 0; second < 26; ++second) {
+        EXPECT_EQ("hello", gf_textOf(&Display::messageText)) << second;
+        gf_displaySecond();
+    }
+    gf_displaySecond();
+    EXPECT_EQ("", gf_textOf(&Display::messageText));
+    showError("broken");
+    showMessage("all is well", false);
+    EXPECT_EQ("broken", gf_textOf(&Display::errorText));
+    EXPECT_EQ("", gf_textOf(&Display::messageText));
+}
+
+}  // namespace vlt

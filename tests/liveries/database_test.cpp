@@ -1,0 +1,377 @@
+#include "liveries/database.h"
+
+#include "core/errors.h"
+#include "core/text.h"
+#include "core/zip_archive.h"
+#include "liveries/dbase_reader.h"
+#include "liveries/scrambling.h"
+#include "liveries/workplace.h"
+#include "standin/file_server.h"
+#include "support/world.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <map>
+#include <stdexcept>
+
+namespace vlt {
+
+constexpr double kNmPerMetre = 1 / 1852.0;
+
+// `<` and `>` are letters of the scrambled alphabet.
+static std::string lf_escaped(const std::string& text)
+{
+    std::string escaped;
+    for (const char c : text) {
+        escaped += c == '<' ? "&lt;" : c == '>' ? "&gt;" : std::string(1, c);
+    }
+    return escaped;
+}
+
+static std::string lf_types(std::initializer_list<std::string_view> types)
+{
+    std::string list;
+    for (const std::string_view type : types) {
+        list.append(list.empty() ? "" : ",").append(gf_scrambleType(type));
+    }
+    return lf_escaped(list);
+}
+
+static std::string lf_row(const char* reg, const char* airl, const char* type, const char* opr,
+                          const char* rest = "")
+{
+    return format("<db reg=\"{}\" airl=\"{}\" type=\"{}\" opr=\"{}\" {}/>",
+                  lf_escaped(gf_scrambleRegcode(reg)), lf_escaped(gf_scrambleAirline(airl)), lf_types({type}),
+                  lf_escaped(gf_scrambleAirline(opr)), rest);
+}
+
+static std::string lf_span(std::string_view type, const char* metres)
+{
+    return format("<wingspan type=\"{}\" meters=\"{}\"/>", lf_types({type}), metres);
+}
+
+// The sections of a good document, by name; a test changes what it is about.
+using Sections = std::map<std::string, std::string>;
+
+static Sections lf_goodSections()
+{
+    const std::string airlines = lf_escaped(gf_scrambleAirline("BAW") + "," + gf_scrambleAirline("CFE"));
+    return {
+        {"aircrafts", "<aircraft types=\"" + lf_types({"A319", "A320", "B744", "C172"}) +
+                          "\"/><aircraft types=\"" + lf_types({"C25A", "F16", "R44", "F70"}) + "\"/>"},
+        {"high_performance", "<hpf types=\"" + lf_types({"F16"}) + "\"/>"},
+        {"heavy", "<hvy types=\"" + lf_types({"B744", "A320"}) + "\"/>"},
+        {"large", "<lar types=\"" + lf_types({"A319", "A320", "F70"}) + "\"/>"},
+        {"buzjet", "<bzj types=\"" + lf_types({"C25A"}) + "\"/>"},
+        {"rotorcraft", "<rot types=\"" + lf_types({"R44"}) + "\"/>"},
+        {"cargo_types", "<cargo_type types=\"" + lf_types({"B744"}) + "\"/>"},
+        {"similar_types", "<similar types=\"" + lf_types({"A320", "A319"}) + "\"/>"},
+        {"ICAO_airlines", "<ICAO codes=\"" + airlines + "\"/>"},
+        {"cargo_operators", "<ICAO codes=\"" + airlines + "\"/>"},
+        {"publishers", "<pub names=\"Zed,Z\"/><pub names=\"Able\"/><pub names=\"Zed,Z\"/>"},
+        {"wingspans", lf_span("A319", "34.1") + lf_span("A320", "35.8") + lf_span("B744", "64.4")},
+        {"fixes", "<fx wro=\"A32N\" cor=\"A320\"/>"},
+        {"simaddonsP3D", "<simaddonP3D arpts=\"KSEA,EGLL\"/>"},
+        {"thirdpartiesP3D", "<thirdpartieP3D pub=\"Able\" arpts=\"EDDF,EDDM\"/>"},
+        {"dbase",
+         lf_row("G-DBCJ", "BAW", "A319", "") + lf_row("PH-BXA", "KLM", "B738", "CFE", "cargo=\"yes\"")},
+    };
+}
+
+static std::string lf_document(const Sections& sections)
+{
+    std::string text = "<?xml version=\"1.0\"?>";
+    for (const auto& [name, content] : sections) {
+        text += format("<{}>{}</{}>", name, content, name);
+    }
+    return text;
+}
+
+static void lf_read(const Sections& sections)
+{
+    pugi::xml_document document;
+    ASSERT_TRUE(document.load_string(lf_document(sections).c_str()));
+    gf_readDbaseSections(document, "input/temp2.xml");
+}
+
+class DatabaseTest : public testing::Test
+{
+protected:
+    DatabaseTest()
+    {
+        gf_clearWorld();
+    }
+    ~DatabaseTest() override
+    {
+        gf_clearWorld();
+    }
+    // The text of what reading throws, empty for nothing.
+    static std::string thrown(const Sections& sections)
+    {
+        try {
+            lf_read(sections);
+        } catch (const std::exception& e) {
+            return e.what();
+        }
+        return {};
+    }
+    Workplace workplace;
+};
+
+TEST_F(DatabaseTest, typesAirlinesAndCategories)
+{
+    lf_read(lf_goodSections());
+    EXPECT_EQ(8U, dbase.aircrafts.size());
+    EXPECT_TRUE(isValidModel("F70"));
+    EXPECT_FALSE(isValidModel("F7"));
+    EXPECT_FALSE(isValidModel(""));
+    EXPECT_TRUE(isValidAirline("CFE"));
+    EXPECT_FALSE(isValidAirline("KLM"));
+    EXPECT_FALSE(isValidAirline(""));
+    const struct {
+        const char* type;
+        AcCategory expected;
+    } cases[] = {{"A319", AcCategory::Large},     {"A320", AcCategory::Large},
+                 {"B744", AcCategory::Heavy},     {"C25A", AcCategory::Buzjets},
+                 {"R44", AcCategory::Rotorcraft}, {"F16", AcCategory::HighPerf},
+                 {"C172", AcCategory::Light},     {"XXXX", AcCategory::Light}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.expected, categoryOf(c.type)) << c.type;
+    }
+}
+
+TEST_F(DatabaseTest, wingSpansAreHalvedAndAveraged)
+{
+    lf_read(lf_goodSections());
+    EXPECT_NEAR(17.05 * kNmPerMetre, halfWingspanNm("A319"), 1e-12);
+    EXPECT_NEAR(32.2 * kNmPerMetre, halfWingspanNm("B744"), 1e-12);
+    EXPECT_NEAR(17.475 * kNmPerMetre, halfWingspanNm("F70"), 1e-12) << "mean of 17.05 and 17.9";
+    EXPECT_NEAR(32.2 * kNmPerMetre, largestHalfWingspanNm(), 1e-12);
+    const double light = halfWingspanNm("C172") / kNmPerMetre;
+    EXPECT_GT(light, 3) << "no light type is listed";
+    EXPECT_LT(light, 10);
+}
+
+TEST_F(DatabaseTest, uselessWingSpansAreSkipped)
+{
+    Sections sections = lf_goodSections();
+    for (const char* bad : {"", "wide", "12m", "-3", "0", "nan", "inf", "1e300"}) {
+        sections["wingspans"] += lf_span("C172", bad);
+    }
+    sections["wingspans"] += lf_span("ZZZZ", "90") + "<wingspan/>";
+    lf_read(sections);
+    EXPECT_EQ(3U, dbase.halfWingspans.size());
+    EXPECT_NEAR(32.2 * kNmPerMetre, largestHalfWingspanNm(), 1e-12);
+    EXPECT_NE(std::string::npos, workplace.log().find("wingspan model ZZZZ is no valid model, skipped"));
+}
+
+TEST_F(DatabaseTest, anEmptyListThatIsNeededStopsTheProgram)
+{
+    const struct {
+        const char *section, *element, *attribute;
+    } needed[] = {{"aircrafts", "aircraft", "types"},
+                  {"high_performance", "hpf", "types"},
+                  {"heavy", "hvy", "types"},
+                  {"large", "lar", "types"},
+                  {"buzjet", "bzj", "types"},
+                  {"rotorcraft", "rot", "types"},
+                  {"cargo_types", "cargo_type", "types"},
+                  {"ICAO_airlines", "ICAO", "codes"},
+                  {"cargo_operators", "ICAO", "codes"},
+                  {"simaddonsP3D", "simaddonP3D", "arpts"}};
+    for (const auto& n : needed) {
+        const std::string expected =
+            format("61: In an xml file section {} {} {} is empty ", n.section, n.element, n.attribute);
+        dbase = {};
+        Sections sections = lf_goodSections();
+        sections.erase(n.section);
+        EXPECT_EQ(expected, thrown(sections));
+        dbase = {};
+        sections[n.section] = format("<{0}/><{0} {1}=\"\"/><{0} {1}=\",,\"/>", n.element, n.attribute);
+        EXPECT_EQ(expected, thrown(sections));
+    }
+    for (const char* dispensable :
+         {"similar_types", "publishers", "wingspans", "fixes", "thirdpartiesP3D", "dbase"}) {
+        dbase = {};
+        Sections sections = lf_goodSections();
+        sections.erase(dispensable);
+        EXPECT_EQ("", thrown(sections)) << dispensable;
+    }
+}
+
+TEST_F(DatabaseTest, anAirlineTextOfABadLengthStopsTheProgram)
+{
+    Sections sections = lf_goodSections();
+    sections["ICAO_airlines"] += "<ICAO codes=\"ABCDE\"/>";
+    EXPECT_EQ("decrypt airl \"ABCDE\" error", thrown(sections));
+    sections = lf_goodSections();
+    sections["dbase"] += "<db reg=\"ABC\" airl=\"ABCD\"/>";
+    EXPECT_EQ("decrypt airl \"ABCD\" error", thrown(sections));
+    EXPECT_EQ(2U, dbase.registrations.size()) << "what came before stands";
+}
+
+TEST_F(DatabaseTest, groupsFixesAndPublishers)
+{
+    Sections sections = lf_goodSections();
+    sections["fixes"] +=
+        "<fx wro=\"A32N\" cor=\"A319\"/><fx wro=\"B73H\" cor=\"B738\"/><fx wro=\"X\" cor=\"\"/>"
+        "<fx wro=\"Y\"/><fx cor=\"A319\"/>";
+    lf_read(sections);
+    EXPECT_EQ((std::vector<std::vector<std::string>>{{"A319", "A320"}}), dbase.similarTypes);
+    EXPECT_EQ((std::map<std::string, std::string, std::less<>>{{"A32N", "A320"}}), dbase.fixes);
+    EXPECT_EQ((std::vector<std::vector<std::string>>{{"Able"}, {"Zed", "Z"}}), dbase.publishers);
+    EXPECT_EQ((TypeSet{"EGLL", "KSEA"}), dbase.simaddonsP3D);
+    ASSERT_EQ(1U, dbase.thirdParties.size());
+    EXPECT_EQ("Able", dbase.thirdParties[0].pub);
+    EXPECT_EQ((std::vector<std::string>{"EDDF", "EDDM"}), dbase.thirdParties[0].arpts);
+    const std::string log = workplace.log();
+    EXPECT_NE(std::string::npos, log.find("wrong part of fix: \"A32N\", already exists, skipped\n"));
+    EXPECT_NE(std::string::npos, log.find("wrong fix B73H->B738, the latter is not a valid model\n"));
+    EXPECT_NE(std::string::npos, log.find("wrong fix X->, the latter is not a valid model\n"));
+}
+
+TEST_F(DatabaseTest, registrationsKeepTheirFirstRow)
+{
+    Sections sections = lf_goodSections();
+    sections["dbase"] += lf_row("G-DBCJ", "CFE", "A320", "") + lf_row("AB+12", "", "F16", "") + "<db/>";
+    lf_read(sections);
+    const RegRecord& first = dbase.registrations.at("G-DBCJ");
+    EXPECT_EQ("BAW", first.airl);
+    EXPECT_EQ("A319", first.type);
+    EXPECT_EQ("", first.opr);
+    EXPECT_FALSE(first.cargo);
+    const RegRecord& operated = dbase.registrations.at("PH-BXA");
+    EXPECT_EQ("KLM", operated.airl);
+    EXPECT_EQ("CFE", operated.opr);
+    EXPECT_TRUE(operated.cargo);
+    EXPECT_EQ("", dbase.registrations.at("AB+12").airl);
+    EXPECT_NE(std::string::npos, workplace.log().find("regcode G-DBCJ already exists\n"));
+}
+
+TEST_F(DatabaseTest, truthIsReadFromTheFirstCharacter)
+{
+    for (const char* yes : {"1", "t", "T", "y", "Y", "true", "Yes"}) {
+        EXPECT_TRUE(gf_isTrue(yes)) << yes;
+    }
+    for (const char* no : {"", "0", "false", "no", " true", "on"}) {
+        EXPECT_FALSE(gf_isTrue(no)) << no;
+    }
+}
+
+TEST_F(DatabaseTest, registrationVariants)
+{
+    const struct {
+        const char* regcode;
+        std::vector<std::string> expected;
+    } cases[] = {
+        {"PHBXA", {"PH-BXA", "P-HBXA", "PHBXA"}},
+        {"GDBCJ", {"GD-BCJ", "G-DBCJ", "GDBCJ"}},
+        {"N123AB", {"N123AB"}},
+        {"PH-BXA", {"PH-BXA"}},
+        {"ABCD", {"ABCD"}},
+        {"", {""}},
+        {"A6EUVLONGERTHANAFEW", {"A6-EUVLONGERTHANAFEW", "A-6EUVLONGERTHANAFEW", "A6EUVLONGERTHANAFEW"}},
+    };
+    for (const auto& c : cases) {
+        const RegcodeVariants variants = regcodeVariants(c.regcode);
+        EXPECT_EQ(c.expected,
+                  (std::vector<std::string>(variants.texts.begin(),
+                                            variants.texts.begin() + static_cast<long>(variants.count))))
+            << c.regcode;
+    }
+}
+
+TEST_F(DatabaseTest, registrationsAreFoundWithAndWithoutHyphen)
+{
+    lf_read(lf_goodSections());
+    dbase.registrations["N123AB"] = {"UAL", "B738", "", false};
+    dbase.registrations["N-123AC"] = {"UAL", "B738", "", false};
+    for (const char* known : {"PHBXA", "PH-BXA", "GDBCJ", "N123AB"}) {
+        EXPECT_NE(nullptr, findRegcode(known)) << known;
+    }
+    for (const char* unknown : {"", "N123AC", "P-HBXA", "PHBX"}) {
+        EXPECT_EQ(nullptr, findRegcode(unknown)) << unknown;
+    }
+    EXPECT_EQ("CFE", gf_operatorOfRegcode("PHBXA"));
+    EXPECT_EQ("KLM", gf_ownerOfRegcode("PHBXA"));
+    EXPECT_EQ("", gf_operatorOfRegcode("GDBCJ"));
+    EXPECT_EQ("", gf_ownerOfRegcode("XXXXX"));
+}
+
+TEST_F(DatabaseTest, shortPrivateRegistrationsAreFoundInTitles)
+{
+    dbase.registrations["ABC"] = {"PVT", "C172", "", false};
+    dbase.registrations["ABCD"] = {"PVT", "C172", "", false};
+    dbase.registrations["XYZ"] = {"BAW", "A319", "", false};
+    dbase.registrations["LONGE"] = {"PVT", "C172", "", false};
+    EXPECT_EQ("ABCD", findRegPrefixInTitle("Cessna ABCDE white"));
+    EXPECT_EQ("ABC", findRegPrefixInTitle("ABC"));
+    EXPECT_EQ("", findRegPrefixInTitle("Cessna XYZ LONGE"));
+    EXPECT_EQ("", findRegPrefixInTitle("AB"));
+    EXPECT_EQ("", findRegPrefixInTitle(""));
+}
+
+TEST_F(DatabaseTest, theFileIsReadAndGone)
+{
+    const std::string good = lf_document(lf_goodSections());
+    workplace.folder.write("input/temp2.xml", good);
+    gf_readDbaseFile("input/temp2.xml");
+    EXPECT_EQ(2U, dbase.registrations.size());
+    EXPECT_FALSE(std::filesystem::exists("input/temp2.xml"));
+
+    for (const std::string& bad :
+         {std::string("<aircrafts><aircraft"), std::string(), std::string("no xml")}) {
+        workplace.folder.write("input/temp2.xml", bad);
+        try {
+            gf_readDbaseFile("input/temp2.xml");
+            FAIL() << bad;
+        } catch (const UserErrorException& e) {
+            EXPECT_TRUE(std::string_view(e.what()).starts_with("60: \"")) << e.what();
+            EXPECT_NE(nullptr, std::strstr(e.what(), "temp2.xml\" not read because of ")) << e.what();
+        }
+        EXPECT_FALSE(std::filesystem::exists("input/temp2.xml")) << bad;
+    }
+}
+
+TEST_F(DatabaseTest, withoutAServerTheProgramSaysSo)
+{
+    try {
+        readDbase();
+        FAIL() << "no exception";
+    } catch (const std::runtime_error& e) {
+        EXPECT_STREQ("data base could not be read from on-line?", e.what());
+    }
+}
+
+TEST_F(DatabaseTest, isFetchedFromTheServer)
+{
+    std::filesystem::create_directories("server");
+    gf_writeZip("server/dbase.zip", {{"dbase.xml", lf_document(lf_goodSections())}});
+    FileServer fileServer({.folder = "server", .faultPath = ""});
+    workplace.server.set(format("http://127.0.0.1:{}/", fileServer.start()));
+    EXPECT_TRUE(readDbase());
+    EXPECT_EQ(2U, dbase.registrations.size());
+    EXPECT_FALSE(std::filesystem::exists("dbase.zip"));
+    EXPECT_FALSE(std::filesystem::exists("input/temp2.xml"));
+}
+
+TEST_F(DatabaseTest, everyTruncatedDocumentEndsInAnOrderlyWay)
+{
+    const std::string good = lf_document(lf_goodSections());
+    for (size_t length = 0; length < good.size(); ++length) {
+        dbase = {};
+        pugi::xml_document document;
+        const std::vector<char> cut(good.begin(), good.begin() + static_cast<long>(length));
+        document.load_buffer(cut.data(), cut.size());
+        try {
+            gf_readDbaseSections(document, "cut");
+        } catch (const std::runtime_error&) {
+            continue;
+        }
+        EXPECT_EQ(8U, dbase.aircrafts.size()) << "nothing thrown, so all lists must stand, length " << length;
+        EXPECT_FALSE(dbase.simaddonsP3D.empty());
+    }
+}
+
+}  // namespace vlt

@@ -1,0 +1,219 @@
+#include "liveries/regcodes.h"
+
+#include "core/text.h"
+#include "core/zip_archive.h"
+#include "liveries/scrambling.h"
+#include "liveries/workplace.h"
+#include "standin/file_server.h"
+#include "support/world.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <sstream>
+
+namespace vlt {
+
+class RegcodesTest : public testing::Test
+{
+protected:
+    RegcodesTest()
+    {
+        gf_loadSmallWorld();
+    }
+    ~RegcodesTest() override
+    {
+        gf_clearWorld();
+    }
+
+    void serve(const std::string& regcodesXml)
+    {
+        std::filesystem::create_directories("server");
+        gf_writeZip("server/AIG-regcodes.zip", {{"AIG-regcodes.xml", regcodesXml}});
+        fileServer = std::make_unique<FileServer>(FileServerOptions{.folder = "server", .faultPath = ""});
+        workplace.server.set(format("http://127.0.0.1:{}/", fileServer->start()));
+    }
+    [[nodiscard]] bool logged(const std::string& text) const
+    {
+        return workplace.log().find(text) != std::string::npos;
+    }
+
+    Workplace workplace;
+    std::unique_ptr<FileServer> fileServer;
+};
+
+// One element of the server's file.
+static std::string lf_livery(const char* title, std::initializer_list<const char*> regcodes,
+                             const char* rest = "")
+{
+    pugi::xml_document document;
+    pugi::xml_node node = document.append_child("livery");
+    std::string list;
+    for (const char* regcode : regcodes) {
+        list.append(list.empty() ? "" : ",").append(gf_scrambleRegcode(regcode));
+    }
+    node.append_attribute("title").set_value(title);
+    if (!list.empty()) {
+        node.append_attribute("reg").set_value(list.c_str());
+    }
+    if (*rest != '\0') {
+        node.append_attribute("special").set_value(rest);
+    }
+    std::ostringstream text;
+    document.save(text, "", pugi::format_raw | pugi::format_no_declaration);
+    return text.str();
+}
+
+TEST_F(RegcodesTest, linesOfTheUsersFiles)
+{
+    struct Expected {
+        std::vector<std::string> regcodes;
+        bool special;
+    };
+    const struct {
+        const char* line;
+        bool good;
+        std::vector<Expected> entries;  // one or none
+        const char* logged;
+    } cases[] = {
+        {"", true, {}, ""},
+        {"Title", true, {{{}, false}}, ""},
+        {"Title;G-DBCJ", true, {{{"G-DBCJ"}, false}}, ""},
+        {"Title;ABC,ABCDEFGHIJKL", true, {{{"ABC", "ABCDEFGHIJKL"}, false}}, ""},
+        {"Title;AB,G-DBCJ", false, {{{"G-DBCJ"}, false}}, "wrong regcode length \"AB\" in Title;AB,G-DBCJ"},
+        {"Title;ABCDEFGHIJKLM", false, {{{}, false}}, "wrong regcode length \"ABCDEFGHIJKLM\" in "},
+        {"Title;G-DBCJ;#", true, {{{"G-DBCJ"}, true}}, ""},
+        {"Title;G-DBCJ;x", true, {{{"G-DBCJ"}, false}}, ""},
+        {"Title;G-DBCJ;##", true, {{{"G-DBCJ"}, false}}, ""},
+        {"Title;G-DBCJ;", true, {{{"G-DBCJ"}, false}}, ""},
+        {"Title;;#", true, {{{}, true}}, "Title;;# ; regs empty?"},
+        {"Title;", true, {{{}, false}}, "Title; ; regs empty?"},
+        {"Title;G-DBCJ;#;", false, {}, "wrong format \"Title;G-DBCJ;#;\""},
+        {"Title;A;B;C", false, {}, "wrong format \"Title;A;B;C\""},
+        {";G-DBCJ", false, {}, "wrong format \";G-DBCJ\""},
+    };
+    for (const auto& c : cases) {
+        const auto path = workplace.folder.write("one.txt", format("{}\r\n", c.line));
+        std::vector<RegcodeEntry> entries;
+        EXPECT_EQ(c.good, gf_readRegcodeText(path, entries)) << c.line;
+        ASSERT_EQ(c.entries.size(), entries.size()) << c.line;
+        for (size_t i = 0; i < entries.size(); ++i) {
+            EXPECT_EQ("Title", entries[i].title) << c.line;
+            EXPECT_EQ(c.entries[i].regcodes, entries[i].regcodes) << c.line;
+            EXPECT_EQ(c.entries[i].special, entries[i].special) << c.line;
+        }
+        EXPECT_TRUE(logged(c.logged)) << c.line;
+    }
+}
+
+TEST_F(RegcodesTest, aWrongLineLeavesTheRestOfTheFile)
+{
+    const auto path = workplace.folder.write("two.txt", "A;B;C;D\nTitle;G-DBCJ\n");
+    std::vector<RegcodeEntry> entries;
+    EXPECT_FALSE(gf_readRegcodeText(path, entries));
+    EXPECT_EQ(1U, entries.size());
+}
+
+TEST_F(RegcodesTest, theServersFile)
+{
+    const std::string text = "<AIG-regcodes>" + lf_livery("One", {"G-DBCJ", "N1+2"}) + lf_livery("Two", {}) +
+                             lf_livery("Three", {"PH-BXA"}, "yes") + "<livery reg=\"AAA\"/>" +
+                             "<livery title=\"Four\" reg=\"AAAAAAAAAAAAAAAAAAAAAAAAA\"/>" + "</AIG-regcodes>";
+    std::vector<RegcodeEntry> entries;
+    EXPECT_FALSE(gf_readRegcodeXml(workplace.folder.write("a.xml", text), entries)) << "25 characters";
+    ASSERT_EQ(3U, entries.size());
+    EXPECT_EQ((std::vector<std::string>{"G-DBCJ", "N1+2"}), entries[0].regcodes);
+    EXPECT_TRUE(entries[1].regcodes.empty());
+    EXPECT_TRUE(entries[2].special);
+    EXPECT_FALSE(entries[0].special);
+
+    EXPECT_FALSE(gf_readRegcodeXml(workplace.folder.write("b.xml", "<AIG-regcodes>"), entries));
+    EXPECT_TRUE(logged("Failed to load "));
+    EXPECT_EQ(3U, entries.size());
+}
+
+TEST_F(RegcodesTest, registrationsPrintedOnLiveriesAreEnteredAndTheFirstStays)
+{
+    regcodeTitles.clear();
+    liveries = {{"BAW", "A319", "VWorld A319 British Airways", "G-AAAA", 1, false},
+                {"BAW", "A320", "VWorld A320 British Airways", "G-AAAA", 1, false},
+                {"BAW", "A319", "VWorld A319 British Airways", "G-AAAA", 1, false},
+                {"RYR", "B738", "VWorld B738 Ryanair", "", 1, false}};
+    collectInlineRegcodes();
+    EXPECT_EQ(1U, regcodeTitles.size());
+    EXPECT_EQ("VWorld A319 British Airways", findRegcodeTitle("GAAAA"));
+    EXPECT_EQ("", findRegcodeTitle(""));
+    EXPECT_EQ("G-AAAA \"VWorld A320 British Airways\" => already in use by \"VWorld A319 British Airways\"\n",
+              gf_textOfFile("output/errors/InlineRegcodes.txt"));
+    EXPECT_TRUE(logged("1 in-line regcode clashes, see \""));
+}
+
+TEST_F(RegcodesTest, entriesOfInstalledTitlesWinOverWhatWasThere)
+{
+    std::vector<std::string> results;
+    ASSERT_EQ("VWorld B738 KLM PH-BXA", findRegcodeTitle("PHBXA"));
+    gf_processRegcodeEntries({{"VWorld B738 Ryanair", {"PH-BXA", "EI-AAA"}, false},
+                              {"not installed", {"EI-BBB"}, true},
+                              {"VWorld B738 KLM PH-BXA", {}, true},
+                              {"VWorld B738 Ryanair", {"EI-AAA"}, false}},
+                             results);
+    EXPECT_EQ("VWorld B738 Ryanair", findRegcodeTitle("PHBXA"));
+    EXPECT_EQ(0U, regcodeTitles.count("EI-BBB"));
+    EXPECT_EQ((TitleViews{"VWorld B738 KLM PH-BXA"}), specialTitles);
+    EXPECT_EQ(
+        (std::vector<std::string>{"   regcode PH-BXA for \"VWorld B738 Ryanair\", instead of the same for "
+                                  "\"VWorld B738 KLM PH-BXA\"",
+                                  "1 new regcode added, 1 regcode replaced, 1 regcode defined as special"}),
+        results);
+}
+
+TEST_F(RegcodesTest, theUsersFilesWinOverTheServers)
+{
+    serve("<AIG-regcodes>" + lf_livery("VWorld B738 Ryanair", {"EI-AAA", "EI-CCC"}) + "</AIG-regcodes>");
+    workplace.folder.write("input/my_regcodes/mine.Txt",
+                           "VWorld B738 white;EI-AAA\nVWorld B738 Ryanair;;#\n");
+    workplace.folder.write("input/my_regcodes/other.doc", "VWorld B738 white;EI-CCC\n");
+    processRegcodeFiles();
+    EXPECT_EQ("VWorld B738 white", findRegcodeTitle("EIAAA"));
+    EXPECT_EQ("VWorld B738 Ryanair", findRegcodeTitle("EICCC"));
+    EXPECT_FALSE(std::filesystem::exists("input/AIG-regcodes.xml"));
+    const std::string report = gf_textOfFile("output/info/OfflineRegcodes.txt");
+    EXPECT_NE(std::string::npos, report.find("2 new regcodes added\n")) << report;
+    EXPECT_NE(std::string::npos,
+              report.find("   regcode EI-AAA for \"VWorld B738 white\", instead of the same for "
+                          "\"VWorld B738 Ryanair\"\n0 new regcodes added, 1 regcode replaced, 1 "
+                          "regcode defined as special\n"))
+        << report;
+    EXPECT_TRUE(logged("1 special liveries"));
+    EXPECT_TRUE(logged("2 liveries read"));
+}
+
+TEST_F(RegcodesTest, withoutAServerTheUsersFilesAreEnough)
+{
+    workplace.folder.write("input/my_regcodes/mine.txt", "VWorld B738 white;EI-AAA\n");
+    processRegcodeFiles();
+    EXPECT_EQ("VWorld B738 white", findRegcodeTitle("EIAAA"));
+    EXPECT_TRUE(logged("reading AIG-regcodes failed?"));
+}
+
+TEST_F(RegcodesTest, aBrokenServerFileIsToldInTheReport)
+{
+    serve("<AIG-regcodes><livery");
+    processRegcodeFiles();
+    EXPECT_NE(std::string::npos, gf_textOfFile("output/info/OfflineRegcodes.txt")
+                                     .find("There were errors in processing the AIG-regcode file \""));
+}
+
+TEST_F(RegcodesTest, titlesNotToBeUsed)
+{
+    serve("<AIG-regcodes>" + lf_livery("Never", {}) + lf_livery("Sometimes", {"EI-AAA"}) + "</AIG-regcodes>");
+    workplace.folder.write("input/my_regcodes/mine.txt", "Not this\nThat;EI-AAA\nNor that\n");
+    readDontUseTitles();
+    EXPECT_EQ((std::vector<std::string>{"Never", "Not this", "Nor that"}), dontUseTitles);
+    EXPECT_TRUE(isDontUseTitle("Nor that"));
+    EXPECT_FALSE(isDontUseTitle("That"));
+    EXPECT_TRUE(logged("1 don't use title read\n"));
+    EXPECT_TRUE(logged("2 don't use titles read from files in "));
+}
+
+}  // namespace vlt

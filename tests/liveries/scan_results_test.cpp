@@ -1,0 +1,179 @@
+#include "liveries/scan_results.h"
+
+#include "core/errors.h"
+#include "core/parameters.h"
+#include "liveries/match_index.h"
+#include "liveries/matching.h"
+#include "liveries/regcodes.h"
+#include "liveries/workplace.h"
+#include "support/world.h"
+#include "ui/display.h"
+
+#include <gtest/gtest.h>
+#include <pugixml.hpp>
+
+namespace vlt {
+
+class ScanResultsTest : public testing::Test
+{
+protected:
+    ScanResultsTest()
+    {
+        gf_loadSmallWorld();
+    }
+    ~ScanResultsTest() override
+    {
+        gf_clearWorld();
+        for (BoolParameter* option :
+             {static_cast<BoolParameter*>(&LIGHT_AIRCRAFT), static_cast<BoolParameter*>(&HIGH_PERF_AIRCRAFT),
+              static_cast<BoolParameter*>(&HELICOPTERS)}) {
+            option->value = true;
+        }
+    }
+    [[nodiscard]] bool logged(const std::string& text) const
+    {
+        return workplace.log().find(text) != std::string::npos;
+    }
+    // What reading a file with this content throws.
+    [[nodiscard]] std::string thrown(const std::string& content) const
+    {
+        workplace.folder.write("output/LiveriesScanned.xml", content);
+        try {
+            readLiveriesScanned();
+        } catch (const UserErrorException& e) {
+            return e.what();
+        }
+        return {};
+    }
+
+    Workplace workplace;
+};
+
+TEST_F(ScanResultsTest, whatIsWrittenIsReadBackSorted)
+{
+    liveries = {{"RYR", "B738", "Z <&\"> title", "EI-DAC", 3, false},
+                {"FDX", "B763", "Freighter", "", 1, true},
+                {"FDX", "B744", "Freighter", "", 2, true}};
+    ASSERT_TRUE(writeLiveriesScanned());
+    liveries.clear();
+    readLiveriesScanned();
+    ASSERT_EQ(3U, liveries.size());
+    const Livery& first = liveries.front();
+    EXPECT_EQ("FDX B744 Freighter  1", format("{} {} {} {} {}", first.airline, first.model, first.title,
+                                              first.atcid, static_cast<int>(first.cargo)));
+    const Livery& last = liveries.back();
+    EXPECT_EQ("RYR B738 Z <&\"> title EI-DAC 0",
+              format("{} {} {} {} {}", last.airline, last.model, last.title, last.atcid,
+                     static_cast<int>(last.cargo)));
+    EXPECT_TRUE(logged("3 liveries read from "));
+}
+
+TEST_F(ScanResultsTest, theFileBeginsWithMetaAndKeepsTheOrderOfAttributes)
+{
+    liveries = {{"FDX", "B763", "Freighter", "N1", 1, true}, {"RYR", "B738", "Plain", "", 1, false}};
+    ASSERT_TRUE(writeLiveriesScanned());
+    pugi::xml_document document;
+    ASSERT_TRUE(document.load_file("output/LiveriesScanned.xml"));
+    EXPECT_STREQ("meta", document.first_child().name());
+    std::vector<std::string> names;
+    for (const pugi::xml_node& node : document.child("liveries").children("liv")) {
+        std::string list;
+        for (const pugi::xml_attribute& attribute : node.attributes()) {
+            list += format("{}={} ", attribute.name(), attribute.value());
+        }
+        names.push_back(list);
+    }
+    EXPECT_EQ((std::vector<std::string>{"airl=FDX type=B763 cargo=true title=Freighter atcid=N1 ",
+                                        "airl=RYR type=B738 title=Plain "}),
+              names);
+}
+
+TEST_F(ScanResultsTest, filesThatCannotBeUsedStopTheProgram)
+{
+    const std::string path = "output\\LiveriesScanned.xml";
+    EXPECT_EQ("51: File " + path + " not found", thrown("<liveries"));
+    EXPECT_EQ("52: " + path + " does not contain a <liveries> section", thrown("<meta/>"));
+    EXPECT_EQ("533: " + path + " does not contain liveries", thrown("<liveries/>"));
+    EXPECT_EQ("", thrown("<liveries><liv airl=\"BAW\"/></liveries>"));
+    EXPECT_EQ(1U, liveries.size());
+    std::filesystem::remove("output/LiveriesScanned.xml");
+    EXPECT_THROW(readLiveriesScanned(), UserErrorException);
+}
+
+TEST_F(ScanResultsTest, processingBuildsAllIndexesOnce)
+{
+    gf_clearMatchIndexes();
+    liveries = {{"BAW", "A319", "A319 British Airways", "G-DBCJ", 1, false},
+                {"BAW", "A320", "A320 British Airways", "", 1, false},
+                {"ZZZ", "A320", "A320 white", "", 1, false},
+                {"FDX", "B763", "B763 FedEx", "", 1, true},
+                {"", "B763", "nobody's", "", 1, true}};
+    ASSERT_TRUE(writeLiveriesScanned());
+    processScannedLiveries();
+    EXPECT_TRUE(liveries.empty());
+    EXPECT_EQ(5, display.liveriesCount);
+    EXPECT_EQ("A319 British Airways", findRegcodeTitle("GDBCJ"));
+    EXPECT_EQ(2U, byModel[0]["A320"].size());
+    EXPECT_EQ((std::vector<std::string>{"A319", "A320"}), similarWithLiveries["A321"]);
+    EXPECT_EQ((std::vector<std::string>{"A319", "A320"}), similarPerAirline["BAW"]["A20N"]);
+    EXPECT_EQ(0U, similarPerAirline["BAW"].count("A319")) << "has its own";
+    for (const char* line :
+         {"3 airlines, 2 pax aircraft models and 1 cargo aircraft models\n", "1 registration codes\n",
+          "1 model have a generic livery\nA320\n", "Category Large: 3 pax liveries\n  A319,A320\n",
+          "Category Heavy: 0 pax liveries and 1 cargo liverie\n  B763\n",
+          "Category Rotorcraft: No livery found\n"}) {
+        EXPECT_TRUE(logged(line)) << line;
+    }
+    AcBase ac;
+    ac.airline = "BAW";
+    ac.model = "A319";
+    matchLive(ac);
+    EXPECT_EQ("A319 British Airways", ac.title);
+
+    std::filesystem::remove("output/LiveriesScanned.xml");
+    liveries = {{"BAW", "A319", "late", "", 1, false}};
+    processScannedLiveries();
+    EXPECT_TRUE(logged("Processing scanned liveries skipped; already done in previous start-up\n"));
+    EXPECT_TRUE(liveries.empty());
+    EXPECT_EQ(1U, byModel[0]["A319"].size());
+}
+
+TEST_F(ScanResultsTest, aCategoryWithoutLiveriesTakesItsOptionAway)
+{
+    gf_installLiveries({{"BAW", "A319", "A319", "", 1, false}, {"PVT", "R44", "R44", "", 1, false}});
+    HIGH_PERF_AIRCRAFT.value = false;
+    for (size_t i = 0; i < kCategoryCount; ++i) {
+        gf_reportCategory(static_cast<AcCategory>(i));
+    }
+    EXPECT_FALSE(LIGHT_AIRCRAFT.value);
+    EXPECT_TRUE(HELICOPTERS.value);
+    EXPECT_FALSE(categoryInstalled[static_cast<size_t>(AcCategory::Light)]);
+    EXPECT_TRUE(categoryInstalled[static_cast<size_t>(AcCategory::Rotorcraft)]);
+    EXPECT_TRUE(
+        logged("LIGHT_AIRCRAFT temporary switched off because you do not have light aircraft installed"));
+    EXPECT_FALSE(logged("HIGH_PERF_AIRCRAFT temporary")) << "was off already";
+}
+
+TEST_F(ScanResultsTest, modelsAreReportedTwentyToALine)
+{
+    std::vector<Livery> installed;
+    for (char c = 'A'; c < 'A' + 21; ++c) {
+        installed.push_back({"PVT", std::string("X1") + c, format("title {}", c), "", 1, false});
+    }
+    gf_installLiveries(installed);
+    EXPECT_EQ(21U, lightModels.size());
+    gf_reportCategory(AcCategory::Light);
+    EXPECT_TRUE(logged("X1S,X1T\n  X1U\n"));
+}
+
+TEST_F(ScanResultsTest, similarModelsTakeTheFirstOfTheirGroups)
+{
+    dbase.similarTypes = {{"A319", "A321"}, {"A319", "A320", "A320"}, {"A319", "B744"}, {"C25B"}};
+    gf_buildSimilarWithLiveries();
+    // [A319 A320] sorts before [A319 A321] and [A319 B744]; C25B has nobody beside it.
+    EXPECT_EQ((std::vector<std::string>{"A320"}), similarWithLiveries["A319"]);
+    EXPECT_EQ((std::vector<std::string>{"A319"}), similarWithLiveries["A321"]);
+    EXPECT_EQ(0U, similarWithLiveries.count("C25B"));
+}
+
+}  // namespace vlt

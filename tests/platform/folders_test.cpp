@@ -1,0 +1,86 @@
+// Folders from the environment, and where a local pipe lives.
+#include "platform/folders.h"
+
+#include "platform/local_pipe.h"
+#include "support/temp_folder.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+
+namespace vlt {
+
+TEST(Folders, preferOwnVariableThenXdgThenHome)
+{
+    const struct {
+        const char* own;
+        const char* xdg;
+        std::function<std::filesystem::path()> folder;
+        const char* expectedByXdg;
+        const char* expectedByHome;
+    } cases[] = {
+        {"VELATRA_APPDATA", "XDG_CONFIG_HOME", gf_appDataFolder, "/xdg", "/home/u/.config"},
+        {"VELATRA_PROGRAMDATA", "XDG_DATA_HOME", gf_programDataFolder, "/xdg/velatra/ProgramData",
+         "/home/u/.local/share/velatra/ProgramData"},
+        {"VELATRA_DOCUMENTS", "XDG_DOCUMENTS_DIR", gf_documentsFolder, "/xdg", "/home/u/Documents"},
+        {"VELATRA_PUBLIC_DOCUMENTS", "XDG_PUBLICSHARE_DIR", gf_publicDocumentsFolder, "/xdg",
+         "/home/u/Public"},
+    };
+    const ScopedVariable home("HOME", "/home/u");
+    const ScopedVariable drive("VELATRA_DRIVE_C", "");
+    for (const auto& c : cases) {
+        ScopedVariable own(c.own, "/own");
+        ScopedVariable xdg(c.xdg, "/xdg");
+        EXPECT_EQ("/own", c.folder()) << c.own;
+        own.set("");
+        EXPECT_EQ(c.expectedByXdg, c.folder()) << c.own;
+        xdg.set("");
+        EXPECT_EQ(c.expectedByHome, c.folder()) << c.own;
+    }
+}
+
+TEST(Folders, keepOurFilesBelowTheApplicationData)
+{
+    const ScopedVariable own("VELATRA_APPDATA", "/own");
+    EXPECT_EQ("/own/Velatra", gf_dataFolder());
+}
+
+TEST(Folders, findProgramDataOnTheMappedDrive)
+{
+    const ScopedVariable own("VELATRA_PROGRAMDATA", "");
+    const ScopedVariable drive("VELATRA_DRIVE_C", "/wine/c");
+    EXPECT_EQ("/wine/c/ProgramData", gf_programDataFolder());
+}
+
+TEST(Folders, neverShareTheRuntimeFolderBetweenUsers)
+{
+    ScopedVariable own("VELATRA_RUNTIME", "/own");
+    ScopedVariable xdg("XDG_RUNTIME_DIR", "/run/user/7");
+    EXPECT_EQ("/own", gf_runtimeFolder());
+    own.set("");
+    EXPECT_EQ("/run/user/7/velatra", gf_runtimeFolder());
+    xdg.set("");
+    const ScopedVariable temporary("TMPDIR", "/tmp");
+    EXPECT_EQ("/tmp/velatra-" + std::to_string(::getuid()), gf_runtimeFolder());
+}
+
+TEST(LocalPipe, liesInTheRuntimeFolder)
+{
+    const ScopedVariable runtime("VELATRA_RUNTIME", "/run/v");
+    const struct {
+        const char* what;
+        const char* name;
+        const char* expected;
+    } cases[] = {
+        {"this machine", R"(\\.\pipe\Lockheed Martin Prepar3D v5\SimConnect)",
+         "/run/v/pipe/Lockheed Martin Prepar3D v5/SimConnect"},
+        {"another machine", R"(\\sim-pc\PIPE\a\b)", "/run/v/pipe/a/b"},
+        {"bare name", R"(a\b)", "/run/v/pipe/a/b"},
+        {"no pipe", R"(\\host\share\x)", "/run/v/pipe/host/share/x"},
+        {"host alone", R"(\\host)", "/run/v/pipe/host"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.expected, gf_localPipeFile(c.name)) << c.what;
+    }
+}
+
+}  // namespace vlt

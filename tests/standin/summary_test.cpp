@@ -1,0 +1,224 @@
+#include "standin/summary.h"
+
+#include "standin/installed_titles.h"
+#include "standin/motion_breaks.h"
+#include "standin/picture.h"
+#include "test_client.h"
+#include "traffic/geodesy.h"
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <pugixml.hpp>
+
+namespace vlt {
+
+constexpr double kFeetPerSecondOf100Knots = 168.78;
+
+// A minute straight north at 100 kt, 3000 ft.
+static ObjectLife lf_northbound()
+{
+    ObjectLife life;
+    life.id = 20;
+    life.tailNumber = "DLH1";
+    life.model = "A320";
+    life.category = "Large";
+    life.createdAt = 0;
+    life.firstPositionAt = 0;
+    for (int second = 0; second <= 60; ++second) {
+        TrackPoint point;
+        point.time = second;
+        point.lat = 47.6 + second * kFeetPerSecondOf100Knots / 6076.115 / 60;
+        point.lon = 11.5;
+        point.altitude = 3000;
+        point.agl = 2000;
+        point.tas = 100;
+        life.track.push_back(point);
+    }
+    return life;
+}
+
+static void lf_land(ObjectLife& life)
+{
+    for (TrackPoint& point : life.track) {
+        point.onGround = true;
+        point.agl = 10;
+    }
+}
+
+TEST(MotionBreaks, findsWhatNoAircraftDoesAndNothingElse)
+{
+    const double deg = std::acos(-1) / 180;
+    const struct {
+        const char* what;
+        std::function<void(ObjectLife&)> change;
+        std::string kinds;  // of all breaks, in their order
+    } cases[] = {
+        {"straight on", [](ObjectLife&) {}, ""},
+        {"a jump of a mile ahead",
+         [](ObjectLife& life) {
+             for (size_t i = 30; i < life.track.size(); ++i) {
+                 life.track[i].lat += 1.0 / 60;
+             }
+         },
+         "jump "},
+        {"a jump within the first second", [](ObjectLife& life) { life.track[0].lat -= 1.0 / 60; }, ""},
+        {"nose to the side",
+         [&](ObjectLife& life) { life.track[30].heading = life.track[31].heading = 50 * deg; },
+         "turn sideways turn "},
+        {"twice the speed told",
+         [](ObjectLife& life) {
+             for (TrackPoint& point : life.track) {
+                 point.lat = 47.6 + (point.lat - 47.6) * 2;
+             }
+             life.track.resize(4);
+         },
+         "jump jump "},
+        {"a drop of 500 ft", [](ObjectLife& life) { life.track[30].altitude -= 500; }, "height height "},
+        {"below the ground", [](ObjectLife& life) { life.track[30].agl = -3; }, "below ground "},
+        {"upside down", [&](ObjectLife& life) { life.track[30].bank = 100 * deg; }, "attitude "},
+        {"a turn at 9 degrees a second",
+         [&](ObjectLife& life) {
+             life.track.resize(11);
+             for (int i = 0; i < 11; ++i) {
+                 // Chords of a circle: the way of each second points to the mean of its two
+                 // headings.
+                 life.track[i].heading = gf_normalAngle(i * 9 * deg);
+                 if (i > 0) {
+                     const LatLon to = destination({life.track[i - 1].lat, life.track[i - 1].lon},
+                                                   (i - 0.5) * 9 * deg, kFeetPerSecondOf100Knots);
+                     life.track[i].lat = to.lat;
+                     life.track[i].lon = to.lon;
+                 }
+             }
+         },
+         ""},
+        {"pushed back at 5 kt",
+         [&](ObjectLife& life) {
+             lf_land(life);
+             for (TrackPoint& point : life.track) {
+                 point.lat = 47.6 + (point.lat - 47.6) / 20;
+                 point.heading = 180 * deg;
+                 point.tas = 5;
+             }
+         },
+         ""},
+        {"backwards at 100 kt",
+         [&](ObjectLife& life) {
+             lf_land(life);
+             life.track.resize(4);
+             for (TrackPoint& point : life.track) {
+                 point.heading = 180 * deg;
+             }
+         },
+         "backward backward "},
+    };
+    for (const auto& c : cases) {
+        ObjectLife life = lf_northbound();
+        c.change(life);
+        std::string kinds;
+        for (const MotionBreak& one : gf_motionBreaks(life)) {
+            kinds += one.kind + " ";
+        }
+        EXPECT_EQ(c.kinds, kinds) << c.what;
+    }
+}
+
+static VirtualSimulator& lf_flown(VirtualSimulator& simulator)
+{
+    TestClient client(simulator);
+    client.define();
+    const uint32_t id =
+        client.create("House <A320> & \"more\"", "DLH<1>", {47.6, 11.6, 6000, 0, 0, 90, 0, 0});
+    client.freeze(id);
+    for (int i = 0; i < 100; ++i) {
+        client.setPosition(id, {47.6, 11.6 + i * 1e-4, 0, 0, 1.57, 6000, 0, 150});
+        client.wait(0.1);
+    }
+    SimConnect_AIRemoveObject(client.handle, 4711, 105);
+    return simulator;
+}
+
+static SimulatorOptions lf_options()
+{
+    SimulatorOptions options;
+    options.titles = {{"House <A320> & \"more\"", "A320", "Large", 9, 0}};
+    return options;
+}
+
+TEST(Summary, countsWhatHappened)
+{
+    VirtualSimulator simulator(lf_options());
+    lf_flown(simulator);
+    const auto summary = nlohmann::json::parse(gf_summary(simulator, {"world", "feed", 7, 3, 0, ""}));
+    EXPECT_EQ(100, summary["packets"]["SetDataOnSimObject"]);
+    EXPECT_EQ(3, summary["packets"]["TransmitClientEvent"]);
+    EXPECT_EQ(1, summary["created"]);
+    EXPECT_EQ(1, summary["mostAlive"]);
+    EXPECT_EQ(0, summary["alive"]) << "the client is gone and its object with it";
+    EXPECT_EQ(7, summary["feedLines"]);
+    ASSERT_EQ(1, summary["complaintList"].size());
+    EXPECT_EQ("AIRemoveObject", summary["complaintList"][0]["function"]);
+    const auto& object = summary["objects"][0];
+    EXPECT_EQ("DLH<1>", object["callsign"]);
+    EXPECT_EQ(100, object["positions"]);
+    // 99 steps of 0.0001 degrees of longitude, 0.006 nm times the cosine of the latitude; the first
+    // sample comes within a second of the first step.
+    EXPECT_NEAR(99 * 0.006 * std::cos(47.6 * std::acos(-1) / 180), object["track"]["nm"].get<double>(), 0.05);
+}
+
+TEST(Picture, isWellFormedWhateverTheNames)
+{
+    VirtualSimulator simulator(lf_options());
+    lf_flown(simulator);
+    Chart chart;
+    chart.title = "A & B <C>";
+    chart.airport = gf_dayChartAirport();
+    chart.user = {47.6, 11.5};
+    chart.lives = simulator.lives();
+    ASSERT_EQ(1u, chart.lives.size());
+    ASSERT_NE(kNeverInLife, chart.lives[0].removedAt) << "gone with its client, but to be seen";
+    chart.lives[0].tailNumber = "DLH<1>\xff";
+    pugi::xml_document document;
+    const std::string svg = gf_trafficSvg(chart);
+    const auto result = document.load_string(svg.c_str());
+    ASSERT_TRUE(result) << result.description();
+    EXPECT_EQ(std::string::npos, svg.find("nan"));
+    bool labelled = false;
+    for (const auto& text : document.select_nodes("//*[local-name()='text']")) {
+        labelled = labelled || std::string(text.node().text().as_string()) == "DLH<1>?";
+    }
+    EXPECT_TRUE(labelled);
+    EXPECT_FALSE(document.select_nodes("//*[local-name()='polyline']").empty());
+}
+
+TEST(Picture, copesWithNobodyThere)
+{
+    pugi::xml_document document;
+    EXPECT_TRUE(document.load_string(gf_trafficSvg({}).c_str()));
+}
+
+TEST(InstalledTitles, readsRowsByTheirHeaderAndLeavesBadOnesOut)
+{
+    const auto file = std::filesystem::temp_directory_path() / "velatra_standin_titles.csv";
+    std::ofstream(file) << "title,cg_ft,model,category,static_pitch_deg\r\n"
+                           "\"House, \"\"new\"\" A320\",9.5,A320,Large,-0.5\r\n"
+                           "No height,,A320,Large,0\n"
+                           ",9,A320,Large,0\n"
+                           "Cut off,9\n"
+                           "Plain,4.2,C172,Light,1\n";
+    const auto titles = gf_readTitles(file);
+    std::filesystem::remove(file);
+    ASSERT_EQ(2u, titles.size());
+    EXPECT_EQ("House, \"new\" A320", titles[0].title);
+    EXPECT_EQ("A320", titles[0].model);
+    EXPECT_DOUBLE_EQ(9.5, titles[0].cgFt);
+    EXPECT_NEAR(-0.5 * std::acos(-1) / 180, titles[0].staticPitch, 1e-12);
+    EXPECT_EQ("Plain", titles[1].title);
+    EXPECT_TRUE(gf_readTitles("no such file").empty());
+}
+
+}  // namespace vlt

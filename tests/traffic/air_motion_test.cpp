@@ -1,0 +1,428 @@
+#include "traffic/air_motion.h"
+
+#include "core/random.h"
+#include "sim/client.h"
+#include "sim/ids.h"
+#include "support/aircraft.h"
+#include "traffic/geodesy.h"
+#include "traffic/performance.h"
+#include "traffic/stream.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <numbers>
+#include <utility>
+#include <vector>
+
+namespace vlt {
+
+constexpr double kDeg = std::numbers::pi / 180;
+
+class AirMotionTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        gf_clearTables();
+        gf_resetSimClient();
+        tick = 10000;
+        currentQnh = 1013;
+        parkAirport.reset();
+    }
+    void TearDown() override { SetUp(); }
+
+    static std::vector<std::pair<uint32_t, uint32_t>> events()
+    {
+        std::vector<std::pair<uint32_t, uint32_t>> list;
+        for (const QueuedEvent& e : eventQueue) {
+            list.emplace_back(e.event, e.value);
+        }
+        eventQueue.clear();
+        return list;
+    }
+    static bool sent(uint32_t event, uint32_t value)
+    {
+        const auto list = events();
+        return std::ranges::find(list, std::pair{event, value}) != list.end();
+    }
+    static void fly(LiveAc& ac, int ticks)
+    {
+        for (int i = 0; i < ticks; ++i) {
+            stepMotion(ac);
+            ++tick;
+        }
+    }
+    // An aircraft on approach to an airport at 1000 ft below its place.
+    static LiveAc& addApproaching(double agl)
+    {
+        parkAirport = ParkAirportPlace{47, 8, 1000};
+        LiveAc& ac = gf_addFlying(20001, "BAW3AK");
+        ac.approach = true;
+        ac.agl = agl;
+        ac.alt = 1000 + agl;
+        ac.staticCg = 10;
+        for (PosSample& s : ac.stream) {
+            s.altitude = 1000 + agl;
+        }
+        return ac;
+    }
+};
+
+TEST_F(AirMotionTest, aLegEndsAtItsSampleInItsTime)
+{
+    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
+    const PosSample target = ac.stream[1];
+    ac.lat += 0.001;  // an error of the leg before
+    nextPosMain(ac);
+    ASSERT_EQ(1U, ac.stream.size());
+    const int32_t ticks = ac.stream[0].time - tick;
+    EXPECT_NEAR(1000, ticks, 2) << "its speed and distance give ten seconds";
+    fly(ac, ticks);
+    EXPECT_NEAR(target.lat, ac.lat, 1e-9);
+    EXPECT_NEAR(target.lon, ac.lon, 1e-9);
+}
+
+TEST_F(AirMotionTest, arrivalTimesStayNearTheirReports)
+{
+    // The leg is 0.8333 nm; what its speed gives is 30000 ticks per knot-hundredth.
+    const struct {
+        const char* what;
+        double frontSpeed, nextSpeed;
+        int32_t reportedAfter;  // ticks from now
+        int32_t extendCount;
+        int32_t expectedAfter;
+    } cases[] = {
+        {"as reported", 300, 300, 1000, 0, 1000},
+        {"faster, but not by more than ten seconds", 300, 300, 2500, 0, 1500},
+        {"slower, but not by more than ten seconds", 100, 100, 1000, 0, 2000},
+        {"invented samples have no clock", 100, 100, 1000, 1, 3000},
+        {"never before now", 300, 300, -5000, 0, 0},
+        {"no speed at all: as the times tell", 0, 0, 2000, 0, 2000},
+        {"the mean of both", 200, 400, 1000, 0, 1000},
+    };
+    for (const auto& c : cases) {
+        liveAcs.clear();
+        LiveAc& ac = gf_addFlying(20001, "BAW3AK");
+        ac.stream[0].speed = c.frontSpeed;
+        ac.stream[0].time = tick;
+        ac.stream[1].speed = c.nextSpeed;
+        ac.stream[1].time = tick + c.reportedAfter;
+        ac.extendCount = c.extendCount;
+        gf_setArrivalTime(ac);
+        EXPECT_NEAR(c.expectedAfter, ac.stream[1].time - tick, 2) << c.what;
+    }
+}
+
+TEST_F(AirMotionTest, hostileNumbersNeverLeaveTheClock)
+{
+    for (const double speed : {-1e7, 1e-9, 1e7}) {
+        LiveAc& ac = gf_addFlying(20001, "BAW3AK");
+        ac.stream[0].speed = speed;
+        ac.stream[1].speed = speed;
+        ac.stream[1].lon = -172;
+        nextPosMain(ac);
+        EXPECT_GE(ac.stream[0].time, tick) << speed;
+        EXPECT_TRUE(std::isfinite(ac.dLat) && std::isfinite(ac.dLon) && std::isfinite(ac.altRate)) << speed;
+        liveAcs.clear();
+    }
+}
+
+TEST_F(AirMotionTest, aLegOverTheDateLineTakesTheShortWay)
+{
+    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
+    ac.lon = ac.stream[0].lon = 179.99;
+    ac.stream[1].lon = -179.99;
+    ac.stream[1].lat = ac.stream[0].lat;
+    nextPosMain(ac);
+    const int32_t ticks = ac.stream[0].time - tick;
+    fly(ac, ticks);
+    EXPECT_NEAR(-179.99, ac.lon, 1e-6);
+}
+
+TEST_F(AirMotionTest, pitchFollowsTheVerticalSpeed)
+{
+    EXPECT_NEAR(-3 * kDeg, gf_pitchForVs(0), 1e-12);
+    EXPECT_NEAR((-3 - 2.2 * 4) * kDeg, gf_pitchForVs(2400), 1e-12);
+    EXPECT_NEAR((-3 - 2.2 * 4) * kDeg, gf_pitchForVs(9000), 1e-12);
+    EXPECT_NEAR((-3 + 2.2) * kDeg, gf_pitchForVs(-1200), 1e-12);
+    EXPECT_NEAR(2.5 * kDeg, gf_pitchForVs(-4000), 1e-12);
+}
+
+TEST_F(AirMotionTest, climbsWithinItsPowers)
+{
+    const struct {
+        const char* what;
+        double agl, climb;  // feet
+        double expected;    // feet per tick, of a leg of 1000 ticks
+    } cases[] = {
+        {"as reported", 5000, 300, 0.3},
+        {"no faster than the category", 5000, 2000, 0.6},
+        {"descending high up", 5000, -2000, -2.0},
+        {"level near the ground still climbs", 1000, 0, 0.2},
+        {"does not sink near the ground", 800, -500, 0.2},
+    };
+    for (const auto& c : cases) {
+        liveAcs.clear();
+        LiveAc& ac = gf_addFlying(20001, "BAW3AK");
+        ac.agl = c.agl;
+        ac.stream[1].altitude = ac.alt + c.climb;
+        nextPosMain(ac);
+        EXPECT_NEAR(c.expected, ac.altRate, 0.005) << c.what;
+    }
+}
+
+TEST_F(AirMotionTest, banksIntoTheTurnAndWithinItsCategory)
+{
+    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
+    PosSample third = ac.stream[1];
+    third.lat -= 0.05;  // a right turn to the south
+    third.time += 1000;
+    ac.stream.push_back(third);
+    nextPosMain(ac);
+    const int32_t ticks = ac.stream[0].time - tick;
+    EXPECT_NEAR(90 * kDeg / ticks, ac.hdgRate, 1e-4);
+    EXPECT_LT(ac.bankRate, 0) << "right wing down is negative";
+    fly(ac, ticks);
+    EXPECT_NEAR(-20 * kDeg, ac.bank, 0.1 * kDeg) << "ten seconds at two degrees per second";
+    EXPECT_NEAR(180 * kDeg, ac.hdg, 0.5 * kDeg);
+}
+
+TEST_F(AirMotionTest, reportedAttitudeWinsNearTheGround)
+{
+    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
+    ac.agl = 900;
+    ac.stream[1].attitudeGiven = ac.stream[1].headingValid = ac.stream[1].rollValid = true;
+    ac.stream[1].heading = 100 * kDeg;
+    ac.stream[1].roll = -5 * kDeg;
+    nextPosMain(ac);
+    fly(ac, ac.stream[0].time - tick);
+    EXPECT_NEAR(100 * kDeg, ac.hdg, 0.1 * kDeg);
+    EXPECT_NEAR(-5 * kDeg, ac.bank, 0.01 * kDeg);
+}
+
+TEST_F(AirMotionTest, configuresByHeightAndVerticalSpeed)
+{
+    const struct {
+        const char* what;
+        double altitude, agl, vs;
+        bool nearAirport;
+        uint32_t throttle, flaps;
+        std::vector<std::pair<uint32_t, uint32_t>> expected;  // among the events
+        std::vector<uint32_t> absent;
+    } cases[] = {
+        {"cruise", 35000, 2500, 0, false, 5, 4, {{LANDING_LIGHTS_SET, 0}, {THROTTLE_SET, 11468}, {GEAR_SET, 0}, {FLAPS_SET, 0}}, {}},
+        {"below 10000 ft", 9000, 2500, 0, false, 3, 0, {{LANDING_LIGHTS_SET, 1}, {CABIN_LIGHTS_SET, 1}, {GEAR_SET, 0}}, {FLAPS_SET, THROTTLE_SET}},
+        {"descending", 9000, 2500, -250, false, 3, 0, {{THROTTLE_SET, 8191}}, {FLAPS_SET}},
+        {"initial approach", 3000, 2399, 100, false, 2, 0, {{FLAPS_SET, 3072}}, {GEAR_SET}},
+        {"intermediate, first flaps stay above 2000 ft", 3000, 2100, 0, false, 2, 1, {}, {FLAPS_SET, GEAR_SET}},
+        {"climb after take-off", 1500, 1200, 601, false, 5, 1, {{THROTTLE_SET, 16383}, {GEAR_SET, 0}, {FLAPS_SET, 0}}, {}},
+        {"level low, not ours", 1500, 1200, 600, false, 2, 1, {{CABIN_LIGHTS_SET, 0}}, {GEAR_SET, FLAPS_SET, THROTTLE_SET}},
+        {"descending away from the airport", 1500, 1200, -600, false, 2, 1, {}, {GEAR_SET, FLAPS_SET}},
+        {"descending to the airport", 1500, 1200, -600, true, 2, 1, {{THROTTLE_SET, 4914}, {FLAPS_SET, 16383}, {GEAR_SET, 1}}, {}},
+    };
+    for (const auto& c : cases) {
+        liveAcs.clear();
+        LiveAc& ac = gf_addFlying(20001, "BAW3AK");
+        parkAirport.reset();
+        if (c.nearAirport) {
+            parkAirport = ParkAirportPlace{47.1, 8, 300};
+        }
+        ac.stream[0].altitude = c.altitude;
+        ac.stream[0].vs = c.vs;
+        ac.agl = c.agl;
+        ac.throttleLevel = c.throttle;
+        ac.flapsLevel = c.flaps;
+        gf_airConfig(ac);
+        const auto list = events();
+        for (const auto& e : c.expected) {
+            EXPECT_NE(list.end(), std::ranges::find(list, e)) << c.what << ": " << e.first << " " << e.second;
+        }
+        for (const uint32_t e : c.absent) {
+            EXPECT_TRUE(std::ranges::none_of(list, [e](const auto& x) { return x.first == e; })) << c.what << ": " << e;
+        }
+        EXPECT_EQ(c.nearAirport, ac.approach) << c.what;
+    }
+}
+
+TEST_F(AirMotionTest, levelsAreCommandedOnce)
+{
+    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
+    ac.stream[0].altitude = 3000;
+    ac.agl = 1900;
+    ac.category = AcCategory::Light;
+    ac.flapsLevel = 1;
+    gf_airConfig(ac);
+    EXPECT_TRUE(sent(FLAPS_SET, 10240)) << "level 2";
+    gf_airConfig(ac);
+    EXPECT_FALSE(sent(FLAPS_SET, 10240));
+    LiveAc& helicopter = gf_addFlying(20002, "HELI1");
+    helicopter.category = AcCategory::Rotorcraft;
+    helicopter.stream[0].altitude = 12000;
+    gf_airConfig(helicopter);
+    const auto list = events();
+    EXPECT_TRUE(std::ranges::none_of(list, [](const auto& e) { return e.first == GEAR_SET || e.first == FLAPS_SET; }));
+}
+
+TEST_F(AirMotionTest, theLastLegGoesToTheGroundByPressure)
+{
+    const struct {
+        const char* what;
+        int32_t qnh;
+        double agl;
+        bool airport;
+        double expectedVs;  // feet per minute; NaN: by the airport's elevation
+    } cases[] = {
+        {"airport known, low pressure", 1013, 500, true, NAN},
+        {"high pressure", 1020, 500, true, -842},
+        {"high pressure, gentle reports are not believed", 1014, 500, true, -806},
+        {"high pressure, near the ground", 1020, 100, true, -600},
+        {"no airport", 1000, 500, false, -601},
+    };
+    for (const auto& c : cases) {
+        liveAcs.clear();
+        LiveAc& ac = addApproaching(c.agl);
+        if (!c.airport) {
+            parkAirport.reset();
+        }
+        currentQnh = c.qnh;
+        ac.stream[0].vs = ac.stream[1].vs = -800;
+        ac.stream[1].airborne = false;
+        ac.stream[1].altitude = 0;
+        const int32_t before = tick;
+        airSettings(ac, 1000);
+        const double expected = std::isnan(c.expectedVs) ? (1000 - ac.alt) / 1000 : c.expectedVs / 6000;
+        EXPECT_NEAR(expected, ac.altRate, 1e-9) << c.what;
+        EXPECT_TRUE(sent(GEAR_SET, 1)) << c.what;
+        EXPECT_EQ(before, tick);
+    }
+}
+
+TEST_F(AirMotionTest, flaresInStagesAndTouchesDown)
+{
+    LiveAc& ac = addApproaching(41);
+    ac.pitch = -2.5 * kDeg;
+    ac.altRate = -0.12;
+    flareStep(ac);
+    EXPECT_EQ(0U, ac.flareStage) << "a foot too high";
+    const struct {
+        double agl, altRate;
+        uint32_t stage;
+    } stages[] = {{40, -0.1, 1}, {30, -0.075, 2}, {20, -0.05, 3}, {13, -0.025, 4}};
+    for (const auto& s : stages) {
+        ac.agl = s.agl;
+        ac.alt = 1000 + s.agl;
+        flareStep(ac);
+        EXPECT_EQ(s.stage, ac.flareStage);
+        EXPECT_DOUBLE_EQ(s.altRate, ac.altRate);
+    }
+    EXPECT_TRUE(flareActive);
+    EXPECT_TRUE(sent(THROTTLE_SET, 0));
+    fly(ac, 400);
+    EXPECT_NEAR(-4 * kDeg, ac.pitch, 1e-9) << "the flare's pitch, and no further";
+    fly(ac, 100);
+    EXPECT_NEAR(-4 * kDeg, ac.pitch, 1e-9);
+    ac.bank = 1 * kDeg;
+    ac.staticPitch = 0.5 * kDeg;
+    onTouchdown(ac);
+    EXPECT_TRUE(ac.onGround && ac.landingRoll && ac.landed && !ac.approach);
+    EXPECT_TRUE(sent(SPOILERS_SET, 16383));
+    fly(ac, gf_forCategory(kDerotateTicks, AcCategory::Large) + 2);
+    EXPECT_NEAR(0.5 * kDeg, ac.pitch, 1e-9);
+    EXPECT_EQ(0, ac.bank);
+    EXPECT_EQ(0U, ac.flareStage);
+    EXPECT_FALSE(ac.touchdownBlend);
+}
+
+TEST_F(AirMotionTest, withoutApproachThereIsNoFlare)
+{
+    LiveAc& ac = addApproaching(30);
+    ac.approach = false;
+    const double before = ac.pitch;
+    fly(ac, 10);
+    EXPECT_EQ(0U, ac.flareStage);
+    EXPECT_EQ(before, ac.pitch);
+    onTouchdown(ac);
+    EXPECT_TRUE(ac.onGround);
+    EXPECT_FALSE(ac.landingRoll);
+}
+
+TEST_F(AirMotionTest, rotatesThenClimbsHarderSecondBySecond)
+{
+    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
+    ac.st = StState::TakeOff;
+    ac.onGround = true;
+    ac.alt = 1000;
+    ac.agl = 0;
+    ac.altRate = 0.5;
+    ac.phaseTicks = ac.rotateTicks;
+    ac.pitchRate = ac.rotatePitch / ac.rotateTicks;
+    fly(ac, ac.rotateTicks);
+    EXPECT_FALSE(ac.onGround);
+    EXPECT_DOUBLE_EQ(1000, ac.alt) << "only the nose has come up";
+    EXPECT_NEAR(ac.rotatePitch, ac.pitch, std::abs(ac.rotatePitch) * 0.06);
+    fly(ac, 299);
+    EXPECT_NEAR(1000 + 0.5 * (99 * 0.1 + 100 * 0.2 + 100 * 0.5), ac.alt, 1e-9);
+    EXPECT_FALSE(sent(GEAR_SET, 0));
+    fly(ac, 1);
+    EXPECT_TRUE(sent(GEAR_SET, 0)) << "three seconds after the nose came up";
+    ac.agl = 799;
+    fly(ac, 300);
+    EXPECT_EQ(StState::TakeOff, ac.st);
+    ac.agl = 800;
+    fly(ac, 1);
+    EXPECT_EQ(StState::Flying, ac.st);
+    EXPECT_LE(ac.pitch, ac.climbPitch);
+}
+
+TEST_F(AirMotionTest, fliesOnForAWhileWhenReportsStop)
+{
+    userNow.lat = 47;
+    userNow.lon = 8;
+    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
+    ac.stream.pop_back();
+    std::vector<double> speeds;
+    while (extendStream(ac)) {
+        ASSERT_EQ(2U, ac.stream.size());
+        speeds.push_back(ac.stream[1].speed);
+        const double moved = distNm({ac.stream[0].lat, ac.stream[0].lon}, {ac.stream[1].lat, ac.stream[1].lon});
+        EXPECT_NEAR(ac.stream[1].speed * 8 / 3600, moved, 0.002);
+        EXPECT_EQ(800, ac.stream[1].time - ac.stream[0].time);
+        ac.stream.pop_front();
+    }
+    ASSERT_EQ(8U, speeds.size());
+    EXPECT_NEAR(300 * 0.95, speeds[0], 1e-9);
+    EXPECT_NEAR(300 * std::pow(0.95, 8), speeds[7], 1e-6);
+    EXPECT_FALSE(extendStream(ac)) << "used up";
+}
+
+TEST_F(AirMotionTest, atTheRimOfTheRangeItHasJustLeft)
+{
+    userNow.lat = 47;
+    userNow.lon = 8;
+    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
+    ac.stream.pop_back();
+    ac.lat = 47 + 39.6 / 60;
+    EXPECT_FALSE(extendStream(ac));
+    ac.lat = 47 + 39.4 / 60;
+    EXPECT_TRUE(extendStream(ac));
+}
+
+TEST_F(AirMotionTest, newReportsEndAnExtensionUnlessTheyLieBehind)
+{
+    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
+    ac.extendCount = 5;
+    PosSample behind = gf_eastOf(ac.stream.back(), -1);
+    decodeExisting(ac, behind);
+    EXPECT_EQ(2U, ac.stream.size());
+    EXPECT_EQ(5, ac.extendCount);
+    decodeExisting(ac, gf_eastOf(ac.stream.back(), 1));
+    EXPECT_EQ(3U, ac.stream.size());
+    EXPECT_EQ(0, ac.extendCount);
+    EXPECT_EQ(3000, ac.lagLimit);
+    EXPECT_EQ(tick + 1, ac.stream.front().time);
+}
+
+}  // namespace vlt
