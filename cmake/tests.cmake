@@ -27,3 +27,9 @@ foreach(folder platform core ui link sim traffic airports scenery liveries stand
     velatra_test(${folder} velatra_direct)
 endforeach()
 velatra_test(transport velatra_transport)
+
+# The real processes together.
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+add_test(NAME end_to_end
+    COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/tests/end_to_end/end_to_end.py ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR})
+set_tests_properties(end_to_end PROPERTIES TIMEOUT 400 RUN_SERIAL ON)

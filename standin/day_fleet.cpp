@@ -39,10 +39,10 @@ constexpr std::array<TypeRow, 36> kTypes{{
     {"B763", "A5", kAirliner}, {"B772", "A5", kAirliner}, {"B77W", "A5", kAirliner},
     {"B788", "A5", kAirliner}, {"B789", "A5", kAirliner}, {"CRJ9", "A3", kAirliner},
     {"E190", "A3", kAirliner}, {"E195", "A3", kAirliner}, {"BCS3", "A3", kAirliner},
-    {"C172", "A1", kLight}, {"C152", "A1", kLight}, {"PA28", "A1", kLight},
+    {"C172", "A1", kLight}, {"C152", "A1", kLight}, {"P28A", "A1", kLight},
     {"SR22", "A1", kLight}, {"DA40", "A1", kLight}, {"DR40", "A1", kLight},
     {"EC35", "A7", kRotor}, {"R44",  "A7", kRotor}, {"EC45", "A7", kRotor},
-    {"F16",  "A6", kFast}, {"EUFI", "A6", kFast}, {"F18S", "A6", kFast},
+    {"F16",  "A6", kFast}, {"EUFI", "A6", kFast}, {"F18", "A6", kFast},
 }};
 constexpr std::array<const char*, 16> kAirlines{"DLH", "BAW", "AFR", "KLM", "SWR", "AUA", "EZY", "RYR",
                                                 "WZZ", "SAS", "IBE", "TAP", "THY", "UAE", "FDX", "EWG"};
@@ -126,8 +126,9 @@ static void lf_addFromTable(FleetBuilder& builder, const std::filesystem::path& 
         }
         if (const TypeRow* row = lf_typeRow(cells[2])) {
             const bool airliner = row->use == kAirliner;
-            if (airliner == (cells[1].size() == 3)) {
-                rows.push_back({0, cells[0], cells[1], cells[2], row->emitter});
+            const bool ofAirline = cells[1].size() == 3 && cells[1] != "PVT";
+            if (airliner == ofAirline) {
+                rows.push_back({0, cells[0], ofAirline ? cells[1] : "", cells[2], row->emitter});
             }
         }
     }

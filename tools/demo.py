@@ -109,7 +109,7 @@ def main() -> int:
     parser.add_argument("--start", type=float, default=0, help="seconds of the recording to begin at")
     parser.add_argument("--world", type=Path, default=ROOT / "data" / "world")
     parser.add_argument("--user", type=float, nargs=3, default=(47.6, 11.5, 12000), metavar=("LAT", "LON", "FEET"))
-    parser.add_argument("--ground", type=float, default=0, help="elevation of the ground, feet")
+    parser.add_argument("--ground", type=float, default=1600, help="elevation of the ground, feet")
     options = parser.parse_args()
     return judge(run(options))
 

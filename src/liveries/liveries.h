@@ -42,20 +42,20 @@ using TypeSet = std::set<std::string, std::less<>>;
 
 // The data base. Its names are those of its sections.
 struct Dbase {
-    TypeSet aircrafts;                                 // every valid type designator
+    TypeSet aircrafts;                                           // every valid type designator
     TypeSet high_performance, heavy, large, buzjet, rotorcraft;  // types of a category
-    TypeSet cargo_types;                               // read and kept
-    TypeSet ICAO_airlines;                             // every valid airline code
-    TypeSet cargo_operators;                           // read and kept
-    std::vector<std::vector<std::string>> similarTypes;           // groups of look-alikes, each sorted
-    std::map<std::string, double, std::less<>> halfWingspans;     // type to half span, nm
-    std::array<double, kCategoryCount> meanHalfWingspans{};       // nm, 0 for a category without a type
-    double largestHalfWingspan = 0;                               // nm
-    std::map<std::string, std::string, std::less<>> fixes;        // wrong model code to the right one
-    std::vector<std::vector<std::string>> publishers;             // groups of names of one publisher
-    TypeSet simaddonsP3D;                                         // codes of add-on airports
-    std::vector<ThirdPartyAirports> thirdParties;                 // in file order
-    TextMap<RegRecord> registrations;                             // by registration
+    TypeSet cargo_types;                                         // read and kept
+    TypeSet ICAO_airlines;                                       // every valid airline code
+    TypeSet cargo_operators;                                     // read and kept
+    std::vector<std::vector<std::string>> similarTypes;          // groups of look-alikes, each sorted
+    std::map<std::string, double, std::less<>> halfWingspans;    // type to half span, nm
+    std::array<double, kCategoryCount> meanHalfWingspans{};      // nm, 0 for a category without a type
+    double largestHalfWingspan = 0;                              // nm
+    std::map<std::string, std::string, std::less<>> fixes;       // wrong model code to the right one
+    std::vector<std::vector<std::string>> publishers;            // groups of names of one publisher
+    TypeSet simaddonsP3D;                                        // codes of add-on airports
+    std::vector<ThirdPartyAirports> thirdParties;                // in file order
+    TextMap<RegRecord> registrations;                            // by registration
 };
 extern Dbase dbase;  // [const] filled by readDbase
 
@@ -75,26 +75,28 @@ struct LiveryEntry {
     bool cargo = false;
 };
 
-using TitleViews = std::vector<std::string_view>;                  // views into airlineLiveries
+using TitleViews = std::vector<std::string_view>;  // views into airlineLiveries
 template <typename Value>
 using PerAirlineAndModel = TextMap<TextMap<Value>>;
 
-extern std::list<Livery> liveries;                                        // [worker] during reading only
-extern PerAirlineAndModel<std::vector<LiveryEntry>> airlineLiveries;      // master index, owns the titles
-extern std::array<PerAirlineAndModel<TitleViews>, 2> byAirlineModel;      // passenger, cargo
-extern std::array<TextMap<TitleViews>, 2> byModel;                        // passenger, cargo
-extern TextMap<std::string_view> regcodeTitles;                           // registration to title
-extern TitleViews specialTitles;                                          // to be used through their registration only
-extern TextMap<std::vector<std::string>> similarWithLiveries;             // look-alikes with a livery
-extern PerAirlineAndModel<std::vector<std::string>> similarPerAirline;    // those of one airline
+extern std::list<Livery> liveries;                                    // [worker] during reading only
+extern PerAirlineAndModel<std::vector<LiveryEntry>> airlineLiveries;  // master index, owns the titles
+extern std::array<PerAirlineAndModel<TitleViews>, 2> byAirlineModel;  // passenger, cargo
+extern std::array<TextMap<TitleViews>, 2> byModel;                    // passenger, cargo
+extern TextMap<std::string_view> regcodeTitles;                       // registration to title
+extern TitleViews specialTitles;                               // to be used through their registration only
+extern TextMap<std::vector<std::string>> similarWithLiveries;  // look-alikes with a livery
+extern PerAirlineAndModel<std::vector<std::string>> similarPerAirline;        // those of one airline
 extern std::vector<std::string> lightModels, buzjetModels, rotorcraftModels;  // with a livery, sorted
-extern TitleViews refusedTitles;                                          // [worker, grows] refused by the simulator
-extern std::unordered_map<uint32_t, std::string_view> titleCache;         // [worker, grows] hexid to title
-extern std::set<std::string, std::less<>> failedLiveries;                 // [worker, grows] keys that no livery fits
-extern std::set<std::string, std::less<>> refusedAircraft;                // [worker, grows] airline and model of refused ones
-extern std::vector<std::string> dontUseTitles;                            // [worker] titles that a scan leaves out
-extern bool liveriesProcessed;                                            // [worker] the indexes stand, once per program run
-extern std::array<std::atomic<bool>, kCategoryCount> categoryInstalled;   // [atomic] worker: liveries exist, its box is enabled
-extern std::array<int32_t, 6> matchCounters;                              // [worker, grows] live matches per step
+extern TitleViews refusedTitles;                                   // [worker, grows] refused by the simulator
+extern std::unordered_map<uint32_t, std::string_view> titleCache;  // [worker, grows] hexid to title
+extern std::set<std::string, std::less<>> failedLiveries;          // [worker, grows] keys that no livery fits
+extern std::set<std::string, std::less<>>
+    refusedAircraft;                            // [worker, grows] airline and model of refused ones
+extern std::vector<std::string> dontUseTitles;  // [worker] titles that a scan leaves out
+extern bool liveriesProcessed;                  // [worker] the indexes stand, once per program run
+extern std::array<std::atomic<bool>, kCategoryCount>
+    categoryInstalled;                        // [atomic] worker: liveries exist, its box is enabled
+extern std::array<int32_t, 6> matchCounters;  // [worker, grows] live matches per step
 
 }  // namespace vlt

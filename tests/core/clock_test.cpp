@@ -19,14 +19,10 @@ TEST(HourStamp, beginsHalfAMinuteBeforeTheHalfHour)
         int64_t time;
         uint32_t day, slot;
     } cases[] = {
-        {"midnight", lf_at(0, 0, 0, 0), 4, 0},
-        {"just before", lf_at(0, 11, 29, 29), 4, 22},
-        {"half past", lf_at(0, 11, 29, 30), 4, 23},
-        {"end of the hour", lf_at(0, 11, 59, 29), 4, 23},
-        {"next hour", lf_at(0, 11, 59, 30), 4, 24},
-        {"end of the day", lf_at(0, 23, 59, 29), 4, 47},
-        {"rolls to 0", lf_at(0, 23, 59, 30), 4, 0},
-        {"Sunday is 7", lf_at(3, 12, 0, 0), 7, 24},
+        {"midnight", lf_at(0, 0, 0, 0), 4, 0},      {"just before", lf_at(0, 11, 29, 29), 4, 22},
+        {"half past", lf_at(0, 11, 29, 30), 4, 23}, {"end of the hour", lf_at(0, 11, 59, 29), 4, 23},
+        {"next hour", lf_at(0, 11, 59, 30), 4, 24}, {"end of the day", lf_at(0, 23, 59, 29), 4, 47},
+        {"rolls to 0", lf_at(0, 23, 59, 30), 4, 0}, {"Sunday is 7", lf_at(3, 12, 0, 0), 7, 24},
         {"Monday is 1", lf_at(4, 0, 0, 0), 1, 0},
     };
     for (const auto& c : cases) {

@@ -17,8 +17,14 @@ namespace vlt {
 class FilesTest : public ::testing::Test
 {
 protected:
-    void SetUp() override { std::filesystem::current_path(folder.path()); }
-    void TearDown() override { std::filesystem::current_path(before); }
+    void SetUp() override
+    {
+        std::filesystem::current_path(folder.path());
+    }
+    void TearDown() override
+    {
+        std::filesystem::current_path(before);
+    }
 
     static void write(const std::string& name, const std::string& bytes)
     {
@@ -75,14 +81,16 @@ TEST_F(FilesTest, theLogKeepsTwoOlderOnes)
     logLine("a line");
     logBanner("parameters");
     logBanner("");
-    EXPECT_NE(std::string::npos, read("Log.txt").find("(utc) Velatra version 10.10.10 for Prepar3D v5/v6\na line\n"))
+    EXPECT_NE(std::string::npos,
+              read("Log.txt").find("(utc) Velatra version 10.10.10 for Prepar3D v5/v6\na line\n"))
         << "each line is there at once";
     gf_logEnd();
     logLine("too late");
     EXPECT_EQ("yesterday", read("Log0.txt"));
     EXPECT_EQ("the day before", read("Log00.txt"));
     const std::string log = read("Log.txt");
-    EXPECT_NE(std::string::npos, log.find("\n***************************** parameters *****************************\n"));
+    EXPECT_NE(std::string::npos,
+              log.find("\n***************************** parameters *****************************\n"));
     EXPECT_NE(std::string::npos, log.find("\n" + std::string(70, '*') + "\n"));
     EXPECT_EQ(std::string::npos, log.find("too late"));
 }

@@ -17,7 +17,10 @@ namespace vlt {
 class ParametersTest : public ::testing::Test
 {
 protected:
-    void SetUp() override { std::filesystem::create_directories(gf_parametersFile().parent_path()); }
+    void SetUp() override
+    {
+        std::filesystem::create_directories(gf_parametersFile().parent_path());
+    }
     void TearDown() override
     {
         // Other tests find the defaults.
@@ -47,7 +50,8 @@ protected:
     {
         pugi::xml_document document;
         document.load_file(gf_parametersFile().c_str());
-        const auto node = document.select_node(format("parameters/parameter[@name='{}']", name).c_str()).node();
+        const auto node =
+            document.select_node(format("parameters/parameter[@name='{}']", name).c_str()).node();
         return node ? node.attribute("value").as_string() : "-";
     }
 
@@ -80,8 +84,10 @@ TEST_F(ParametersTest, clampsWhatTheFileHolds)
         const IntParameter& parameter;
         int expected;
     } cases[] = {
-        {"MAX_LIVE", "5000", MAX_LIVE, 300},       {"LATERAL_RANGE", "1", LATERAL_RANGE, 2},
-        {"MATCHING_DEPTH", "x", MATCHING_DEPTH, 1}, {"MAIN_WINDOW_X", "-99999999999", MAIN_WINDOW_X, -30000},
+        {"MAX_LIVE", "5000", MAX_LIVE, 300},
+        {"LATERAL_RANGE", "1", LATERAL_RANGE, 2},
+        {"MATCHING_DEPTH", "x", MATCHING_DEPTH, 1},
+        {"MAIN_WINDOW_X", "-99999999999", MAIN_WINDOW_X, -30000},
         {"AIRPORT_RANGE", "0x10", AIRPORT_RANGE, 16},
     };
     std::string text;
@@ -124,7 +130,8 @@ TEST_F(ParametersTest, aNewVersionScansEverythingOnce)
     const struct {
         const char* stored;
         bool scans;
-    } cases[] = {{"10.9.99", true}, {"9.99.99", true}, {"10.10.10", false}, {"10.10.11", false}, {"11.0.0", false}};
+    } cases[] = {
+        {"10.9.99", true}, {"9.99.99", true}, {"10.10.10", false}, {"10.10.11", false}, {"11.0.0", false}};
     for (const auto& c : cases) {
         write(off + element("PROGRAM_VERSION", c.stored));
         readParameters();

@@ -15,8 +15,14 @@ namespace vlt {
 class RunStateTest : public ::testing::Test
 {
 protected:
-    void SetUp() override { reset(); }
-    void TearDown() override { reset(); }
+    void SetUp() override
+    {
+        reset();
+    }
+    void TearDown() override
+    {
+        reset();
+    }
     static void reset()
     {
         closeRequested = false;
@@ -44,7 +50,8 @@ TEST_F(RunStateTest, ofManyWritersExactlyOneWins)
     {
         std::vector<std::jthread> writers;
         for (int i = 0; i < 8; ++i) {
-            writers.emplace_back([&winners, i] { winners += gf_requestStop(ExitReason::SimConnectError, i + 1) ? 1 : 0; });
+            writers.emplace_back(
+                [&winners, i] { winners += gf_requestStop(ExitReason::SimConnectError, i + 1) ? 1 : 0; });
         }
     }
     EXPECT_EQ(1, winners);

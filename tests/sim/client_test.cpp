@@ -146,7 +146,8 @@ TEST_F(ClientTest, connectsOnlyToTheWantedSimulator)
 
 TEST_F(ClientTest, theWaitingMessageNamesTheVersion)
 {
-    for (const auto& [path, version] : {std::pair{"D:\\Prepar3D v6", "6"}, {"D:\\P3DV5\\v6", "5"}, {"D:\\P3D", "5"}}) {
+    for (const auto& [path, version] :
+         {std::pair{"D:\\Prepar3D v6", "6"}, {"D:\\P3DV5\\v6", "5"}, {"D:\\P3D", "5"}}) {
         SIM_INSTALL_PATH.value = path;
         EXPECT_EQ(version, gf_expectedSimVersion()) << path;
     }
@@ -234,8 +235,8 @@ TEST_F(ClientTest, objectDataComeOnlyForWhoNeedsThem)
         double agl;
         size_t expected;
     } cases[] = {
-        {"low", 50, "BAW1", 2500, 1},  {"high", 50, "BAW1", 2501, 0},       {"static", 50, "BAW1*", 0, 0},
-        {"nameless", 50, "", 0, 0},    {"the user's own", 2, "BAW1", 0, 0}, {"not finite", 50, "BAW1", NAN, 0},
+        {"low", 50, "BAW1", 2500, 1}, {"high", 50, "BAW1", 2501, 0},       {"static", 50, "BAW1*", 0, 0},
+        {"nameless", 50, "", 0, 0},   {"the user's own", 2, "BAW1", 0, 0}, {"not finite", 50, "BAW1", NAN, 0},
     };
     for (const auto& c : cases) {
         aircraft(c.object, c.atcId, true, c.agl);
@@ -266,16 +267,18 @@ TEST_F(ClientTest, exceptionsFindTheirCause)
 
 TEST_F(ClientTest, survivesMessagesCutAnywhere)
 {
-    const SimMessageId ids[] = {SimMessageId::Exception, SimMessageId::Open, SimMessageId::Event,
-                                SimMessageId::ObjectAddRemove, SimMessageId::Frame, SimMessageId::ObjectData,
-                                SimMessageId::ObjectDataByType, static_cast<SimMessageId>(0), static_cast<SimMessageId>(99)};
+    const SimMessageId ids[] = {
+        SimMessageId::Exception,        SimMessageId::Open,           SimMessageId::Event,
+        SimMessageId::ObjectAddRemove,  SimMessageId::Frame,          SimMessageId::ObjectData,
+        SimMessageId::ObjectDataByType, static_cast<SimMessageId>(0), static_cast<SimMessageId>(99)};
     for (const SimMessageId id : ids) {
         for (const uint32_t request : {kReqTitle, kReqModel, kReqStaticData, kReqUser, kReqAircraftInRange}) {
             PacketWriter w(id);
             w.u32(request).u32(50).u32(0).u32(0).u32(1).u32(1).u32(1);
             const auto message = w.finish();
             for (size_t length = 12; length < message.size(); ++length) {
-                const std::vector<std::byte> cut(message.begin(), message.begin() + static_cast<std::ptrdiff_t>(length));
+                const std::vector<std::byte> cut(message.begin(),
+                                                 message.begin() + static_cast<std::ptrdiff_t>(length));
                 try {
                     gf_dispatchMessage(cut);
                 } catch (const UserErrorException&) {
@@ -347,7 +350,8 @@ TEST_F(ClientTest, findsTheInstalledSimulator)
     const ScopedVariable appData("VELATRA_APPDATA", folder.path().string());
     std::filesystem::create_directories(folder.path() / "Velatra");
     const std::string five = "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Lockheed Martin\\Prepar3D v5]\n";
-    const std::string six = "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Lockheed Martin\\Prepar3D v6]\nSetupPath=E:\\P3D6\n";
+    const std::string six =
+        "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Lockheed Martin\\Prepar3D v6]\nSetupPath=E:\\P3D6\n";
     const struct {
         const char* what;
         std::string registry;

@@ -32,7 +32,10 @@ protected:
         currentQnh = 1013;
         parkAirport.reset();
     }
-    void TearDown() override { SetUp(); }
+    void TearDown() override
+    {
+        SetUp();
+    }
 
     static std::vector<std::pair<uint32_t, uint32_t>> events()
     {
@@ -213,15 +216,63 @@ TEST_F(AirMotionTest, configuresByHeightAndVerticalSpeed)
         std::vector<std::pair<uint32_t, uint32_t>> expected;  // among the events
         std::vector<uint32_t> absent;
     } cases[] = {
-        {"cruise", 35000, 2500, 0, false, 5, 4, {{LANDING_LIGHTS_SET, 0}, {THROTTLE_SET, 11468}, {GEAR_SET, 0}, {FLAPS_SET, 0}}, {}},
-        {"below 10000 ft", 9000, 2500, 0, false, 3, 0, {{LANDING_LIGHTS_SET, 1}, {CABIN_LIGHTS_SET, 1}, {GEAR_SET, 0}}, {FLAPS_SET, THROTTLE_SET}},
+        {"cruise",
+         35000,
+         2500,
+         0,
+         false,
+         5,
+         4,
+         {{LANDING_LIGHTS_SET, 0}, {THROTTLE_SET, 11468}, {GEAR_SET, 0}, {FLAPS_SET, 0}},
+         {}},
+        {"below 10000 ft",
+         9000,
+         2500,
+         0,
+         false,
+         3,
+         0,
+         {{LANDING_LIGHTS_SET, 1}, {CABIN_LIGHTS_SET, 1}, {GEAR_SET, 0}},
+         {FLAPS_SET, THROTTLE_SET}},
         {"descending", 9000, 2500, -250, false, 3, 0, {{THROTTLE_SET, 8191}}, {FLAPS_SET}},
         {"initial approach", 3000, 2399, 100, false, 2, 0, {{FLAPS_SET, 3072}}, {GEAR_SET}},
-        {"intermediate, first flaps stay above 2000 ft", 3000, 2100, 0, false, 2, 1, {}, {FLAPS_SET, GEAR_SET}},
-        {"climb after take-off", 1500, 1200, 601, false, 5, 1, {{THROTTLE_SET, 16383}, {GEAR_SET, 0}, {FLAPS_SET, 0}}, {}},
-        {"level low, not ours", 1500, 1200, 600, false, 2, 1, {{CABIN_LIGHTS_SET, 0}}, {GEAR_SET, FLAPS_SET, THROTTLE_SET}},
+        {"intermediate, first flaps stay above 2000 ft",
+         3000,
+         2100,
+         0,
+         false,
+         2,
+         1,
+         {},
+         {FLAPS_SET, GEAR_SET}},
+        {"climb after take-off",
+         1500,
+         1200,
+         601,
+         false,
+         5,
+         1,
+         {{THROTTLE_SET, 16383}, {GEAR_SET, 0}, {FLAPS_SET, 0}},
+         {}},
+        {"level low, not ours",
+         1500,
+         1200,
+         600,
+         false,
+         2,
+         1,
+         {{CABIN_LIGHTS_SET, 0}},
+         {GEAR_SET, FLAPS_SET, THROTTLE_SET}},
         {"descending away from the airport", 1500, 1200, -600, false, 2, 1, {}, {GEAR_SET, FLAPS_SET}},
-        {"descending to the airport", 1500, 1200, -600, true, 2, 1, {{THROTTLE_SET, 4914}, {FLAPS_SET, 16383}, {GEAR_SET, 1}}, {}},
+        {"descending to the airport",
+         1500,
+         1200,
+         -600,
+         true,
+         2,
+         1,
+         {{THROTTLE_SET, 4914}, {FLAPS_SET, 16383}, {GEAR_SET, 1}},
+         {}},
     };
     for (const auto& c : cases) {
         liveAcs.clear();
@@ -241,7 +292,8 @@ TEST_F(AirMotionTest, configuresByHeightAndVerticalSpeed)
             EXPECT_NE(list.end(), std::ranges::find(list, e)) << c.what << ": " << e.first << " " << e.second;
         }
         for (const uint32_t e : c.absent) {
-            EXPECT_TRUE(std::ranges::none_of(list, [e](const auto& x) { return x.first == e; })) << c.what << ": " << e;
+            EXPECT_TRUE(std::ranges::none_of(list, [e](const auto& x) { return x.first == e; }))
+                << c.what << ": " << e;
         }
         EXPECT_EQ(c.nearAirport, ac.approach) << c.what;
     }
@@ -263,7 +315,8 @@ TEST_F(AirMotionTest, levelsAreCommandedOnce)
     helicopter.stream[0].altitude = 12000;
     gf_airConfig(helicopter);
     const auto list = events();
-    EXPECT_TRUE(std::ranges::none_of(list, [](const auto& e) { return e.first == GEAR_SET || e.first == FLAPS_SET; }));
+    EXPECT_TRUE(std::ranges::none_of(
+        list, [](const auto& e) { return e.first == GEAR_SET || e.first == FLAPS_SET; }));
 }
 
 TEST_F(AirMotionTest, theLastLegGoesToTheGroundByPressure)
@@ -387,7 +440,8 @@ TEST_F(AirMotionTest, fliesOnForAWhileWhenReportsStop)
     while (extendStream(ac)) {
         ASSERT_EQ(2U, ac.stream.size());
         speeds.push_back(ac.stream[1].speed);
-        const double moved = distNm({ac.stream[0].lat, ac.stream[0].lon}, {ac.stream[1].lat, ac.stream[1].lon});
+        const double moved =
+            distNm({ac.stream[0].lat, ac.stream[0].lon}, {ac.stream[1].lat, ac.stream[1].lon});
         EXPECT_NEAR(ac.stream[1].speed * 8 / 3600, moved, 0.002);
         EXPECT_EQ(800, ac.stream[1].time - ac.stream[0].time);
         ac.stream.pop_front();

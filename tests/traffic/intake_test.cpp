@@ -46,7 +46,10 @@ protected:
         feedQueue.push_back(r);
         EXPECT_TRUE(feedIntake());
     }
-    static LiveAc& known() { return liveAcs.front(); }
+    static LiveAc& known()
+    {
+        return liveAcs.front();
+    }
 };
 
 TEST_F(IntakeTest, anUnknownAircraftStartsInTheBuffer)
@@ -75,10 +78,12 @@ TEST_F(IntakeTest, onlyWantedAndKnownTypesComeIn)
         {"unknown type", [](FeedRecord& r) { r.model = "ZZZ9"; }, 0},
         {"light, switched off", [](FeedRecord& r) { r.model = "C172", LIGHT_AIRCRAFT.value = false; }, 0},
         {"light, switched on", [](FeedRecord& r) { r.model = "C172", LIGHT_AIRCRAFT.value = true; }, 1},
-        {"within 120 ft of the airport's level", [](FeedRecord& r) {
+        {"within 120 ft of the airport's level",
+         [](FeedRecord& r) {
              parkAirport = ParkAirportPlace{47, 8, 1500};
              r.sample.altitude = 1620;
-         }, 0},
+         },
+         0},
         {"above that", [](FeedRecord& r) { r.sample.altitude = 1621; }, 1},
     };
     for (const auto& c : cases) {

@@ -91,8 +91,10 @@ TEST_F(SpawnTest, theGateJudgesIdentityAndStream)
         {"air and ground", [](LiveAc& a) { a.stream[1].airborne = false; }, Became::Dropped},
         {"no name", [](LiveAc& a) { a.callsign.clear(); }, Became::Erased},
         {"nine letters", [](LiveAc& a) { a.callsign = "ABCDEFGHI"; }, Became::Erased},
-        {"nine letters, but registered", [](LiveAc& a) { a.callsign = "ABCDEFGHI", a.regcode = "G-DBCJ"; }, Became::Spawned},
-        {"a listed ghost", [](LiveAc& a) { a.callsign = "BAW1_", ghostCallsigns.push_back("BAW1_"); }, Became::Erased},
+        {"nine letters, but registered", [](LiveAc& a) { a.callsign = "ABCDEFGHI", a.regcode = "G-DBCJ"; },
+         Became::Spawned},
+        {"a listed ghost", [](LiveAc& a) { a.callsign = "BAW1_", ghostCallsigns.push_back("BAW1_"); },
+         Became::Erased},
         {"a ghost whose twin is here", [](LiveAc& a) { a.callsign = "TWIN1_"; }, Became::Erased},
         {"a ghost alone", [](LiveAc& a) { a.callsign = "BAW2_"; }, Became::Spawned},
         {"blocked", [](LiveAc& a) { BLOCK_CALLSIGN.value = a.callsign; }, Became::Erased},
@@ -127,14 +129,38 @@ TEST_F(SpawnTest, theGateKeepsTheUsersWayFree)
         bool held;
         Became expected;
     } cases[] = {
-        {"flying user, same track 5 nm ahead", {false, 47, 8.12, 11000, 9000, north, 250}, false, false, Became::Dropped},
-        {"the same, 3001 ft above", {false, 47, 8.12, 13001, 9000, north, 250}, false, false, Became::Spawned},
+        {"flying user, same track 5 nm ahead",
+         {false, 47, 8.12, 11000, 9000, north, 250},
+         false,
+         false,
+         Became::Dropped},
+        {"the same, 3001 ft above",
+         {false, 47, 8.12, 13001, 9000, north, 250},
+         false,
+         false,
+         Became::Spawned},
         {"the same, 7 nm ahead", {false, 47, 8.175, 11000, 9000, north, 250}, false, false, Became::Spawned},
-        {"beside the track by 1 nm", {false, 47.01667, 8.05, 11000, 9000, north, 250}, false, false, Became::Spawned},
-        {"on the runway before a landing user", {false, 46.985, 8, 300, 300, north, 140}, true, false, Became::Dropped},
+        {"beside the track by 1 nm",
+         {false, 47.01667, 8.05, 11000, 9000, north, 250},
+         false,
+         false,
+         Became::Spawned},
+        {"on the runway before a landing user",
+         {false, 46.985, 8, 300, 300, north, 140},
+         true,
+         false,
+         Became::Dropped},
         {"the same, user higher", {false, 46.985, 8, 1500, 1000, north, 140}, true, false, Became::Spawned},
-        {"the same, off his line", {false, 46.985, 8, 300, 300, std::numbers::pi / 2, 140}, true, false, Became::Spawned},
-        {"held before, and it still lands", {false, 40, 8, 300, 300, north, 140}, true, true, Became::Dropped},
+        {"the same, off his line",
+         {false, 46.985, 8, 300, 300, std::numbers::pi / 2, 140},
+         true,
+         false,
+         Became::Spawned},
+        {"held before, and it still lands",
+         {false, 40, 8, 300, 300, north, 140},
+         true,
+         true,
+         Became::Dropped},
         {"on top of a parked user", {true, 47.0013, 8, 0, 0, north, 0}, true, false, Became::Dropped},
         {"151 m from a parked user", {true, 47.00136, 8, 0, 0, north, 0}, true, false, Became::Spawned},
         {"in the air over a parked user", {true, 47, 8, 0, 0, north, 0}, false, false, Became::Spawned},
@@ -183,8 +209,9 @@ TEST_F(SpawnTest, whoIsFurtherThanAllFindsNoRoom)
 
 TEST_F(SpawnTest, theRegistrationKnowsBetterThanTheFeed)
 {
-    const auto& [regcode, known] = *std::ranges::find_if(
-        dbase.registrations, [](const auto& row) { return row.second.opr.empty() && row.second.airl != "PVT"; });
+    const auto& [regcode, known] = *std::ranges::find_if(dbase.registrations, [](const auto& row) {
+        return row.second.opr.empty() && row.second.airl != "PVT";
+    });
     LiveAc& ac = gf_addBuffered(20002, "");
     ac.airline = "XXX";
     ac.regcode = regcode;
@@ -300,7 +327,8 @@ TEST_F(SpawnTest, setsAHelicopterOnTheGroundUpWithoutFlaps)
     setUpLiveAc(ac);
     const auto sent = events();
     EXPECT_EQ((std::pair<uint32_t, uint32_t>{THROTTLE_SET, 16383}), sent.back());
-    EXPECT_TRUE(std::ranges::none_of(sent, [](const auto& e) { return e.first == FLAPS_SET || e.first == SPOILERS_SET; }));
+    EXPECT_TRUE(std::ranges::none_of(
+        sent, [](const auto& e) { return e.first == FLAPS_SET || e.first == SPOILERS_SET; }));
 }
 
 TEST_F(SpawnTest, anAircraftComesBackWithAnotherLivery)
@@ -340,7 +368,8 @@ TEST_F(SpawnTest, believesStaticDataOnlyWithinReason)
 {
     LiveAc& ac = gf_addFlying(20002, "BAW3AK");
     const auto tell = [&ac](double cg, double pitchDeg) {
-        handleSimMessage({ac.objectid, 0, 0, SimMessageKind::StaticData, cg, pitchDeg * std::numbers::pi / 180});
+        handleSimMessage(
+            {ac.objectid, 0, 0, SimMessageKind::StaticData, cg, pitchDeg * std::numbers::pi / 180});
     };
     const double usual = 0.7 * std::numbers::pi / 180;
     tell(12.5, 2.5);

@@ -103,7 +103,7 @@ ReceiveBuffer::Taken ReceiveBuffer::take(uint32_t maxReceiveSize)
     while (m_writeMark - m_readMark >= kSizeBytes) {
         uint32_t size = 0;
         std::memcpy(&size, m_buffer.data() + m_readMark, kSizeBytes);
-        if (size >= maxReceiveSize) {
+        if (size > maxReceiveSize) {
             return {Kind::Broken, CloseReason::TooLarge, kStatusBadPacket};
         }
         if (size == 0) {

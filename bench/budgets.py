@@ -1,0 +1,40 @@
+#!/usr/bin/env python3
+"""Prints the budgets beside what a benchmark run measured; ends with 1 if one is exceeded."""
+import json
+import sys
+
+NS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+
+
+def main() -> int:
+    with open(sys.argv[1], encoding="utf-8") as file:
+        runs = json.load(file)["benchmarks"]
+    times = {}
+    counters = {}
+    for run in runs:
+        name = run["name"].split("/iterations:")[0].removesuffix("/manual_time")
+        times[name] = run["real_time"] * NS[run["time_unit"]]
+        counters[name] = run
+    worst_match = max((t for n, t in times.items() if n.startswith("match/")), default=None)
+    growth = times["tick/live/1000"] / times["tick/live/100"]
+    rows = [
+        ("a tick, 300 live, 200 records/s: mean", "100 us", times["tick/live/300"] / 1e3, 100, "us"),
+        ("the same: 99.9 %", "1 ms", counters["tick/live/300"]["p999_us"], 1000, "us"),
+        ("growth of a tick from 100 to 1,000 live", "x12", growth, 12, "x"),
+        ("a feed line out of range", "150 ns", times["feed/out_of_range"], 150, "ns"),
+        ("a feed line in range", "1 us", times["feed/in_range"], 1000, "ns"),
+        ("a livery match, slowest step", "2 us", worst_match, 2000, "ns"),
+        ("frame handler, 300 positions", "0.5 ms", times["frame/300_positions"] / 1e3, 500, "us"),
+        ("start: 20,000 liveries, 400,000 registrations", "1.5 s", times["start/stored"] / 1e9, 1.5, "s"),
+    ]
+    exceeded = 0
+    print(f"{'what':48} {'budget':>8} {'measured':>12}")
+    for what, budget, measured, limit, unit in rows:
+        over = measured > limit
+        exceeded += over
+        print(f"{what:48} {budget:>8} {measured:>9.2f} {unit}{'  EXCEEDED' if over else ''}")
+    return 1 if exceeded else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
