@@ -3,7 +3,8 @@
 // A thread that holds one of them takes a second only along these arrows:
 //   feedMutex    -> simCallMutex -> logMutex
 //   messageMutex -> simCallMutex -> logMutex
-//   displayMutex -> logMutex
+//   messageMutex -> displayMutex -> logMutex
+// Below all of them stands the lock inside run_state.cpp, under which nothing is taken.
 // The SimClient thread takes messageMutex only while it doesn't hold simCallMutex.
 #pragma once
 

@@ -8,6 +8,7 @@
 #include "core/run.h"
 #include "core/run_state.h"
 #include "core/text.h"
+#include "liveries/liveries.h"
 #include "liveries/matching.h"
 #include "liveries/scan_results.h"
 #include "platform/paths_form.h"
@@ -75,6 +76,9 @@ static void lf_runThrough()
 {
     lf_testInstallFolder();
     prepareRun();
+    if (gf_stopping()) {
+        return;
+    }
     lf_testStockAirports();
     lf_testScannedLiveries();
     processScannedLiveries();
@@ -172,6 +176,7 @@ static void lf_closeDown()
     lf_forgetForNextRun();
     writeMatchingSummary();
     writeUnmatchedList();
+    failedLiveries.clear();
     const ExitReason reason = exitReason;
     restarting = lf_leadsToRestart(reason) && !closeRequested && lf_prepareRestart(reason);
     if (reason == ExitReason::NewFlight) {
@@ -187,6 +192,9 @@ static void lf_closingDown()
     } catch (const std::exception& e) {
         showMessage(format("{} exception {}", "lf_closingDown", e.what()), true);
         runEndedInError = true;
+        if (closeRequested) {
+            gf_postUserMessage(UserMessage::Finish);
+        }
     }
 }
 

@@ -48,6 +48,20 @@ static void lf_lookForRealTraffic()
     logLine(format("RealTraffic {}detected at this PC", realTrafficHere ? "" : "not "));
 }
 
+// False if a stop ended the download: that is no failure of the server's.
+static bool lf_readDbaseOnce()
+{
+    try {
+        dbaseRead = dbaseRead || readDbase();
+        return true;
+    } catch (const std::exception&) {
+        if (!gf_stopping()) {
+            throw;
+        }
+        return false;
+    }
+}
+
 void prepareRun()
 {
     readParameters();
@@ -55,8 +69,8 @@ void prepareRun()
     PROGRAM_INSTALL_PATH.value = gf_shown(std::filesystem::current_path());
     saveParameter(PROGRAM_INSTALL_PATH);
     hourNow = weekHourStamp();
-    if (!dbaseRead) {
-        dbaseRead = readDbase();
+    if (!lf_readDbaseOnce()) {
+        return;
     }
     ALL_INSTALL_PATH.value = SIM_INSTALL_PATH.value;
     display.installPathEnabled = true;
@@ -142,9 +156,9 @@ static void lf_waitForFirstReport()
 static void lf_startReader()
 {
     trafficReader.reset();
-    runThreads.trafficReader = startTrafficReader(kTrafficPort);
     gf_copyUser();
     trafficReader.setCentre({userNow.lat, userNow.lon});
+    runThreads.trafficReader = startTrafficReader(kTrafficPort);
 }
 
 void runTraffic()

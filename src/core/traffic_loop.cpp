@@ -7,6 +7,7 @@
 #include "core/run_state.h"
 #include "core/text.h"
 #include "link/traffic_reader.h"
+#include "liveries/liveries.h"
 #include "liveries/matching.h"
 #include "platform/timer.h"
 #include "sim/client.h"
@@ -25,6 +26,7 @@ namespace vlt {
 using Clock = std::chrono::steady_clock;
 
 static constexpr std::chrono::milliseconds kTickTime(10);
+static constexpr int32_t kPassesPerLook = 100;  // while the flight isn't running
 
 static int32_t packetsAtLastLook = 0;  // [worker] of the Traffic Reader
 static int32_t pausedPasses = 0;       // [worker] passes to the next look while the flight isn't running
@@ -103,6 +105,7 @@ void gf_periodicJob()
     if (due(kDay)) {
         secondCount = 0;
         writeMatchingSummary();
+        failedLiveries.clear();
     }
 }
 
@@ -122,6 +125,7 @@ static void lf_beginPause()
 {
     lf_setIntake(false);
     wasPaused = true;
+    pausedPasses = kPassesPerLook;
     fillBuffer.clear();
     {
         const std::scoped_lock lock(simCallMutex);
@@ -133,7 +137,6 @@ static void lf_beginPause()
 // The flight isn't running: nothing moves, but acknowledgements aren't lost.
 static void lf_pausedPass()
 {
-    constexpr int32_t kPassesPerLook = 100;
     if (!wasPaused) {
         lf_beginPause();
     }
@@ -178,8 +181,8 @@ void trafficLoop()
 {
     const FineTimer oneMillisecond;
     secondCount = 0;
-    pausedPasses = 0;
-    packetsAtLastLook = trafficReader.packets;
+    packetsAtLastLook = 0;
+    gf_refreshFeedState();
     hourNow = weekHourStamp();
     lf_setIntake(true);
     Clock::time_point deadline = Clock::now() + kTickTime;

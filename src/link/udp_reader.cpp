@@ -89,6 +89,7 @@ static void lf_threadBody(const std::stop_token& token, UdpReader& reader, uint1
         lf_run(token, reader, port);
         logLine(format("{} disconnected", reader.name));
     } catch (const std::exception& e) {
+        logLine(format("{} disconnected", reader.name));
         if (gf_requestStop(ExitReason::ReaderError, kReaderErrorDelay)) {
             showMessage(format("The {} has stopped with error: {}", reader.name, e.what()), true);
         }

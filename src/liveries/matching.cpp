@@ -289,12 +289,18 @@ static int32_t lf_climbAndLog(const Query& query)
     return step;
 }
 
+// The code that lands the object must know the family, whichever way the title came.
+static void lf_noteFamily(AcBase& ac)
+{
+    ac.fsltl = ac.title.find(kFsltlMark) != std::string_view::npos;
+}
+
 void matchLive(AcBase& ac)
 {
     const int32_t step = lf_climbAndLog({.ac = ac, .parked = false});
     if (step > 0) {
         ++matchCounters[static_cast<size_t>(step) - 1];
-        ac.fsltl = ac.title.find(kFsltlMark) != std::string_view::npos;
+        lf_noteFamily(ac);
     }
 }
 
@@ -306,6 +312,7 @@ bool titleForHexid(AcBase& ac)
     if (const auto remembered = titleCache.find(ac.hexid); remembered != titleCache.end()) {
         if (!lf_isRefused(remembered->second)) {
             ac.title = remembered->second;
+            lf_noteFamily(ac);
             return true;
         }
         titleCache.erase(remembered);

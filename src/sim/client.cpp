@@ -98,20 +98,20 @@ static bool lf_requestUser(uint32_t request, uint32_t definition, uint32_t perio
 bool gf_requestUserOnGround()
 {
     const std::scoped_lock lock(simCallMutex);
-    return simHandle != nullptr && lf_requestUser(kReqUserOnGround, kDefUserOnGround, kSimPeriodSecond);
+    return simHandle == nullptr || lf_requestUser(kReqUserOnGround, kDefUserOnGround, kSimPeriodSecond);
 }
 
 bool gf_requestUserTitleAndModel()
 {
     const std::scoped_lock lock(simCallMutex);
-    return simHandle != nullptr && lf_requestUser(kReqTitle, kDefTitle, kSimPeriodOnce) &&
-           lf_requestUser(kReqModel, kDefModel, kSimPeriodOnce);
+    return simHandle == nullptr || (lf_requestUser(kReqTitle, kDefTitle, kSimPeriodOnce) &&
+                                    lf_requestUser(kReqModel, kDefModel, kSimPeriodOnce));
 }
 
 bool gf_requestAircraftInRange(int32_t radiusM)
 {
     const std::scoped_lock lock(simCallMutex);
-    return simHandle != nullptr &&
+    return simHandle == nullptr ||
            SimConnect_RequestDataOnSimObjectType(simHandle, kReqAircraftInRange, kDefAircraft,
                                                  static_cast<uint32_t>(radiusM), kSimObjectTypeAircraft) >= 0;
 }
@@ -119,14 +119,14 @@ bool gf_requestAircraftInRange(int32_t radiusM)
 bool gf_requestStaticData(uint32_t objectid)
 {
     const std::scoped_lock lock(simCallMutex);
-    return simHandle != nullptr && SimConnect_RequestDataOnSimObject(simHandle, kReqStaticData, kDefStatic,
+    return simHandle == nullptr || SimConnect_RequestDataOnSimObject(simHandle, kReqStaticData, kDefStatic,
                                                                      objectid, kSimPeriodOnce) >= 0;
 }
 
 bool gf_toggleAllLights(uint32_t objectid)
 {
     const std::scoped_lock lock(simCallMutex);
-    return simHandle != nullptr &&
+    return simHandle == nullptr ||
            SimConnect_TransmitClientEvent(simHandle, objectid, ALL_LIGHTS_TOGGLE, 0, kEventGroup, 0) >= 0;
 }
 
@@ -141,7 +141,7 @@ bool gf_setSpoilersAndThrottles(uint32_t objectid, double spoilers, double throt
 {
     const double values[] = {spoilers, throttles, throttles};
     const std::scoped_lock lock(simCallMutex);
-    return simHandle != nullptr && SimConnect_SetDataOnSimObject(simHandle, kDefSpoilersThrottles, objectid,
+    return simHandle == nullptr || SimConnect_SetDataOnSimObject(simHandle, kDefSpoilersThrottles, objectid,
                                                                  std::as_bytes(std::span(values))) >= 0;
 }
 
@@ -240,9 +240,15 @@ std::string gf_expectedSimVersion()
     return std::to_string(P3D_VERSION.value);
 }
 
-static void lf_connectionLost()
+static void lf_noteStandstill()
 {
     simRunning = false;
+    display.simRunningIndicator = false;
+}
+
+static void lf_connectionLost()
+{
+    lf_noteStandstill();
     showMessage(
         format("{} Flight Simulator no longer connected, {} will stop ...", timeOfDayString(), kProgramName),
         true);
@@ -290,8 +296,9 @@ static void lf_threadBody(const std::stop_token& token)
     try {
         lf_clientLoop(token);
     } catch (const UserErrorException& e) {
-        // The text must stay readable: the worker goes on waiting until the user closes the window.
+        // The text must stay readable: without a running flight the worker waits until the user closes.
         showError(e.what());
+        lf_noteStandstill();
     } catch (const std::exception& e) {
         lf_failed(e.what());
     } catch (...) {

@@ -92,7 +92,8 @@ UserAc requestUserPosition();
 // The latest user data that arrived.
 UserAc gf_userRaw();
 
-// Requests. False if the simulator's link failed; the caller says what failed and raises the error.
+// Requests. False if the simulator's link failed; the caller says what failed and raises the error. Without
+// a connection nothing is asked, and nothing has failed: only a flight plan then isn't loaded.
 bool gf_requestUserOnGround();       // from now on every second
 bool gf_requestUserTitleAndModel();  // once
 bool gf_requestAircraftInRange(int32_t radiusM);

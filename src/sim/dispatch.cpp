@@ -342,6 +342,7 @@ static void lf_dispatch(uint32_t id, PacketReader& body)
         return lf_onOpen(body);
     case SimMessageId::Quit:
         simRunning = false;
+        display.simRunningIndicator = false;
         return;
     case SimMessageId::Event:
         return lf_onEvent(body);

@@ -168,7 +168,7 @@ static void lf_climbOutOfStream(LiveAc& ac)
             gf_setArrivalTime(ac);
             const int32_t ticks = lf_legTicks(ac);
             ac.dLat = (ac.stream[1].lat - ac.lat) / ticks;
-            ac.dLon = (ac.stream[1].lon - ac.lon) / ticks;
+            ac.dLon = std::remainder(ac.stream[1].lon - ac.lon, 360.0) / ticks;
             lf_climbAway(ac, ticks);
             return;
         }

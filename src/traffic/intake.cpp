@@ -122,7 +122,7 @@ static std::string lf_knownModel(const FeedRecord& record)
         return record.model;
     }
     const RegRecord* known = findRegcode(record.regcode);
-    return known != nullptr && isValidModel(known->type) ? known->type : std::string();
+    return known != nullptr ? known->type : std::string();
 }
 
 void newLiveAc(const FeedRecord& record)

@@ -15,7 +15,10 @@ namespace vlt {
 // Takes the aircraft's request back while it still waits for its turn.
 static bool lf_cancelCreation(std::deque<CreateRequest>& queue, const StaticAc& ac)
 {
-    const auto found = std::ranges::find(queue, gf_tailNumber(ac.callsign), &CreateRequest::tailNumber);
+    const std::string tailNumber = gf_tailNumber(ac.callsign);
+    const auto found = std::ranges::find_if(queue, [&](const CreateRequest& request) {
+        return request.tailNumber == tailNumber && request.hexid == ac.hexid;
+    });
     if (found == queue.end()) {
         return false;
     }
@@ -60,8 +63,11 @@ void removeAircraftFromSim(StaticAc& ac)
         lf_removeWhileAdding(ac);
         return;
     }
+    const bool objectGoesAnyway = ac.fs == FsState::LiveryRespawn;
     ac.fs = FsState::RemovingFromSim;
-    lf_queueRemoval(ac, "removeAircraftFromSim");
+    if (!objectGoesAnyway) {
+        lf_queueRemoval(ac, "removeAircraftFromSim");
+    }
 }
 
 void liveryRespawn(LiveAc& ac)

@@ -201,32 +201,29 @@ static void lf_setUpStatic(const SimMessage& message)
     }
 }
 
-// True when the message is done with.
-static bool lf_stepAckWait(SimMessage& message)
+static constexpr uint32_t kSetUpAfter = 200;  // ticks
+
+static void lf_stepAckWait(SimMessage& message)
 {
-    constexpr uint32_t kSetUpAfter = 200;  // ticks
     constexpr uint32_t kToggles[] = {50, 100};
-    ++message.b;
     const bool live = message.kind == SimMessageKind::LiveObject;
     if (live && std::ranges::find(kToggles, message.b) != std::end(kToggles) &&
         !gf_toggleAllLights(message.objectid)) {
         logLine("SimConnect gf_allLightsToggle fails");
         raiseRequestError();
     }
-    if (message.b < kSetUpAfter) {
-        return false;
+    if (message.b == kSetUpAfter) {
+        live ? lf_setUpLive(message) : lf_setUpStatic(message);
     }
-    if (live) {
-        lf_setUpLive(message);
-    } else {
-        lf_setUpStatic(message);
-    }
-    return true;
+    ++message.b;
 }
 
 void gf_stepAckWaits()
 {
-    std::erase_if(ackWait, lf_stepAckWait);
+    for (SimMessage& message : ackWait) {
+        lf_stepAckWait(message);
+    }
+    std::erase_if(ackWait, [](const SimMessage& message) { return message.b > kSetUpAfter; });
 }
 
 }  // namespace vlt

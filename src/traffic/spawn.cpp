@@ -67,10 +67,12 @@ static Gate lf_gateAirForFlyingUser(LiveAc& ac)
     constexpr double kNear = 6;        // nm
     constexpr double kLevel = 3000;    // feet
     constexpr double kOffLine = 4000;  // feet off the line of the aircraft's track
+    // A new aircraft has no leg yet: its report tells where it goes.
     const PosSample& front = ac.stream.front();
     const LatLon place{front.lat, front.lon};
+    const double track = ac.st == StState::Birth ? front.track * kRadPerDeg : ac.trackTarget;
     if (gf_distanceToUser(front) <= kNear && std::abs(front.altitude - userNow.altitude) <= kLevel &&
-        std::abs(gf_offLineFeet(place, ac.trackTarget, {userNow.lat, userNow.lon})) <= kOffLine) {
+        std::abs(gf_offLineFeet(place, track, {userNow.lat, userNow.lon})) <= kOffLine) {
         ac.heldForUser = true;
         return Gate::Drop;
     }

@@ -113,7 +113,7 @@ static void lf_append(LiveAc& ac, PosSample sample)
     }
     ac.stream.push_back(sample);
     // Just come to rest: the next leg starts at once.
-    if (ac.stream.size() == 2 && ac.stream[0].stationary && ac.stream[1].stationary) {
+    if (ac.st != StState::Birth && ac.stream.size() == 2 && ac.stream[0].stationary && ac.stream[1].stationary) {
         ac.stream[0].time = tick + 1;
         ac.stream[0].speed = ac.stream[1].speed;
     }
@@ -199,7 +199,7 @@ static double lf_rollOutSpeed(double speed)
 
 static void lf_inventOnGround(const LiveAc& ac, PosSample& sample)
 {
-    if (ac.landingRoll && !sample.stationary) {
+    if (ac.landingRoll) {
         sample.speed = lf_rollOutSpeed(sample.speed);
         sample.vs = 0;
     } else {
@@ -246,7 +246,9 @@ void extrapolate(LiveAc& ac, int32_t count)
     ac.extendCount = count;
     const int32_t seconds = ac.onGround ? kSecondsOnGround : kSecondsInAir;
     PosSample sample = ac.stream.front();
-    if (ac.onGround) {
+    if (sample.stationary) {
+        sample.speed = 0;
+    } else if (ac.onGround) {
         lf_inventOnGround(ac, sample);
     } else {
         lf_inventInAir(ac, sample, count);

@@ -24,14 +24,16 @@ static void lf_tell(std::string_view text, bool isError)
 
 void showMessage(std::string_view text, bool alsoLog)
 {
-    const std::scoped_lock lock(displayMutex);
-    if (!display.errorText.empty()) {
-        return;
-    }
-    display.messageText = text;
-    display.messageSecond = text.empty() ? 0 : std::max(display.secondsCounter.load(), 1);
-    if (alsoLog) {
-        logLine(text);
+    {
+        const std::scoped_lock lock(displayMutex);
+        if (!display.errorText.empty()) {
+            return;
+        }
+        display.messageText = text;
+        display.messageSecond = text.empty() ? 0 : std::max(display.secondsCounter.load(), 1);
+        if (alsoLog) {
+            logLine(text);
+        }
     }
     lf_tell(text, false);
 }
@@ -43,10 +45,12 @@ void clearMessage()
 
 void showError(std::string_view text)
 {
-    const std::scoped_lock lock(displayMutex);
-    display.messageText.clear();
-    display.errorText = text;
-    logLine(format("Error {}", text));
+    {
+        const std::scoped_lock lock(displayMutex);
+        display.messageText.clear();
+        display.errorText = text;
+        logLine(format("Error {}", text));
+    }
     lf_tell(text, true);
 }
 

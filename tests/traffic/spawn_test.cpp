@@ -287,7 +287,7 @@ TEST_F(SpawnTest, aRemovalDuringTheSetUpFollowsIt)
     handleSimMessage({77, 20002, 0, SimMessageKind::LiveObject, 0, 9000});
     removeAircraftFromSim(ac);
     EXPECT_TRUE(ac.removeWhenAdded);
-    for (int i = 0; i < 199; ++i) {
+    for (int i = 0; i < 200; ++i) {
         gf_stepAckWaits();
     }
     EXPECT_EQ(FsState::Adding2Sim, ac.fs);

@@ -23,6 +23,8 @@ CloseSignals::CloseSignals()
 {
     const sigset_t signals = lf_signals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    // Whoever reads our output may go before us; that must not end a flight.
+    std::signal(SIGPIPE, SIG_IGN);
     m_waiter = std::thread([this, signals] {
         while (!m_ending) {
             if (sigtimedwait(&signals, nullptr, &kLookInterval) > 0) {
