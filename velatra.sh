@@ -85,7 +85,7 @@ tidy() {
 run_fuzzers() {  # seconds each
     setup
     install_packages "${CHECK_PACKAGES[@]}"
-    build_preset fuzz
+    build_preset fuzz fuzzers
     local fuzzer corpus
     for fuzzer in build/fuzz/fuzz/*_fuzz; do
         corpus=build/fuzz/corpus/$(basename "$fuzzer")

@@ -24,10 +24,11 @@ namespace vlt {
 
 static std::string lf_line(double lat, double timestamp)
 {
-    return format("RTTFC,4198297,{:.6f},8.123456,35000.0,-64.0,0,104.1,447.5,BAW3AK,A319,G-DBCJ,TLS,LHR,{:.1f},X2,"
-                  "null,adsb_icao,-1,280.0,447.0,0.78,-1,-0.53,-1,104.1,1792.0,none,A3,-1,-1,-1,-1,null,0.0,-1,-1,"
-                  "-1,-1,-1,1,0,0",
-                  lat, timestamp);
+    return format(
+        "RTTFC,4198297,{:.6f},8.123456,35000.0,-64.0,0,104.1,447.5,BAW3AK,A319,G-DBCJ,TLS,LHR,{:.1f},X2,"
+        "null,adsb_icao,-1,280.0,447.0,0.78,-1,-0.53,-1,104.1,1792.0,none,A3,-1,-1,-1,-1,null,0.0,-1,-1,"
+        "-1,-1,-1,1,0,0",
+        lat, timestamp);
 }
 
 static void lf_hear(const std::string& line)

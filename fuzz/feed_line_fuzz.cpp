@@ -33,7 +33,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     trafficReader.collectCallsigns = size % 2 == 0;
     trafficReader.takeDatagram(size);
     for (const FeedRecord& record : feedQueue) {
-        if (!lf_isSound(record.sample) || record.hexid <= kLastStaticHexid || !std::isfinite(record.timestamp)) {
+        if (!lf_isSound(record.sample) || record.hexid <= kLastStaticHexid ||
+            !std::isfinite(record.timestamp)) {
             std::abort();
         }
     }

@@ -13,7 +13,8 @@ using namespace vlt;
 static void lf_prepareOnce()
 {
     static const bool ready = [] {
-        const auto folder = std::filesystem::temp_directory_path() / ("velatra-fuzz-" + std::to_string(::getpid()));
+        const auto folder =
+            std::filesystem::temp_directory_path() / ("velatra-fuzz-" + std::to_string(::getpid()));
         std::filesystem::create_directories(folder / "Velatra");
         ::setenv("VELATRA_APPDATA", folder.c_str(), 1);
         std::atexit([] { std::filesystem::remove_all(gf_parametersFile().parent_path().parent_path()); });
@@ -36,8 +37,8 @@ static void lf_checkRanges()
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     lf_prepareOnce();
-    std::ofstream(gf_parametersFile(), std::ios::binary).write(reinterpret_cast<const char*>(data),
-                                                              static_cast<std::streamsize>(size));
+    std::ofstream(gf_parametersFile(), std::ios::binary)
+        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
     readParameters();
     lf_checkRanges();
     const int32_t range = LATERAL_RANGE.value;

@@ -138,8 +138,9 @@ void gf_buildSimilarPerAirline()
                 continue;
             }
             std::vector<std::string> own;
-            std::copy_if(lookAlikes.begin(), lookAlikes.end(), std::back_inserter(own),
-                         [&models](const std::string& other) { return models.contains(other); });
+            std::copy_if(
+                lookAlikes.begin(), lookAlikes.end(), std::back_inserter(own),
+                [&installed = models](const std::string& other) { return installed.contains(other); });
             if (!own.empty()) {
                 similarPerAirline[airline].emplace(model, std::move(own));
             }

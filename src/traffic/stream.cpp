@@ -113,7 +113,8 @@ static void lf_append(LiveAc& ac, PosSample sample)
     }
     ac.stream.push_back(sample);
     // Just come to rest: the next leg starts at once.
-    if (ac.st != StState::Birth && ac.stream.size() == 2 && ac.stream[0].stationary && ac.stream[1].stationary) {
+    if (ac.st != StState::Birth && ac.stream.size() == 2 && ac.stream[0].stationary &&
+        ac.stream[1].stationary) {
         ac.stream[0].time = tick + 1;
         ac.stream[0].speed = ac.stream[1].speed;
     }
