@@ -33,3 +33,5 @@ find_package(Python3 REQUIRED COMPONENTS Interpreter)
 add_test(NAME end_to_end
     COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/tests/end_to_end/end_to_end.py ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR})
 set_tests_properties(end_to_end PROPERTIES TIMEOUT 400 RUN_SERIAL ON)
+add_test(NAME tools
+    COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/tests/end_to_end/tools.py ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR})
