@@ -381,6 +381,8 @@ TEST_F(SpawnTest, believesStaticDataOnlyWithinReason)
     tell(0.9, -1);
     EXPECT_DOUBLE_EQ(12.5, ac.staticCg);
     EXPECT_NEAR(usual, ac.staticPitch, 1e-12);
+    tell(35, 0);
+    EXPECT_DOUBLE_EQ(35, ac.staticCg);
     tell(1, -0.9);
     EXPECT_DOUBLE_EQ(1, ac.staticCg);
     EXPECT_NEAR(-0.9 * std::numbers::pi / 180, ac.staticPitch, 1e-12);
