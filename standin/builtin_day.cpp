@@ -180,7 +180,7 @@ BuiltinDay::BuiltinDay(DayOptions options)
 {
 }
 
-std::vector<DayFlight> BuiltinDay::flights(double from, double to, std::stop_token stop) const
+std::vector<DayFlight> BuiltinDay::flights(double from, double to, const std::stop_token& stop) const
 {
     std::vector<DayFlight> found;
     for (const KindSchedule& schedule : kSchedules) {
@@ -201,7 +201,7 @@ std::vector<DayFlight> BuiltinDay::flights(double from, double to, std::stop_tok
     return found;
 }
 
-std::vector<DayLine> BuiltinDay::lines(double from, double to, std::stop_token stop) const
+std::vector<DayLine> BuiltinDay::lines(double from, double to, const std::stop_token& stop) const
 {
     std::vector<DayLine> lines;
     for (const DayFlight& flight : flights(from, to, stop)) {

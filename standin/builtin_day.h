@@ -34,10 +34,10 @@ public:
 
     // Everything sent from `from` up to, but without, `to`, seconds of the day, in its order.
     // What a stop leaves unfinished isn't complete and of no use.
-    std::vector<DayLine> lines(double from, double to, std::stop_token stop = {}) const;
+    std::vector<DayLine> lines(double from, double to, const std::stop_token& stop = {}) const;
 
     // The flights under way at some time within the stretch, by kind and number.
-    std::vector<DayFlight> flights(double from, double to, std::stop_token stop = {}) const;
+    std::vector<DayFlight> flights(double from, double to, const std::stop_token& stop = {}) const;
 
 private:
     DayOptions m_options;

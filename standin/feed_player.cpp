@@ -56,7 +56,7 @@ FeedSource::FeedSource(const std::filesystem::path& recording)
 
 FeedSource::FeedSource(const DayOptions& day) : m_day(std::make_unique<BuiltinDay>(day)) {}
 
-std::vector<DayLine> FeedSource::lines(double from, double to, std::stop_token stop) const
+std::vector<DayLine> FeedSource::lines(double from, double to, const std::stop_token& stop) const
 {
     if (m_day) {
         return m_day->lines(from, to, stop);

@@ -31,7 +31,7 @@ public:
     explicit FeedSource(const DayOptions& day);
 
     // The lines of `from` up to, but without, `to`.
-    std::vector<DayLine> lines(double from, double to, std::stop_token stop = {}) const;
+    std::vector<DayLine> lines(double from, double to, const std::stop_token& stop = {}) const;
     // No line comes at or after this; infinite for the built-in day.
     double end() const;
 

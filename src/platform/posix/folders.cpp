@@ -16,7 +16,7 @@ static std::filesystem::path lf_variable(const char* name)
 
 static std::filesystem::path lf_home()
 {
-    if (const auto home = lf_variable("HOME"); !home.empty()) {
+    if (auto home = lf_variable("HOME"); !home.empty()) {
         return home;
     }
     const passwd* user = ::getpwuid(::getuid());
