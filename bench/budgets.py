@@ -25,6 +25,11 @@ def main() -> int:
         ("a feed line in range", "1 us", times["feed/in_range"], 1000, "ns"),
         ("a livery match, slowest step", "2 us", worst_match, 2000, "ns"),
         ("frame handler, 300 positions", "0.5 ms", times["frame/300_positions"] / 1e3, 500, "us"),
+        ("an airport file, 400 stands, 40,000 options", "60 ms", times["airport/load"] / 1e6, 60, "ms"),
+        ("neighbours of 400 stands", "5 ms", times["airport/neighbours"] / 1e6, 5, "ms"),
+        ("the catalogue, 28,000 airports", "100 ms", times["airport/catalogue"] / 1e6, 100, "ms"),
+        ("standAtPosition among 400 stands", "50 us", times["airport/stand_at_position"] / 1e3, 50, "us"),
+        ("closestAirport among 28,000", "1 ms", times["airport/closest"] / 1e6, 1, "ms"),
         ("start: 20,000 liveries, 400,000 registrations", "1.5 s", times["start/stored"] / 1e9, 1.5, "s"),
     ]
     exceeded = 0

@@ -81,14 +81,18 @@ HourStamp weekHourStamp()
 void hoursToSet(std::string_view text, HoursSet& hours)
 {
     for (const std::string_view item : gf_split(text, ',')) {
-        const std::string_view digits = gf_trimmed(item);
-        size_t hour = kSlotsPerDay;
+        std::string_view digits = gf_trimmed(item);
+        if (digits.size() > 1 && digits.starts_with('+') && digits[1] != '-') {
+            digits.remove_prefix(1);
+        }
+        int32_t hour = -1;
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), hour);
-        if (error != std::errc{} || end != digits.data() + digits.size() || hour >= kSlotsPerDay) {
+        if (error != std::errc{} || end != digits.data() + digits.size() || hour < 0 ||
+            hour >= static_cast<int32_t>(kSlotsPerDay)) {
             logLine(format("{} invalid hour \"{}\" in {}", "gf_hours2bitset", item, text));
             continue;
         }
-        hours.set(hour);
+        hours.set(static_cast<size_t>(hour));
     }
 }
 

@@ -121,12 +121,17 @@ static bool lf_unzipText(const std::filesystem::path& zipPath, const std::filesy
     return false;
 }
 
-bool fetchZippedText(const std::string& zipName, const std::filesystem::path& targetPath)
+bool gf_fetch(const std::string& name, const std::filesystem::path& localPath)
 {
     static std::once_flag curlReady;
     std::call_once(curlReady, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
     const std::unique_ptr<CURL, void (*)(CURL*)> curl(curl_easy_init(), curl_easy_cleanup);
-    if (!curl || !download(curl.get(), gf_serverAddress() + zipName, zipName, true)) {
+    return curl && download(curl.get(), gf_serverAddress() + name, localPath, true);
+}
+
+bool fetchZippedText(const std::string& zipName, const std::filesystem::path& targetPath)
+{
+    if (!gf_fetch(zipName, zipName)) {
         logLine(format("downloading {} failed?", zipName));
         return false;
     }

@@ -18,6 +18,9 @@ std::string gf_serverAddress();
 // `binary` false writes line ends in the system's form.
 bool download(CURL* curl, const std::string& url, const std::filesystem::path& localPath, bool binary);
 
+// Fetches the server's file `name`, a path below its base address, into `localPath`.
+bool gf_fetch(const std::string& name, const std::filesystem::path& localPath);
+
 // Fetches the server's archive `zipName` and writes the text of its entries, folders apart, to
 // `targetPath`. True when it stands there; else `targetPath` is as before.
 bool fetchZippedText(const std::string& zipName, const std::filesystem::path& targetPath);

@@ -1,5 +1,7 @@
 #include "core/main_control.h"
 
+#include "airports/park_airport.h"
+#include "airports/park_list.h"
 #include "core/clock.h"
 #include "core/errors.h"
 #include "core/log.h"
@@ -88,6 +90,7 @@ static void lf_runThrough()
     display.thirdPartyCount = lf_countFiles(kMyThirdpartyFolder);
     display.orbxCount = lf_countFiles(kMyOrbxFolder);
     makeFlightPlanFolder();
+    lf_readMyParkAirports();
     if (AUTO_RANGE.value) {
         gf_adaptRange();
     }
@@ -173,6 +176,7 @@ static void lf_closeDown()
     if (exitReason == ExitReason::SystemError) {
         lf_waitForUser();
     }
+    gf_noteUserStand();
     lf_forgetForNextRun();
     writeMatchingSummary();
     writeUnmatchedList();

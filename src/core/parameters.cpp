@@ -257,6 +257,20 @@ void gf_applyLateralRange()
     lateralRangeMetres = LATERAL_RANGE.value * kWholeMetresPerNm;
 }
 
+void gf_switchAutoRange(bool on)
+{
+    if (on == AUTO_RANGE.value) {
+        return;
+    }
+    AUTO_RANGE.value = on;
+    if (on) {
+        rangeBeforeAuto = LATERAL_RANGE.value.load();
+    } else {
+        LATERAL_RANGE.value = rangeBeforeAuto.load();
+        gf_applyLateralRange();
+    }
+}
+
 void gf_applyMaxFit()
 {
     MAX_FIT_FL.value = static_cast<float>(MAX_FIT.value) * 0.5F + 0.5F;

@@ -146,6 +146,16 @@ inline SharedValue<int32_t> lateralRangeMetres = 40 * 1852;
 // Forces LATERAL_RANGE into its range and brings the two values that follow it up to date.
 void gf_applyLateralRange();
 
+// LATERAL_RANGE as it was before AUTO_RANGE took it over.
+inline SharedValue<int32_t> rangeBeforeAuto = 40;
+
+// Sets AUTO_RANGE. On keeps LATERAL_RANGE as the value to go back to, off goes back to it; a switch that
+// stands that way already stays as it is.
+void gf_switchAutoRange(bool on);
+
+// MAX_LIVE as the user set it: an airport's learned file may set another while that airport is in sight.
+inline SharedValue<int32_t> savedMaxLive = -1;
+
 // MAX_FIT_FL from MAX_FIT.
 void gf_applyMaxFit();
 

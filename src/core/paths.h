@@ -18,6 +18,7 @@ inline const std::filesystem::path kAirportsFolder = "airports";
 inline const std::filesystem::path kLearnedFolder = "airports/learned";
 inline const std::filesystem::path kMyThirdpartyFolder = "airports/my_thirdparty";
 inline const std::filesystem::path kMyOrbxFolder = "airports/my_ORBX";
+inline const std::filesystem::path kMyParkAirportsFile = "airports/my_park_airports.txt";
 inline const std::filesystem::path kLiveriesScannedFile = "output/LiveriesScanned.xml";
 inline const std::filesystem::path kInstallerFile = "install_new_version.exe";
 inline const std::filesystem::path kAirportsCatalogueFile = "airports_p3d.xml";

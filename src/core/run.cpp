@@ -1,5 +1,7 @@
 #include "core/run.h"
 
+#include "airports/catalogue.h"
+#include "airports/park_airport.h"
 #include "core/clock.h"
 #include "core/errors.h"
 #include "core/locks.h"
@@ -66,18 +68,21 @@ void prepareRun()
 {
     readParameters();
     makeFolders();
+    savedMaxLive = MAX_LIVE.value.load();
     PROGRAM_INSTALL_PATH.value = gf_shown(std::filesystem::current_path());
     saveParameter(PROGRAM_INSTALL_PATH);
     hourNow = weekHourStamp();
     if (!lf_readDbaseOnce()) {
         return;
     }
+    readAirports();
     ALL_INSTALL_PATH.value = SIM_INSTALL_PATH.value;
     display.installPathEnabled = true;
     if (ALL_INSTALL_PATH.value.empty()) {
         gf_detectSimulator();
     }
     lf_lookForRealTraffic();
+    rangeBeforeAuto = LATERAL_RANGE.value.load();
 }
 
 static void lf_copyUser()
@@ -211,6 +216,7 @@ bool resetState()
     trafficReader.reset();
     gf_resetSimClient();
     gf_clearTables();
+    gf_resetParkAirport();
     gf_resetDisplay();
     secondDue = false;
     wantedSimVersion = P3D_VERSION.value;

@@ -1,5 +1,6 @@
 #include "core/traffic_loop.h"
 
+#include "airports/park_airport.h"
 #include "core/clock.h"
 #include "core/locks.h"
 #include "core/log.h"
@@ -69,6 +70,8 @@ void secondTick()
     hourNow = weekHourStamp();
     ++secondCount;
     lf_refreshCounters();
+    gf_showUserStand();
+    gf_noteUserStand();
     gf_serviceStandChange();
     flareActive = std::ranges::any_of(liveAcs, [](const LiveAc& ac) {
         return ac.flareStage != 0 && !ac.onGround && ac.fs == FsState::Active;
@@ -112,11 +115,17 @@ void gf_periodicJob()
 static void lf_longerPeriods()
 {
     constexpr int32_t kPeriod = 15;
+    constexpr int32_t kAirportLook = 16;
     constexpr int32_t kFeedLook = 59;
     if (secondCount % kPeriod == 0) {
         trafficReader.setCentre({userNow.lat, userNow.lon});
         gf_periodicJob();
-    } else if (secondCount % kFeedLook == 0) {
+        return;
+    }
+    if (secondCount % kAirportLook == 0) {
+        parkAirportCheck();
+    }
+    if (secondCount % kFeedLook == 0) {
         gf_refreshFeedState();
     }
 }
@@ -182,6 +191,7 @@ void trafficLoop()
     const FineTimer oneMillisecond;
     secondCount = 0;
     packetsAtLastLook = 0;
+    parkAirportCheck();
     gf_refreshFeedState();
     hourNow = weekHourStamp();
     lf_setIntake(true);

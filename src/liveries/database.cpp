@@ -109,6 +109,11 @@ const RegRecord* findRegcode(std::string_view regcode)
     return nullptr;
 }
 
+const std::string& gf_airlineOf(const RegRecord& record)
+{
+    return record.opr.empty() ? record.airl : record.opr;
+}
+
 std::string_view gf_operatorOfRegcode(std::string_view regcode)
 {
     const RegRecord* row = findRegcode(regcode);

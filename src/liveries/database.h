@@ -42,6 +42,8 @@ RegcodeVariants regcodeVariants(std::string_view regcode);
 
 // The row of the first known variant; nullptr for an empty text or when none is known.
 const RegRecord* findRegcode(std::string_view regcode);
+// The airline that flies the aircraft: its operator, else its owner.
+const std::string& gf_airlineOf(const RegRecord& record);
 // The operator's or the owner's code of that row; empty when nothing is known.
 std::string_view gf_operatorOfRegcode(std::string_view regcode);
 std::string_view gf_ownerOfRegcode(std::string_view regcode);

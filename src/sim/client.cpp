@@ -28,6 +28,7 @@ SimHandle simHandle = nullptr;
 std::atomic<int32_t> wantedSimVersion{5};
 std::atomic<uint32_t> userObjectId{kFirstUserObject};
 std::atomic<bool> userOnGroundKnown{false};
+std::atomic<bool> noteStandRequested{false};
 UserAc userRaw;
 std::vector<PositionRecord> sendBuffer;
 std::vector<QueuedEvent> eventQueue;
@@ -60,6 +61,7 @@ void gf_resetSimClient()
     userRaw = UserAc{};
     userObjectId = kFirstUserObject;
     userOnGroundKnown = false;
+    noteStandRequested = false;
     gf_forgetUserTrack();
     gf_resetUserAircraft();
 }
@@ -304,6 +306,7 @@ static void lf_threadBody(const std::stop_token& token)
     } catch (...) {
         lf_failed(format("Exception in {}", "SimClient"));
     }
+    gf_requestNoteStand();
     display.simIndicator = false;
     gf_closeSim();
 }

@@ -58,6 +58,7 @@ extern SimHandle simHandle;                        // [simCallMutex] nullptr wit
 extern std::atomic<int32_t> wantedSimVersion;      // [atomic] worker: 5 or 6
 extern std::atomic<uint32_t> userObjectId;         // [atomic] SimClient; ids up to it are no AI objects
 extern std::atomic<bool> userOnGroundKnown;        // [atomic] SimClient: the first report has arrived
+extern std::atomic<bool> noteStandRequested;       // [atomic] SimClient: the user's stand is to be noted
 extern UserAc userRaw;                             // [simCallMutex] latest report
 extern std::vector<PositionRecord> sendBuffer;     // [simCallMutex] positions of the next frame
 extern std::vector<QueuedEvent> eventQueue;        // [simCallMutex]
@@ -120,6 +121,9 @@ bool gf_defineEverything(SimHandle handle);
 
 // Forgets the positions seen, as at the start of a run.
 void gf_forgetUserTrack();
+
+// Asks the worker to note the user's stand, if the user stands: the flight ends, or another begins.
+void gf_requestNoteStand();
 
 // One message from the simulator. Throws UserErrorException where the user must read why we stop.
 void gf_dispatchMessage(std::span<const std::byte> message);

@@ -36,6 +36,14 @@ static LatLon lf_userPosition()
     return {user.lat, user.lon};
 }
 
+void gf_requestNoteStand()
+{
+    constexpr double kStanding = 2.0;  // knots over the ground
+    if (userOnGroundKnown && gf_userRaw().speed <= kStanding) {
+        noteStandRequested = true;
+    }
+}
+
 static void lf_newFlight()
 {
     gf_requestStop(ExitReason::NewFlight, kNewFlightDelay);
@@ -57,6 +65,7 @@ static void lf_onEvent(PacketReader& body)
         break;
     case kEventFlightLoaded:
         logLine("Simconnect: flight loaded event");
+        gf_requestNoteStand();
         lf_newFlight();
         break;
     default:
@@ -350,6 +359,7 @@ static void lf_dispatch(uint32_t id, PacketReader& body)
         return lf_onObjectAddRemove(body);
     case SimMessageId::FileName:
         logLine("SimConnect: New file event");
+        gf_requestNoteStand();
         return lf_newFlight();
     case SimMessageId::Frame:
         return lf_onFrameEvent(body);

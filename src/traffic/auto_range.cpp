@@ -1,5 +1,6 @@
 #include "traffic/auto_range.h"
 
+#include "airports/airports.h"
 #include "core/parameters.h"
 #include "traffic/geodesy.h"
 #include "traffic/traffic.h"
@@ -31,8 +32,9 @@ int32_t gf_autoRange(bool onGround, double altitude, std::optional<double> parkA
 void gf_adaptRange()
 {
     std::optional<double> parkAirportNm;
-    if (parkAirport) {
-        parkAirportNm = distNm({userNow.lat, userNow.lon}, {parkAirport->lat, parkAirport->lon});
+    if (!parkAirports.empty()) {
+        const ParkListEntry& first = parkAirports.front();
+        parkAirportNm = distNm({userNow.lat, userNow.lon}, {first.lat, first.lon});
     }
     LATERAL_RANGE.value = gf_autoRange(userOnGround, userNow.altitude, parkAirportNm);
     gf_applyLateralRange();

@@ -1,5 +1,6 @@
 #include "traffic/cycle.h"
 
+#include "airports/stand_search.h"
 #include "core/locks.h"
 #include "core/log.h"
 #include "core/parameters.h"
@@ -147,9 +148,15 @@ void gf_copyUser()
 
 void gf_serviceStandChange()
 {
-    // An entry whose aircraft is gone has nothing left to tell; it is dropped like the others.
-    if (!standChangeList.empty()) {
-        standChangeList.pop_front();
+    if (standChangeList.empty()) {
+        return;
+    }
+    // An entry whose aircraft is gone has nothing left to tell.
+    LiveAc* ac = gf_liveByHexid(standChangeList.front());
+    standChangeList.pop_front();
+    if (ac != nullptr && !ac->coupledSearched) {
+        lf_searchForCoupledCsAroundThisTime(hourNow, *ac);
+        ac->coupledSearched = true;
     }
 }
 

@@ -1,6 +1,7 @@
 #include "traffic/removal.h"
 
 #include "core/log.h"
+#include "core/parameters.h"
 #include "core/run_state.h"
 #include "core/text.h"
 #include "liveries/matching.h"
@@ -173,6 +174,16 @@ bool makeRoom(double distance)
     }
     removeAircraftFromSim(*furthest);
     return true;
+}
+
+void gf_keepWithinMaxLive()
+{
+    if (MAX_LIVE.value < 0) {
+        return;
+    }
+    const auto active = std::ranges::count(liveAcs, FsState::Active, &LiveAc::fs);
+    for (auto surplus = active - MAX_LIVE.value; surplus > 0 && makeRoom(-1); --surplus) {
+    }
 }
 
 void gf_eraseMarked()

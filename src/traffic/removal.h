@@ -24,6 +24,9 @@ void gf_onCreateRefused(uint32_t hexid);
 // nm. False if there is none.
 bool makeRoom(double distance);
 
+// Removes the furthest aircraft until no more than MAX_LIVE are active: it may have been lowered.
+void gf_keepWithinMaxLive();
+
 // Exchanges the object for one with another livery, or another identity, at the same place.
 void liveryRespawn(LiveAc& ac);
 

@@ -136,7 +136,7 @@ static void lf_takeRegistration(LiveAc& ac)
         return;
     }
     if (const RegRecord* known = findRegcode(ac.regcode)) {
-        ac.airline = known->opr.empty() ? known->airl : known->opr;
+        ac.airline = gf_airlineOf(*known);
         ac.model = known->type;
         ac.cargo = known->cargo;
     }

@@ -21,6 +21,10 @@ struct Display {
     std::string titleText;                    // [displayMutex] user aircraft title, cut for the window
     std::string modelText;                    // [displayMutex] user aircraft model
     std::string standText;                    // [displayMutex] user's stand
+    std::string airportCode;                  // [displayMutex] the park airport's, empty for none
+    std::string airportName;                  // [displayMutex]
+    std::string qualityText;                  // [displayMutex] of its parking history
+    std::string reservedStandText;            // [displayMutex] the stand kept free for the user
     std::string simText;                      // [displayMutex] "{} ({}.{}.{}.{})" of the connected simulator
     std::string rtVersionText;                // [displayMutex] empty in this version
     SharedValue<int32_t> messageSecond = 0;   // secondsCounter when messageText was set, 0 none
@@ -37,6 +41,13 @@ struct Display {
     SharedValue<int32_t> liveriesCount = -1;  // -1 while not known
     SharedValue<int32_t> thirdPartyCount = 0;
     SharedValue<int32_t> orbxCount = 0;
+    SharedValue<int32_t> standCount = 0;           // of the park airport
+    SharedValue<int32_t> airportAltitude = 0;      // of the park airport, feet
+    SharedValue<int32_t> trafficWeek = 0;          // of the data behind its file
+    SharedValue<bool> handmade = false;            // its stands are the user's own
+    SharedValue<bool> learnSoftEnabled = true;     // the box of LEARN_SOFT takes input
+    SharedValue<bool> percentageEnabled = false;   // the box of parking_percentage
+    SharedValue<bool> flushStaticEnabled = false;  // the button
     SharedValue<bool> installPathEnabled = false;  // the install path's box takes input
 };
 extern Display display;

@@ -36,6 +36,12 @@ std::string gf_statusLine()
     status["weatherFeed"] = lf_feedWord(display.weatherFeedState);
     status["liveries"] = display.liveriesCount.load();
     status["live"] = display.liveCount.load();
+    status["airport"] = gf_textOf(&Display::airportCode);
+    status["airportName"] = gf_textOf(&Display::airportName);
+    status["stands"] = display.standCount.load();
+    status["quality"] = gf_textOf(&Display::qualityText);
+    status["reservedStand"] = gf_textOf(&Display::reservedStandText);
+    status["userStand"] = gf_textOf(&Display::standText);
     status["rangeNm"] = LATERAL_RANGE.value.load();
     // Texts of the user's files and of the simulator may hold any bytes.
     return status.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);

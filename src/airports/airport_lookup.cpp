@@ -1,0 +1,174 @@
+#include "airports/airport_lookup.h"
+
+#include "airports/airports.h"
+#include "core/download.h"
+#include "core/log.h"
+#include "core/paths.h"
+#include "core/text.h"
+#include "core/text_files.h"
+#include "platform/paths_form.h"
+
+#include <pugixml.hpp>
+
+#include <algorithm>
+#include <vector>
+
+namespace vlt {
+
+static constexpr std::string_view kArchive = "archive";
+static constexpr std::string_view kLocal = "airports";
+
+bool gf_isLocalPath(std::string_view path)
+{
+    return path.starts_with(kLocal);
+}
+
+// --- the user's folders
+
+// A link leads to another airport file; whatever else it says counts as nothing.
+static std::string lf_readLink(const std::filesystem::path& link)
+{
+    std::vector<std::string> lines;
+    if (!readExtTextFile(link, lines) || lines.empty()) {
+        return {};
+    }
+    // The line ends with "xml"; what some editors leave behind it is cut off.
+    const std::string& line = lines.front();
+    const size_t last = line.rfind('l');
+    std::string path = last == std::string::npos ? std::string() : line.substr(0, last + 1);
+    const bool leadsSomewhere = path.starts_with("archive/") || gf_isLocalPath(path);
+    if (!leadsSomewhere || path.find("..") != std::string::npos) {
+        logLine(format("\"{}\" leads nowhere: \"{}\"", gf_shown(link), line));
+        return {};
+    }
+    return path;
+}
+
+static std::string lf_findInFolder(const std::filesystem::path& folder, const std::string& code)
+{
+    const std::filesystem::path link = folder / (code + ".txt");
+    if (std::filesystem::exists(link)) {
+        if (std::string path = lf_readLink(link); !path.empty()) {
+            return path;
+        }
+    }
+    const std::filesystem::path file = folder / (code + ".xml");
+    return std::filesystem::exists(file) ? file.generic_string() : std::string();
+}
+
+// --- the server's archive
+
+static std::string lf_findInArchive(const std::string& code)
+{
+    std::string path = format("archive/stock/{}.xml", code);
+    const std::filesystem::path probe = code + ".xml";
+    const bool there = gf_fetch(path, probe);
+    std::error_code error;
+    std::filesystem::remove(probe, error);
+    return there ? path : std::string();
+}
+
+std::string findAirportFile(const std::string& code)
+{
+    if (!gf_isAirportCode(code)) {
+        return {};
+    }
+    for (const std::filesystem::path& folder : {kMyThirdpartyFolder, kMyOrbxFolder}) {
+        if (std::string path = lf_findInFolder(folder, code); !path.empty()) {
+            return path;
+        }
+    }
+    return lf_findInArchive(code);
+}
+
+// --- the learned file
+
+std::string gf_publisherFolder(std::string_view publisher)
+{
+    static constexpr std::string_view kUnfit = "\\/:*?\"<>|";
+    std::string folder(gf_trimmed(publisher));
+    std::ranges::replace_if(
+        folder,
+        [](char c) {
+            return static_cast<unsigned char>(c) < ' ' || kUnfit.find(c) != std::string_view::npos;
+        },
+        '_');
+    if (folder.find_first_not_of('.') == std::string::npos) {
+        folder = "unknown";
+    }
+    return folder;
+}
+
+static void lf_replaceAll(std::string& text, std::string_view what, std::string_view with)
+{
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + with.size())) {
+        text.replace(at, what.size(), with);
+    }
+}
+
+// True if `what` was there.
+static bool lf_replaceFirst(std::string& text, std::string_view what, std::string_view with)
+{
+    const size_t at = text.find(what);
+    if (at == std::string::npos) {
+        return false;
+    }
+    text.replace(at, what.size(), with);
+    return true;
+}
+
+std::string learnedPath(std::string_view path, std::string_view publisher)
+{
+    const std::string learned = kLearnedFolder.generic_string();
+    std::string text(path);
+    if (text.find(kArchive) != std::string::npos) {
+        lf_replaceAll(text, "/", "\\");
+        lf_replaceAll(text, "%20", " ");
+        lf_replaceFirst(text, kArchive, learned);
+        return text;
+    }
+    if (gf_isLocalPath(text)) {
+        lf_replaceFirst(text, kLocal, learned);
+        const std::string thirdParty = "thirdparty\\" + gf_publisherFolder(publisher);
+        if (!lf_replaceFirst(text, "my_thirdparty2024", thirdParty)) {
+            lf_replaceFirst(text, "my_thirdparty", thirdParty);
+        }
+    }
+    return text;
+}
+
+// --- another airport's stands
+
+static ClosestStand lf_closest(const pugi::xml_document& document, LatLon position)
+{
+    ClosestStand closest;
+    for (const pugi::xml_node& node : document.child("parkpositions").children("parkpos")) {
+        const LatLon stand{node.attribute("latitude").as_double(), node.attribute("longitude").as_double()};
+        if (const double distance = distNm(position, stand); distance < closest.distance) {
+            closest = {distance, node.attribute("id").as_string()};
+        }
+    }
+    return closest;
+}
+
+ClosestStand gf_readDestApfForClosestStand(const std::string& code, LatLon position)
+{
+    const std::string path = findAirportFile(code);
+    if (path.empty()) {
+        return {};
+    }
+    const std::filesystem::path fetched = kAirportsFolder / "airport.xml";
+    const bool local = gf_isLocalPath(path);
+    if (!local && !gf_fetch(path, fetched)) {
+        return {};
+    }
+    pugi::xml_document document;
+    const auto parsed = document.load_file((local ? gf_toNativeForm(path) : fetched).c_str());
+    if (!local) {
+        std::error_code error;
+        std::filesystem::remove(fetched, error);
+    }
+    return parsed ? lf_closest(document, position) : ClosestStand{};
+}
+
+}  // namespace vlt

@@ -1,0 +1,114 @@
+#include "airports/catalogue.h"
+
+#include "airports/airport_lookup.h"
+#include "core/errors.h"
+#include "core/log.h"
+#include "core/paths.h"
+#include "core/text.h"
+
+#include <pugixml.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <stdexcept>
+
+namespace vlt {
+
+std::vector<AirportRecord> airportCatalogue;
+
+static bool lf_isPossible(const AirportRecord& airport)
+{
+    return std::abs(airport.lat) <= 90 && std::abs(airport.lon) <= 180 && std::isfinite(airport.altitude);
+}
+
+bool readAirports()
+{
+    constexpr size_t kRoom = 44000;
+    if (!airportCatalogue.empty()) {
+        return true;
+    }
+    const std::string shown = gf_shown(kAirportsCatalogueFile);
+    if (!std::filesystem::exists(kAirportsCatalogueFile)) {
+        throw UserErrorException(kPlainUserError, shown + " not found");
+    }
+    pugi::xml_document document;
+    if (const auto parsed = document.load_file(kAirportsCatalogueFile.c_str()); !parsed) {
+        throw std::runtime_error(format("{} not loaded {}", shown, parsed.description()));
+    }
+    airportCatalogue.reserve(kRoom);
+    for (const pugi::xml_node& node : document.child("airports").children("airport")) {
+        AirportRecord airport{node.attribute("code").as_string(), node.attribute("iata").as_string(),
+                              node.attribute("lat").as_double(), node.attribute("lon").as_double(),
+                              node.attribute("alt").as_double()};
+        if (lf_isPossible(airport)) {
+            airportCatalogue.push_back(std::move(airport));
+        }
+    }
+    airportCatalogue.shrink_to_fit();
+    std::ranges::sort(airportCatalogue, {}, &AirportRecord::code);
+    logLine(format("{} airports read from \"{}\"", airportCatalogue.size(), shown));
+    return !airportCatalogue.empty();
+}
+
+const AirportRecord* findAirport(std::string_view code)
+{
+    const auto found = std::ranges::lower_bound(airportCatalogue, code, {}, &AirportRecord::code);
+    return found != airportCatalogue.end() && found->code == code ? &*found : nullptr;
+}
+
+// The two airports closest to a position, nullptr where there is none.
+struct Closest {
+    const AirportRecord* nearest = nullptr;
+    const AirportRecord* neighbour = nullptr;
+};
+
+static Closest lf_closest(LatLon position)
+{
+    constexpr double kAtAirport = 5.0;   // nm
+    constexpr double kQuickLook = 0.09;  // degrees of latitude, more than kAtAirport
+    Closest closest;
+    double nearest = kNoStandNearNm;
+    double next = kNoStandNearNm;
+    for (const AirportRecord& airport : airportCatalogue) {
+        if (std::abs(airport.lat - position.lat) > kQuickLook) {
+            continue;
+        }
+        const double distance = distNm(position, {airport.lat, airport.lon});
+        if (distance > kAtAirport) {
+            continue;
+        }
+        if (distance < nearest) {
+            closest = {&airport, closest.nearest};
+            next = nearest;
+            nearest = distance;
+        } else if (distance < next) {
+            closest.neighbour = &airport;
+            next = distance;
+        }
+    }
+    return closest;
+}
+
+const AirportRecord* closestAirport(LatLon position)
+{
+    const Closest closest = lf_closest(position);
+    if (closest.neighbour == nullptr) {
+        return closest.nearest;
+    }
+    const std::string& code = closest.nearest->code;
+    const std::string& neighbour = closest.neighbour->code;
+    logLine(format("Airport {} is closest, neighbour is {}", code, neighbour));
+    const ClosestStand own = gf_readDestApfForClosestStand(code, position);
+    const ClosestStand other = gf_readDestApfForClosestStand(neighbour, position);
+    if (other.distance >= own.distance) {
+        return closest.nearest;
+    }
+    logLine(
+        format("Airport {} is closest, but stand {} at neighbouring airport {} is closest at {:.0F} meters "
+               "...",
+               code, other.id, neighbour, other.distance * kMetresPerNm));
+    return closest.neighbour;
+}
+
+}  // namespace vlt

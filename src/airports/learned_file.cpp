@@ -1,0 +1,206 @@
+#include "airports/learned_file.h"
+
+#include "airports/airport_file.h"
+#include "core/log.h"
+#include "core/parameters.h"
+#include "core/text.h"
+#include "traffic/geodesy.h"
+#include "ui/display.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vlt {
+
+// --- the settings of the last visit
+
+static void lf_logSetting(const Parameter& p, std::string_view value)
+{
+    logLine(format("{:24}: {}", p.name, value));
+}
+
+static void lf_apply(const pugi::xml_document& document, BoolParameter& p)
+{
+    if (const auto value = gf_boolParameter(document, p.name.c_str())) {
+        p.value = *value;
+        lf_logSetting(p, *value ? "true" : "false");
+    }
+}
+
+// False if the file doesn't tell.
+static bool lf_apply(const pugi::xml_document& document, IntParameter& p)
+{
+    const auto value = gf_intParameter(document, p.name.c_str());
+    if (value) {
+        p.value = std::clamp(*value, p.min, p.max);
+        lf_logSetting(p, std::to_string(p.value));
+    }
+    return value.has_value();
+}
+
+static void lf_applyRange(const pugi::xml_document& document)
+{
+    if (lf_apply(document, LATERAL_RANGE)) {
+        gf_applyLateralRange();
+    }
+    if (const auto on = gf_boolParameter(document, AUTO_RANGE.name.c_str())) {
+        gf_switchAutoRange(*on);
+        lf_logSetting(AUTO_RANGE, *on ? "true" : "false");
+    }
+}
+
+static void lf_applyMaxFit(const pugi::xml_document& document)
+{
+    const auto value = gf_intParameter(document, MAX_FIT.name.c_str());
+    if (!value) {
+        return;
+    }
+    MAX_FIT.value = std::clamp(*value, MAX_FIT.min, MAX_FIT.max);
+    gf_applyMaxFit();
+    logLine(format("{:24}: {} (max number of half hours, is {} hrs decimal)", MAX_FIT.name,
+                   MAX_FIT.value.load(), MAX_FIT_FL.value.load()));
+}
+
+static void lf_applySettings(const pugi::xml_document& document)
+{
+    constexpr int32_t kUsualPercentage = 30;
+    lf_apply(document, LEARN_SOFT);
+    if (!lf_apply(document, MAX_LIVE)) {
+        MAX_LIVE.value = -1;
+    }
+    lf_applyRange(document);
+    lf_apply(document, PARK_FAKE);
+    lf_apply(document, WEEK);
+    lf_apply(document, PARK_SOFT);
+    if (!lf_apply(document, parking_percentage)) {
+        parking_percentage.value = kUsualPercentage;
+    }
+    lf_apply(document, INITIAL_LOAD_ONLY);
+    lf_applyMaxFit(document);
+}
+
+// --- the stands
+
+static bool lf_isSame(const StandOption& a, const StandOption& b)
+{
+    return a.day == b.day && a.real == b.real && a.reg == b.reg && a.airline == b.airline &&
+           a.type == b.type && (a.hours & b.hours).any();
+}
+
+bool mergeLearnedStand(const pugi::xml_node& node, ParkPos& stand)
+{
+    if (node.attribute("id").as_string() != stand.id) {
+        return false;
+    }
+    if (node.attribute("radius_change").as_bool()) {
+        const double radius = node.attribute("radius").as_double() / kMetresPerNm;
+        if (std::isfinite(radius) && radius >= 0) {
+            stand.radius = radius;
+            stand.radiusChanged = true;
+        }
+    }
+    if (node.attribute("cargo_change").as_bool()) {
+        stand.cargo = node.attribute("cargo").as_bool();
+        stand.cargoChanged = true;
+    }
+    int32_t sequence = stand.options.empty() ? 1 : stand.options.back().sequence + 1;
+    for (const pugi::xml_node& element : node.children("opt")) {
+        StandOption option = gf_readOption(element, false, sequence);
+        const bool known = std::ranges::any_of(
+            stand.options, [&option](const StandOption& there) { return lf_isSame(there, option); });
+        if (!known) {
+            stand.options.push_back(std::move(option));
+            ++sequence;
+        }
+    }
+    return true;
+}
+
+static void lf_addManual(const pugi::xml_node& node, const std::string& shown, std::vector<ParkPos>& stands)
+{
+    const std::string id = node.attribute("id").as_string();
+    if (std::ranges::find(stands, id, &ParkPos::id) != stands.end()) {
+        logLine(format("manually created standid {} already exists in {}", id, shown));
+        return;
+    }
+    const LatLon position{node.attribute("latitude").as_double(), node.attribute("longitude").as_double()};
+    if (gf_isNullPosition(position) || node.attribute("radius").as_double() == 0) {
+        logLine(format("manually created standid {} misses correct attributes in {}", id, shown));
+        return;
+    }
+    if (readParkPos(node, id, false, stands)) {
+        stands.back().manual = true;
+    }
+}
+
+static void lf_mergeStands(const pugi::xml_document& document, const std::string& shown,
+                           std::vector<ParkPos>& stands)
+{
+    for (const pugi::xml_node& node : gf_parkPositions(document)) {
+        if (node.attribute("manual").as_bool()) {
+            lf_addManual(node, shown, stands);
+            continue;
+        }
+        const bool merged =
+            std::ranges::any_of(stands, [&node](ParkPos& stand) { return mergeLearnedStand(node, stand); });
+        if (!merged) {
+            logLine(format("learned stand {} in {} not found?", node.attribute("id").as_string(), shown));
+        }
+    }
+}
+
+// --- the file
+
+static void lf_compareName(const pugi::xml_document& document, const Apf& apf)
+{
+    const std::string name = gf_textParameter(document, "airport_name").value_or("");
+    if (name != apf.name) {
+        logLine(format("Warning: learned file airport name: \"{}\" differs from archived file airport name: "
+                       "\"{}\"",
+                       name, apf.name));
+    }
+}
+
+static void lf_moveAside(const std::filesystem::path& path, const std::string& shown, const char* why)
+{
+    std::filesystem::path aside = path;
+    aside.replace_filename(path.stem().string() + "0" + path.extension().string());
+    std::error_code error;
+    std::filesystem::rename(path, aside, error);
+    logLine(format("{} found, but could not be loaded, saved as *.0.xml: {}", shown,
+                   error ? error.message().c_str() : why));
+}
+
+static void lf_merge(const pugi::xml_document& document, const std::string& shown, Apf& apf)
+{
+    lf_compareName(document, apf);
+    lf_applySettings(document);
+    if (!gf_boolParameter(document, "handmade").value_or(false)) {
+        std::vector<ParkPos> stands = apf.stands;
+        lf_mergeStands(document, shown, stands);
+        apf.stands = std::move(stands);
+        return;
+    }
+    std::vector<ParkPos> stands;
+    gf_readParkPositions(document, stands);
+    apf.handmade = true;
+    apf.stands = std::move(stands);
+}
+
+void lf_readLearned(const std::filesystem::path& path, const std::string& shown, Apf& apf)
+{
+    try {
+        pugi::xml_document document;
+        const pugi::xml_parse_result parsed = document.load_file(path.c_str());
+        if (!parsed) {
+            lf_moveAside(path, shown, parsed.description());
+            return;
+        }
+        logLine(format("Read from learned airport file: \"{}\"", shown));
+        lf_merge(document, shown, apf);
+    } catch (const std::exception& e) {
+        logLine(format("{}: {}", "lf_readLearned", e.what()));
+    }
+}
+
+}  // namespace vlt

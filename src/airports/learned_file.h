@@ -1,0 +1,26 @@
+// The learned file: what live traffic and the user taught, laid over an airport file.
+//
+// Worker thread. Applies the parking settings that the file was saved with.
+#pragma once
+
+#include "airports/airports.h"
+
+#include <pugixml.hpp>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace vlt {
+
+// Merges the learned file `path` into `apf`; a handmade one replaces its stands and sets `apf.handmade`.
+// `shown` is the path as the log names it. A file that can't be parsed is moved aside; what else goes
+// wrong is logged. The stands are whole afterwards either way: a handmade file that fails keeps the
+// archived ones.
+void lf_readLearned(const std::filesystem::path& path, const std::string& shown, Apf& apf);
+
+// Lays a `parkpos` element over the stand of the same id: its changes, and the options that are new.
+// False for another id.
+bool mergeLearnedStand(const pugi::xml_node& node, ParkPos& stand);
+
+}  // namespace vlt

@@ -1,0 +1,258 @@
+#include "airports/loading.h"
+
+#include "airports/airport_file.h"
+#include "airports/airport_lookup.h"
+#include "airports/learned_file.h"
+#include "core/download.h"
+#include "core/errors.h"
+#include "core/log.h"
+#include "core/parameters.h"
+#include "core/paths.h"
+#include "core/text.h"
+#include "platform/paths_form.h"
+#include "traffic/geodesy.h"
+#include "ui/display.h"
+
+#include <algorithm>
+#include <bitset>
+#include <cmath>
+#include <filesystem>
+#include <stdexcept>
+
+namespace vlt {
+
+static constexpr int32_t kGoodRealQuality = 45;
+static constexpr size_t kGoodStandCount = 20;
+static constexpr int32_t kHighestAirport = 30000;  // feet, above every airport and below none
+
+// --- quality
+
+// The score of a stand's options of one kind; 0 without any.
+static int64_t lf_score(const ParkPos& stand, bool real)
+{
+    constexpr size_t kDays = 7;
+    int64_t count = 0;
+    int64_t slots = 0;
+    std::bitset<kDays + 1> days;
+    for (const StandOption& option : stand.options) {
+        if (option.sequence == 0 || option.real != real) {
+            continue;
+        }
+        ++count;
+        slots += static_cast<int64_t>(option.hours.count());
+        if (option.day >= 1 && option.day <= static_cast<int32_t>(kDays)) {
+            days.set(static_cast<size_t>(option.day));
+        }
+    }
+    if (count == 0) {
+        return 0;
+    }
+    return 10000 + std::min<int64_t>(20 * count, 4000) + 100 * static_cast<int64_t>(days.count()) +
+           2 * std::min<int64_t>(slots, 600);
+}
+
+static int32_t lf_factor(const std::vector<ParkPos>& stands, bool real)
+{
+    constexpr double kPointsPerScore = 0.00625;
+    int64_t sum = 0;
+    for (const ParkPos& stand : stands) {
+        sum += lf_score(stand, real);
+    }
+    const double mean = static_cast<double>(sum) / static_cast<double>(stands.size());
+    return static_cast<int32_t>(std::clamp(std::lround(mean * kPointsPerScore), 0L, 100L));
+}
+
+Quality gf_qualityFactor(const std::vector<ParkPos>& stands)
+{
+    const bool known = std::ranges::any_of(stands, [](const ParkPos& s) { return !s.options.empty(); });
+    return known ? Quality{lf_factor(stands, true), lf_factor(stands, false)} : Quality{};
+}
+
+bool gf_hasGoodQuality(const Apf& apf)
+{
+    return apf.quality.real >= kGoodRealQuality && apf.stands.size() >= kGoodStandCount;
+}
+
+std::string gf_qualityText(Quality quality)
+{
+    if (quality.real < 0 && quality.soft < 0) {
+        return "  ";
+    }
+    return quality.real < kGoodRealQuality ? format("{:2}/{:2}", quality.real, quality.soft)
+                                           : format("{:2}", quality.real);
+}
+
+// --- neighbours
+
+void gf_findNeighbours(std::vector<ParkPos>& stands)
+{
+    constexpr double kMargin = 1.1;     // circles reach each other with this much room between them
+    constexpr double kNmPerDeg = 59.9;  // of latitude, not more than it is: a quick look before the distance
+    for (ParkPos& stand : stands) {
+        stand.neighbours.clear();
+    }
+    for (size_t i = 0; i < stands.size(); ++i) {
+        for (size_t k = i + 1; k < stands.size(); ++k) {
+            ParkPos& a = stands[i];
+            ParkPos& b = stands[k];
+            const double reach = a.radius + b.radius;
+            if (std::abs(a.lat - b.lat) * kNmPerDeg * kMargin < reach &&
+                reach > distNm({a.lat, a.lon}, {b.lat, b.lon}) * kMargin) {
+                a.neighbours.push_back(b.index);
+                b.neighbours.push_back(a.index);
+            }
+        }
+    }
+    for (ParkPos& stand : stands) {
+        stand.neighbours.shrink_to_fit();
+    }
+}
+
+// --- the load, stage by stage
+
+// What a load is about: where it reads, and what it reads into.
+struct Load {
+    std::string source;          // path as given; of a handmade file the learned path
+    std::filesystem::path file;  // what is parsed
+    pugi::xml_document document;
+    Apf& apf;
+};
+
+// Fetches a file of the server. An empty text on success.
+static std::string lf_fetch(Load& load)
+{
+    if (gf_isLocalPath(load.source)) {
+        load.file = gf_toNativeForm(load.source);
+        return {};
+    }
+    load.file = kAirportsFolder / "park_airport.xml";
+    if (gf_fetch(load.source, load.file)) {
+        return {};
+    }
+    return format("failed to download: \"{}\"", gf_serverAddress() + load.source);
+}
+
+static void lf_readParameters(Load& load)
+{
+    Apf& apf = load.apf;
+    apf.trafficWeek = gf_intParameter(load.document, "RT_traffic_week").value_or(0);
+    apf.publisher = gf_textParameter(load.document, "publisher").value_or("");
+    const auto altitude = gf_intParameter(load.document, "altitude");
+    if (!altitude) {
+        throw UserErrorException(kPlainUserError, format("Parameter {} not found", "altitude"));
+    }
+    if (std::abs(*altitude) > kHighestAirport) {
+        throw std::runtime_error(format("an altitude of {} ft can't be", *altitude));
+    }
+    apf.altitude = *altitude;
+    apf.name = gf_textParameter(load.document, "airport_name").value_or("");
+}
+
+static void lf_readStands(Load& load)
+{
+    gf_readParkPositions(load.document, load.apf.stands);
+    load.apf.quality.real = gf_intParameter(load.document, "Qf_real").value_or(-1);
+    load.apf.quality.soft = gf_intParameter(load.document, "Qf_soft").value_or(-1);
+}
+
+static void lf_forgetSettings()
+{
+    constexpr int32_t kUsualPercentage = 30;
+    parking_percentage.value = kUsualPercentage;
+    display.percentageEnabled = false;
+    logLine(format("{:24}: {}%", parking_percentage.name, kUsualPercentage));
+}
+
+static void lf_layLearnedOver(Load& load)
+{
+    const std::string learned = learnedPath(load.source, load.apf.publisher);
+    const std::filesystem::path file = gf_toNativeForm(learned);
+    std::error_code error;
+    if (learned.empty() || !std::filesystem::is_regular_file(file, error)) {
+        lf_forgetSettings();
+        return;
+    }
+    lf_readLearned(file, learned, load.apf);
+    display.percentageEnabled = true;
+    load.apf.quality = gf_qualityFactor(load.apf.stands);
+    if (load.apf.handmade) {
+        load.source = learned;
+        logLine("A handmade airport file overruled the archived file!");
+    }
+}
+
+static void lf_finishStands(std::vector<ParkPos>& stands)
+{
+    stands.shrink_to_fit();
+    uint32_t index = kNoStand;
+    for (ParkPos& stand : stands) {
+        stand.index = ++index;
+        stand.options.shrink_to_fit();
+    }
+    gf_findNeighbours(stands);
+}
+
+static void lf_logLoad(const Load& load)
+{
+    const Apf& apf = load.apf;
+    logLine(format("Airport file read from \"{}\" for {}", load.source, apf.name));
+    logLine(format("{:24}: {}", "publisher", apf.publisher));
+    logLine(format("{:24}: {} ft", "altitude", apf.altitude));
+    logLine(format("{:24}: {}", "num_parkpos", apf.stands.size()));
+    logLine(format("{:24}: {}", "quality factor", gf_qualityText(apf.quality)));
+    logLine(format("{:24}: {}", "RT traffic week", apf.trafficWeek));
+}
+
+static void lf_publish(const Apf& apf)
+{
+    display.standCount = static_cast<int32_t>(apf.stands.size());
+    display.airportAltitude = apf.altitude;
+    display.trafficWeek = apf.trafficWeek;
+    display.handmade = apf.handmade;
+    gf_setText(&Display::airportName, apf.name);
+    gf_setText(&Display::qualityText, gf_qualityText(apf.quality));
+    airportLoaded = true;
+    display.flushStaticEnabled = true;
+}
+
+static std::string lf_load(Load& load)
+{
+    if (std::string failed = lf_fetch(load); !failed.empty()) {
+        logLine(failed);
+        return failed;
+    }
+    load.apf.handmade = false;
+    load.apf.stands.clear();
+    if (const auto parsed = load.document.load_file(load.file.c_str()); !parsed) {
+        return format("{} could not be loaded: {}", load.source, parsed.description());
+    }
+    lf_readParameters(load);
+    lf_readStands(load);
+    lf_layLearnedOver(load);
+    lf_finishStands(load.apf.stands);
+    lf_logLoad(load);
+    lf_publish(load.apf);
+    return load.apf.stands.empty() ? "no stands found" : "";
+}
+
+std::string gf_readApf(const std::string& path, Apf& apf)
+{
+    if (path.empty()) {
+        return format("{} xml is empty...", "gf_readApf");
+    }
+    if (apf.code.empty()) {
+        return format("{} no park airport set", "gf_readApf");
+    }
+    try {
+        Load load{path, {}, {}, apf};
+        return lf_load(load);
+    } catch (const UserErrorException&) {
+        apf.stands.clear();
+        throw;
+    } catch (const std::exception& e) {
+        apf.stands.clear();
+        return format("{}: {}", "gf_readApf", e.what());
+    }
+}
+
+}  // namespace vlt
