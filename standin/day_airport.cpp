@@ -33,20 +33,69 @@ double gf_standAlong(int n)
     return (n - (kStandsPerSide - 1) / 2.0) * kStandSpacing;
 }
 
+// `side` 1 for the northern side, whose noses point south, -1 for the southern one.
+static double lf_noseDeg(int side)
+{
+    return std::fmod(kDayRunwayHeadingDeg + (side > 0 ? 90 : 270), 360);
+}
+
+static void lf_addGates(std::vector<DayStand>& stands, int side)
+{
+    for (int n = 0; n < kStandsPerSide; ++n) {
+        const FieldPoint at{gf_standAlong(n), side * kStandsLeft};
+        stands.push_back({format("{}{}", side > 0 ? 'N' : 'S', n + 1), at, lf_noseDeg(side),
+                          n % 4 == 0 ? kWideRadius : kNarrowRadius, StandKind::Gate});
+    }
+}
+
+static void lf_addRamp(std::vector<DayStand>& stands)
+{
+    constexpr double kFirst = 620;  // metres along
+    constexpr double kSpacing = 45;
+    constexpr double kRadius = 15;
+    for (int n = 0; n < kRampStands; ++n) {
+        stands.push_back({format("R{}", n + 1),
+                          {kFirst + n * kSpacing, kStandsLeft},
+                          lf_noseDeg(1),
+                          kRadius,
+                          StandKind::Ramp});
+    }
+}
+
+static void lf_addCargo(std::vector<DayStand>& stands)
+{
+    constexpr double kFirst = 620;  // metres along
+    constexpr double kSpacing = 80;
+    for (int n = 0; n < kCargoStands; ++n) {
+        stands.push_back({format("C{}", n + 1),
+                          {kFirst + n * kSpacing, -kStandsLeft},
+                          lf_noseDeg(-1),
+                          n % 3 == 2 ? kNarrowRadius : kWideRadius,
+                          StandKind::Cargo});
+    }
+}
+
+static void lf_addHelipads(std::vector<DayStand>& stands)
+{
+    constexpr double kBeside = 60;  // metres
+    constexpr double kRadius = 15;
+    for (int n = 0; n < 2; ++n) {
+        stands.push_back({format("H{}", n + 1),
+                          {kDayHelipad.along + n * kBeside, kDayHelipad.left},
+                          kDayRunwayHeadingDeg,
+                          kRadius,
+                          StandKind::Helipad});
+    }
+}
+
 std::vector<DayStand> gf_dayStands()
 {
     std::vector<DayStand> stands;
-    for (const int side : {1, -1}) {
-        for (int n = 0; n < kStandsPerSide; ++n) {
-            DayStand stand;
-            stand.id = format("{}{}", side > 0 ? 'N' : 'S', n + 1);
-            stand.at = {gf_standAlong(n), side * kStandsLeft};
-            stand.headingDeg = kDayRunwayHeadingDeg + (side > 0 ? 90 : 270);
-            stand.headingDeg = std::fmod(stand.headingDeg, 360);
-            stand.radiusM = n % 4 == 0 ? kWideRadius : kNarrowRadius;
-            stands.push_back(stand);
-        }
-    }
+    lf_addGates(stands, 1);
+    lf_addGates(stands, -1);
+    lf_addRamp(stands);
+    lf_addCargo(stands);
+    lf_addHelipads(stands);
     return stands;
 }
 

@@ -33,18 +33,23 @@ struct DayRunway {
 inline constexpr DayRunway kDayRunways[2] = {{"08L/26R", {-1600, 800}, {1600, 800}},
                                              {"08R/26L", {-1400, -800}, {1400, -800}}};
 
+enum class StandKind { Gate, Ramp, Cargo, Helipad };
+
 struct DayStand {
     std::string id;
     FieldPoint at;
     double headingDeg = 0;  // of the nose, true
     double radiusM = 0;
+    StandKind kind = StandKind::Gate;
 };
 
 inline constexpr int kStandsPerSide = 17;
 inline constexpr double kStandSpacing = 65;   // metres
 inline constexpr double kStandsLeft = 150;    // of the northern row; the southern row lies at the negative
 inline constexpr double kTaxilaneLeft = 300;  // of the lane before the northern row
-inline constexpr FieldPoint kDayHelipad{950, 0};
+inline constexpr int kRampStands = 16;        // R1 to R16, east of the northern row, for light aircraft
+inline constexpr int kCargoStands = 10;       // C1 to C10, east of the southern row
+inline constexpr FieldPoint kDayHelipad{950, 0};  // H1; H2 lies beside it
 
 LatLon gf_fieldPosition(FieldPoint point);
 
@@ -61,7 +66,7 @@ EastNorth gf_eastNorth(FieldPoint point);
 // The along value of the nth stand of a row, n from 0.
 double gf_standAlong(int n);
 
-// Northern row first.
+// Northern row first, then the southern row, ramp, cargo, helipads.
 std::vector<DayStand> gf_dayStands();
 
 }  // namespace vlt

@@ -65,6 +65,12 @@ static RoutePoint lf_far(double bearingDeg, double nm, double radius, double kno
     return {metres * std::sin(angle), metres * std::cos(angle), radius, knots, feet};
 }
 
+int gf_gateOfFlight(FlightKind kind, int64_t number)
+{
+    const int64_t step = kind == FlightKind::Arrival ? 7 : 5;
+    return static_cast<int>(lf_modulo(number * step, kStandsPerSide));
+}
+
 // ---- the routes, one function per kind
 
 static std::vector<RouteLeg> lf_overflight(Chance& chance)
@@ -87,7 +93,7 @@ static std::vector<RouteLeg> lf_arrival(Chance& chance, int64_t number)
     const double threshold = kDayRunways[0].east.along;
     const double left = kDayRunways[0].east.left;
     const double touchdown = threshold - 400;
-    const double stand = gf_standAlong(static_cast<int>(lf_modulo(number * 7, kStandsPerSide)));
+    const double stand = gf_standAlong(gf_gateOfFlight(FlightKind::Arrival, number));
     const double finalKnots = chance.between(130, 142);
     RouteLeg leg;
     switch (lf_modulo(number, 3)) {
@@ -122,7 +128,7 @@ static std::vector<RouteLeg> lf_departure(Chance& chance, int64_t number)
     constexpr double kNm = kMetresPerNm;
     const double left = kDayRunways[1].east.left;
     const double lineUp = kDayRunways[1].east.along - 60;
-    const double stand = gf_standAlong(static_cast<int>(lf_modulo(number * 5, kStandsPerSide)));
+    const double stand = gf_standAlong(gf_gateOfFlight(FlightKind::Departure, number));
     const double rotate = chance.between(135, 152);
     const double run = chance.between(1300, 1600);  // metres
     const RoutePoint pushed = lf_field({stand - 80, -kTaxilaneLeft}, 0, 0, 0);
@@ -291,15 +297,21 @@ static const Airframe& lf_airframe(const Fleet& fleet, FlightKind kind, int64_t 
     return list[lf_modulo(number, list.size())];
 }
 
-DayFlight gf_dayFlight(FlightKind kind, int64_t number, const Fleet& fleet, uint64_t seed)
+DayFlight gf_namedFlight(FlightKind kind, int64_t number, const Fleet& fleet)
 {
-    const auto index = static_cast<size_t>(kind);
-    Chance chance{gf_mixed(gf_mixed(seed, index), static_cast<uint64_t>(number))};
     DayFlight flight;
     flight.kind = kind;
     flight.number = number;
     flight.airframe = lf_airframe(fleet, kind, number);
     flight.callsign = lf_callsign(flight.airframe, kind, number);
+    return flight;
+}
+
+DayFlight gf_dayFlight(FlightKind kind, int64_t number, const Fleet& fleet, uint64_t seed)
+{
+    const auto index = static_cast<size_t>(kind);
+    Chance chance{gf_mixed(gf_mixed(seed, index), static_cast<uint64_t>(number))};
+    DayFlight flight = gf_namedFlight(kind, number, fleet);
     flight.journey = gf_journey(lf_route(kind, number, chance));
     flight.begin = static_cast<double>(number) * kSchedules[index].interval;
     const double offset = kind == FlightKind::Departure ? kSlot / 2 : 0;

@@ -72,6 +72,10 @@ public:
             throw std::runtime_error(format("file server: port {} can't be had", m_options.port));
         }
         m_thread = std::jthread([this] { m_server.listen_after_bind(); });
+        // A stop before it listens would be lost, and the thread would listen for ever.
+        while (!m_server.is_running()) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
         return static_cast<uint16_t>(port);
     }
 

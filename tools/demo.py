@@ -17,6 +17,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 INSTALL = ROOT / "build" / "install"
 DEMO = ROOT / "build" / "demo"
+PROGRAM = DEMO / "program"  # the installed program, in a folder that may be written to
 LEAST_OBJECTS = 25
 
 
@@ -35,11 +36,20 @@ def prepare(world: Path) -> dict:
         VELATRA_RUNTIME=str(DEMO / "runtime"),
         VELATRA_DRIVE_C=str(DEMO / "drive_c"),
     )
-    tool = INSTALL / "velatra-tool"
-    (INSTALL / "output").mkdir(exist_ok=True)
-    for what, out in (("dbase", DEMO / "server"), ("regcodes", DEMO / "server"), ("liveries", INSTALL / "output")):
-        subprocess.run([tool, "publish", what, "--world", world, "--out", out], check=True, stdout=subprocess.DEVNULL)
+    for folder in ("output", "input/my_regcodes", "airports"):
+        (PROGRAM / folder).mkdir(parents=True)
+    (PROGRAM / "docs").symlink_to(INSTALL / "docs")
+    (PROGRAM / "airports" / "my_park_airports.txt").write_text("XVEL\n")
+    publish(world, PROGRAM / "output", "liveries")
+    publish(world, PROGRAM / "airports_p3d.xml", "catalogue", "--base", INSTALL / "airports_p3d.xml")
+    for what in ("dbase", "regcodes", "airport-files"):
+        publish(world, DEMO / "server", what)
     return environment
+
+
+def publish(world: Path, out: Path, what: str, *more):
+    subprocess.run([INSTALL / "velatra-tool", "publish", what, "--world", world, "--out", out, *more], check=True,
+                   stdout=subprocess.DEVNULL)
 
 
 def start_world(options: argparse.Namespace, environment: dict) -> tuple[subprocess.Popen, dict]:
@@ -61,7 +71,7 @@ def run(options: argparse.Namespace) -> int:
     environment = prepare(options.world)
     standin, ready = start_world(options, environment)
     environment["VELATRA_SERVER"] = f"http://127.0.0.1:{ready['http']}/"
-    velatra = subprocess.Popen([INSTALL / "velatra", "--headless", "--status", "10"], cwd=INSTALL, env=environment,
+    velatra = subprocess.Popen([INSTALL / "velatra", "--headless", "--status", "5"], cwd=PROGRAM, env=environment,
                                stdout=(DEMO / "velatra.out").open("w"), stderr=subprocess.STDOUT)
     try:
         deadline = time.monotonic() + options.seconds - 2
@@ -77,7 +87,17 @@ def run(options: argparse.Namespace) -> int:
     return code
 
 
-def judge(code: int) -> int:
+def airport_shown() -> dict:
+    """What the last status line that knew an airport told about it."""
+    shown = {}
+    for line in (DEMO / "velatra.out").read_text().splitlines():
+        if line.startswith("{") and json.loads(line).get("stands"):
+            shown = {key: json.loads(line)[key] for key in ("airport", "airportName", "stands", "quality")}
+    return shown
+
+
+def judge(code: int, builtin_day: bool) -> int:
+    airport = airport_shown()
     summary = json.loads((DEMO / "summary.json").read_text())
     objects = [o for o in summary["objects"] if o["byProgram"]]
     positioned = [o for o in objects if o["firstPosition"] is not None]
@@ -89,6 +109,8 @@ def judge(code: int) -> int:
         problems.append(f"Velatra ended with {code}")
     if len(objects) < LEAST_OBJECTS:
         problems.append(f"only {len(objects)} objects were created")
+    if builtin_day and airport != {"airport": "XVEL", "airportName": "Velatra Field", "stands": 62, "quality": "60"}:
+        problems.append(f"the park airport was not loaded: {airport}")
     if late:
         problems.append(f"{len(late)} objects were moved before their release and three freezes")
     if complaints:
@@ -96,6 +118,7 @@ def judge(code: int) -> int:
     if shutil.which("rsvg-convert"):
         subprocess.run(["rsvg-convert", "-w", "1600", DEMO / "traffic.svg", "-o", DEMO / "traffic.png"], check=True)
     print(f"objects: {len(objects)}, moved: {len(positioned)}, wrong packets: {len(complaints)}")
+    print(f"park airport: {airport}")
     print(f"picture and summary: {DEMO.relative_to(ROOT)}/traffic.svg, {DEMO.relative_to(ROOT)}/summary.json")
     for problem in problems:
         print("NOT AS IT SHOULD BE:", problem)
@@ -111,7 +134,7 @@ def main() -> int:
     parser.add_argument("--user", type=float, nargs=3, default=(47.6, 11.5, 12000), metavar=("LAT", "LON", "FEET"))
     parser.add_argument("--ground", type=float, default=1600, help="elevation of the ground, feet")
     options = parser.parse_args()
-    return judge(run(options))
+    return judge(run(options), not options.recording)
 
 
 if __name__ == "__main__":

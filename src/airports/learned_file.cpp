@@ -40,12 +40,17 @@ static bool lf_apply(const pugi::xml_document& document, IntParameter& p)
 
 static void lf_applyRange(const pugi::xml_document& document)
 {
+    const auto automatic = gf_boolParameter(document, AUTO_RANGE.name.c_str());
+    // Switching it off brings back the range from before: the file's own comes after that.
+    if (automatic && !*automatic) {
+        gf_switchAutoRange(false);
+    }
     if (lf_apply(document, LATERAL_RANGE)) {
         gf_applyLateralRange();
     }
-    if (const auto on = gf_boolParameter(document, AUTO_RANGE.name.c_str())) {
-        gf_switchAutoRange(*on);
-        lf_logSetting(AUTO_RANGE, *on ? "true" : "false");
+    if (automatic) {
+        gf_switchAutoRange(*automatic);
+        lf_logSetting(AUTO_RANGE, *automatic ? "true" : "false");
     }
 }
 

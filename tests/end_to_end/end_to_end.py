@@ -36,8 +36,11 @@ class Machine:
             VELATRA_PUBLIC_DOCUMENTS=str(folder / "public"), VELATRA_RUNTIME=str(folder / "runtime"),
             VELATRA_DRIVE_C=str(folder / "drive_c"))
         world = SOURCE / "data" / "world"
-        for what, out in (("dbase", "server"), ("regcodes", "server"), ("liveries", "install/output")):
-            subprocess.run([BINARIES / "velatra-tool", "publish", what, "--world", world, "--out", folder / out],
+        catalogue = ("--base", SOURCE / "data" / "airports_p3d.xml")
+        for what, out, more in (("dbase", "server", ()), ("regcodes", "server", ()), ("airport-files", "server", ()),
+                                ("liveries", "install/output", ()),
+                                ("catalogue", "install/airports_p3d.xml", catalogue)):
+            subprocess.run([BINARIES / "velatra-tool", "publish", what, "--world", world, "--out", folder / out, *more],
                            check=True, stdout=subprocess.DEVNULL)
 
     def start(self, name: str, *arguments) -> subprocess.Popen:
@@ -46,9 +49,9 @@ class Machine:
         self.processes.append(process)
         return process
 
-    def start_world(self, *arguments) -> dict:
+    def start_world(self, *arguments, user=(47.6, 11.5)) -> dict:
         world = self.start("velatra-standin", "--world", SOURCE / "data" / "world", "--out", self.folder / "out",
-                           "--serve", self.folder / "server", "--http-port", 0, "--user-lat", 47.6, "--user-lon", 11.5,
+                           "--serve", self.folder / "server", "--http-port", 0, "--user-lat", user[0], "--user-lon", user[1],
                            "--user-alt", 12000, *arguments)
         ready = json.loads(world.stdout.readline())
         self.environment["VELATRA_SERVER"] = f"http://127.0.0.1:{ready['http']}/"
@@ -114,6 +117,33 @@ def traffic_appears_and_flies(machine: Machine):
     assert (machine.folder / "appdata" / "Velatra" / "parameters.xml").exists()
 
 
+def the_airport_around_the_user_is_known(machine: Machine):
+    # On stand R4, facing its way.
+    world = machine.start_world("--builtin-day", "--seconds", 150, "--user-on-ground", "--ground-elevation", 1600,
+                                user=(47.602509, 11.509576))
+    velatra = machine.start_velatra()
+    wait_for_line(velatra, '"airport":"XVEL"', 40)
+    status = {}
+    deadline = time.monotonic() + 40
+    while not status.get("userStand") and time.monotonic() < deadline:
+        status = json.loads(wait_for_line(velatra, '"stands"'))
+    assert status["stands"] == 62, status
+    assert status["airportName"] == "Velatra Field" and status["quality"] == "60", status
+    assert status["userStand"] == status["reservedStand"] == "R4", status
+    time.sleep(60)
+    assert stop(velatra) == 0
+    world["process"].send_signal(signal.SIGTERM)
+    world["process"].wait(20)
+    log = machine.log()
+    for line in ("User aircraft on the ground at XVEL", "The park airport is XVEL",
+                 'Airport file read from "archive/stock/XVEL.xml" for Velatra Field', "my_park_airports.txt created with XVEL,R4"):
+        assert line in log, line
+    assert (machine.install / "airports" / "my_park_airports.txt").read_text().strip() == "XVEL,R4"
+    summary = json.loads((machine.folder / "out" / "summary.json").read_text())
+    on_ground = [o for o in summary["objects"] if o["byProgram"] and o.get("track", {}).get("first", {}).get("onGround")]
+    assert len(on_ground) >= 2, "no aircraft appeared on the ground"
+
+
 def a_second_instance_leaves_the_first_alone(machine: Machine):
     machine.start_world("--no-feed")
     first = machine.start_velatra()
@@ -166,6 +196,7 @@ SCENARIOS = (
     it_waits_for_the_simulator_and_ends_in_every_wait,
     a_killed_simulator_ends_the_program,
     traffic_appears_and_flies,
+    the_airport_around_the_user_is_known,
 )
 
 

@@ -58,4 +58,64 @@ LiveAc& gf_addFlying(uint32_t hexid, const char* callsign)
     return ac;
 }
 
+static LatLon lf_placeAt(double metresEast, double metresNorth)
+{
+    const double nmPerDegree = 60;
+    return {47 + metresNorth / kMetresPerNm / nmPerDegree,
+            8 + metresEast / kMetresPerNm / nmPerDegree / std::cos(47 * kRadPerDeg)};
+}
+
+PosSample gf_groundSample(double metresEast, double metresNorth, double speed, int32_t time)
+{
+    PosSample sample;
+    sample.lat = lf_placeAt(metresEast, metresNorth).lat;
+    sample.lon = lf_placeAt(metresEast, metresNorth).lon;
+    sample.speed = speed;
+    sample.track = 90;
+    sample.time = time;
+    return sample;
+}
+
+LiveAc& gf_addOnGround(uint32_t hexid, const char* callsign, StState st)
+{
+    LiveAc& ac = gf_addFlying(hexid, callsign);
+    ac.st = st;
+    ac.prevSt = StState::Flying;
+    ac.onGround = true;
+    ac.radius = 17.05 / kMetresPerNm;
+    PosSample sample = gf_groundSample(0, 0, 0, tick);
+    sample.stationary = true;
+    ac.stream = {sample};
+    ac.lat = 47;
+    ac.lon = 8;
+    ac.alt = 0;
+    return ac;
+}
+
+ParkPos& gf_addStand(const char* id, double metresEast, double metresNorth, double headingDeg)
+{
+    if (!parkAirport) {
+        parkApf.code = "XTST";
+        parkAirport = ParkAirportPlace{47, 8, 1000};
+    }
+    ParkPos stand;
+    stand.id = id;
+    stand.lat = lf_placeAt(metresEast, metresNorth).lat;
+    stand.lon = lf_placeAt(metresEast, metresNorth).lon;
+    stand.heading = headingDeg * kRadPerDeg;
+    stand.radius = 20 / kMetresPerNm;
+    parkApf.stands.push_back(stand);
+    parkApf.stands.back().index = static_cast<uint32_t>(parkApf.stands.size());
+    return parkApf.stands.back();
+}
+
+void gf_forgetParkAirport()
+{
+    parkApf = Apf{};
+    parkAirport.reset();
+    parkAirports.clear();
+    reservedStand.clear();
+    airportLoaded = false;
+}
+
 }  // namespace vlt

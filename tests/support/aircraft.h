@@ -1,6 +1,7 @@
 // Builds aircraft for tests of the engine's rooms.
 #pragma once
 
+#include "airports/airports.h"
 #include "traffic/traffic.h"
 
 namespace vlt {
@@ -18,5 +19,19 @@ LiveAc& gf_addBuffered(uint32_t hexid, const char* callsign);
 // Adds to liveAcs, and gives, an aircraft that flies along those samples as the object 100 + its place in
 // the table.
 LiveAc& gf_addFlying(uint32_t hexid, const char* callsign);
+
+// A sample on the ground, `metresEast` and `metresNorth` of 47 N 8 E, due at `time`, at `speed` knots.
+PosSample gf_groundSample(double metresEast, double metresNorth, double speed, int32_t time);
+
+// Adds to liveAcs, and gives, an A319 that stands on the ground at 47 N 8 E, heading east, its only sample
+// stationary and due at the present tick.
+LiveAc& gf_addOnGround(uint32_t hexid, const char* callsign, StState st);
+
+// Adds a stand to the park airport, which becomes XTST at 47 N 8 E if there is none. `metresEast` and
+// `metresNorth` of there, heading in degrees; 40 m wide. Neighbours aren't looked for.
+ParkPos& gf_addStand(const char* id, double metresEast, double metresNorth, double headingDeg);
+
+// No park airport.
+void gf_forgetParkAirport();
 
 }  // namespace vlt

@@ -1,0 +1,71 @@
+#include "airports/catalogue.h"
+
+#include "airports/airport_place.h"
+#include "core/errors.h"
+
+namespace vlt {
+
+class CatalogueTest : public AirportPlace
+{
+};
+
+TEST_F(CatalogueTest, isReadOnceAndSortedByCode)
+{
+    EXPECT_THROW(readAirports(), UserErrorException);
+    place.folder.write("airports_p3d.xml", "<airports><airport code='A'");
+    EXPECT_THROW(readAirports(), std::runtime_error);
+    place.folder.write(
+        "airports_p3d.xml",
+        "<airports><airport code='LFBO' iata='TLS' lat='43.6' lon='1.37' alt='499'/>"
+        "<airport code='EGLL' lat='51.47' lon='-0.46' alt='83'/><airport code='BAD' lat='nan' lon='1'/>"
+        "<airport code='FAR' lat='91' lon='1'/></airports>");
+    EXPECT_TRUE(readAirports());
+    ASSERT_EQ(2U, airportCatalogue.size());
+    EXPECT_EQ("EGLL", airportCatalogue[0].code);
+    std::filesystem::remove("airports_p3d.xml");
+    EXPECT_TRUE(readAirports()) << "the file isn't read again";
+    ASSERT_NE(nullptr, findAirport("LFBO"));
+    EXPECT_EQ("TLS", findAirport("LFBO")->iata);
+    EXPECT_DOUBLE_EQ(499, findAirport("LFBO")->altitude);
+    for (const char* code : {"LFB", "LFBOX", "", "lfbo", "ZZZZ"}) {
+        EXPECT_EQ(nullptr, findAirport(code)) << code;
+    }
+}
+
+TEST_F(CatalogueTest, aFieldWithinFiveMilesIsWhereTheUserIs)
+{
+    airportCatalogue = {{"XTST", "", 47, 8, 1000}};
+    const struct {
+        double milesNorth;
+        bool found;
+    } cases[] = {{0, true}, {4.99, true}, {5.01, false}, {6, false}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.found, closestAirport({47 + c.milesNorth / 60, 8}) != nullptr) << c.milesNorth;
+    }
+    EXPECT_NE(nullptr, closestAirport({47, 8 + 4.9 / 60 / 0.682}));
+    EXPECT_EQ(nullptr, closestAirport({47, 8 + 5.1 / 60 / 0.682}));
+}
+
+TEST_F(CatalogueTest, ofTwoFieldsTheOneWithTheNearerStandCounts)
+{
+    // The user stands at 47 N 8 E. One field's reference point is a mile off, the other's three; but it is
+    // the farther one that has a stand there.
+    for (const bool nearFirst : {true, false}) {
+        const std::string near = nearFirst ? "AAAA" : "ZZZZ";
+        const std::string far = nearFirst ? "ZZZZ" : "AAAA";
+        airportCatalogue = {{"AAAA", "", nearFirst ? 47 + 1 / 60.0 : 47 - 3 / 60.0, 8, 0},
+                            {"ZZZZ", "", nearFirst ? 47 - 3 / 60.0 : 47 + 1 / 60.0, 8, 0}};
+        archive(near, gf_airportText(gf_standText("N1", 800)));
+        archive(far, gf_airportText(gf_standText("F1", 30)));
+        EXPECT_EQ(far, closestAirport({47, 8})->code);
+        EXPECT_NE(std::string::npos,
+                  log().find("stand F1 at neighbouring airport " + far + " is closest at 30 meters"));
+        archive(near, gf_airportText(gf_standText("N1", 30)));
+        EXPECT_EQ(near, closestAirport({47, 8})->code) << "a tie stays with the nearer one";
+        std::filesystem::remove("served/archive/stock/" + near + ".xml");
+        std::filesystem::remove("served/archive/stock/" + far + ".xml");
+        EXPECT_EQ(near, closestAirport({47, 8})->code) << "without files the reference point decides";
+    }
+}
+
+}  // namespace vlt

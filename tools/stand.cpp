@@ -1,0 +1,115 @@
+#include "tools/stand.h"
+
+#include "airports/airport_file.h"
+#include "airports/loading.h"
+#include "airports/stand_search.h"
+#include "core/parameters.h"
+#include "core/run_state.h"
+#include "link/traffic_reader.h"
+#include "traffic/geodesy.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstring>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+
+namespace vlt {
+
+struct StandToolOptions {
+    std::string airportFile;
+    double spanM = 34.1;  // of the aircraft, metres
+    double radiusM = 55;  // within which a stand is searched
+    bool allowFar = false;
+    std::string category = "Large";
+};
+
+static void lf_loadStands(const std::string& file)
+{
+    pugi::xml_document document;
+    if (const auto parsed = document.load_file(file.c_str()); !parsed) {
+        throw std::runtime_error(file + ": " + parsed.description());
+    }
+    gf_readParkPositions(document, parkApf.stands);
+    uint32_t index = kNoStand;
+    for (ParkPos& stand : parkApf.stands) {
+        stand.index = ++index;
+    }
+}
+
+// The report's position; it counts wherever it is.
+static bool lf_hear(const std::string& line)
+{
+    if (line.size() >= kDatagramLimit) {
+        return false;
+    }
+    std::memcpy(trafficReader.buffer.data(), line.data(), line.size());
+    trafficReader.outcome = LineOutcome::Malformed;
+    trafficReader.takeDatagram(line.size());
+    return trafficReader.outcome == LineOutcome::NotOpen;
+}
+
+static nlohmann::ordered_json lf_answer(int64_t number, const StandToolOptions& options)
+{
+    const FeedRecord& record = trafficReader.record;
+    const LatLon place{record.sample.lat, record.sample.lon};
+    LiveAc ac;
+    ac.callsign = record.callsign;
+    ac.model = record.model;
+    ac.radius = options.spanM / 2 / kMetresPerNm;
+    ac.category = options.category == "Rotorcraft" ? AcCategory::Rotorcraft : AcCategory::Large;
+    nlohmann::ordered_json json = {{"line", number},
+                                   {"callsign", record.callsign},
+                                   {"lat", place.lat},
+                                   {"lon", place.lon},
+                                   {"speed", record.sample.speed}};
+    const uint32_t index = standAtPosition(place, ac, options.radiusM / kMetresPerNm, options.allowFar);
+    if (const ParkPos* stand = gf_stand(index)) {
+        json["stand"] = stand->id;
+        json["distanceM"] = distNm(place, {stand->lat, stand->lon}) * kMetresPerNm;
+    } else {
+        json["stand"] = nullptr;
+    }
+    return json;
+}
+
+static void lf_stands(const StandToolOptions& options)
+{
+    constexpr double kAnywhere = 100;  // nm, the reader's largest range
+    lf_loadStands(options.airportFile);
+    if (parkApf.stands.empty()) {
+        throw std::runtime_error("no stands found");
+    }
+    const ParkPos& first = parkApf.stands.front();
+    LATERAL_RANGE.value = static_cast<int32_t>(kAnywhere);
+    gf_applyLateralRange();
+    realTrafficHere = true;
+    trafficReader.setCentre({first.lat, first.lon});
+    trafficReader.setParkAirport(ParkAirportPlace{first.lat, first.lon, 0});
+    int64_t number = 0;
+    for (std::string line; std::getline(std::cin, line);) {
+        ++number;
+        if (lf_hear(line) && !trafficReader.record.sample.airborne) {
+            std::cout
+                << lf_answer(number, options).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)
+                << '\n';
+        }
+    }
+}
+
+void gf_addStandCommand(CLI::App& app)
+{
+    static StandToolOptions options;
+    CLI::App* command = app.add_subcommand(
+        "stand", "feed lines from standard input: the stand that each report on the ground leads to");
+    command->add_option("--airport-file", options.airportFile, "the airport file with the stands")
+        ->required();
+    command->add_option("--span", options.spanM, "the aircraft's wing span, metres")->capture_default_str();
+    command->add_option("--radius", options.radiusM, "how far a stand may be, metres")->capture_default_str();
+    command->add_flag("--far", options.allowFar, "also take a stand whose history knows the flight");
+    command->add_option("--category", options.category, "Large or Rotorcraft")->capture_default_str();
+    command->callback([] { lf_stands(options); });
+}
+
+}  // namespace vlt
