@@ -90,11 +90,12 @@ run_fuzzers() {  # seconds each
     build_preset fuzz fuzzers
     local fuzzer corpus
     for fuzzer in build/fuzz/fuzz/*_fuzz; do
-        corpus=build/fuzz/corpus/$(basename "$fuzzer")
+        # Absolute: some fuzzers change into a folder of their own.
+        corpus=$PWD/build/fuzz/corpus/$(basename "$fuzzer")
         mkdir -p "$corpus"
         echo "== $(basename "$fuzzer"), $1 s"
         (cd build/fuzz && "../../$fuzzer" -max_total_time="$1" -timeout=10 -rss_limit_mb=4096 -print_final_stats=1 \
-            "../../$corpus" 2>&1 | grep -E 'ERROR|SUMMARY|stat::number_of_executed_units|runtime error' ; exit "${PIPESTATUS[0]}")
+            "$corpus" 2>&1 | grep -E 'ERROR|SUMMARY|stat::number_of_executed_units|runtime error' ; exit "${PIPESTATUS[0]}")
     done
 }
 
