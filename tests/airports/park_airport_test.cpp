@@ -51,6 +51,18 @@ protected:
         userNow.lon = 8;
         userNow.agl = agl;
     }
+    // A place north of the airport whose distance is this to the last bit.
+    static LatLon exactlyAt(double miles)
+    {
+        LatLon place{47 + miles / 60 - 1e-5, 8};
+        for (int i = 0; i < 10'000 && distNm(place, {47, 8}) != miles; ++i) {
+            place.lon += 1e-5;
+            for (double step = 1e-4; step > 1e-16; step /= 2) {
+                place.lat += distNm(place, {47, 8}) < miles ? step : -step;
+            }
+        }
+        return place;
+    }
     static void stand(double metresEast)
     {
         const PosSample sample = gf_groundSample(metresEast, 0, 0, 0);
@@ -145,6 +157,24 @@ TEST_F(ParkAirportTest, aListedAirportComesInSightAndGoes)
             EXPECT_TRUE(logged("XAAA is out of sight ("));
         }
     }
+}
+
+TEST_F(ParkAirportTest, anAirportExactlyAtTheRangeIsInSight)
+{
+    const LatLon user = exactlyAt(20);
+    ASSERT_EQ(20.0, distNm(user, {47, 8}));
+    archive("XAAA", gf_airportText(gf_standText("A1", 0)));
+    list("XAAA");
+    lf_readMyParkAirports();
+    fly(0, 5000);
+    userNow.lat = user.lat;
+    userNow.lon = user.lon;
+    parkAirportCheck();
+    EXPECT_EQ("XAAA", parkApf.code);
+    parkAirportCheck();
+    userNow.lat = user.lat + 1e-9;
+    parkAirportCheck();
+    EXPECT_EQ("", parkApf.code);
 }
 
 TEST_F(ParkAirportTest, anEmptyListGivesAFlyingUserNone)
