@@ -131,7 +131,7 @@ std::vector<MotionBreak> gf_motionBreaks(const ObjectLife& life)
             continue;
         }
         const double feet = distNm({a.lat, a.lon}, {b.lat, b.lon}) * kFeetPerNm;
-        const Step step{life, a, b, seconds, feet, std::max(a.tas, b.tas)};
+        const Step step{life, a, b, seconds, feet, std::max(std::abs(a.tas), std::abs(b.tas))};
         lf_checkStep(breaks, step);
         lf_checkDirection(breaks, step);
         lf_checkAttitude(breaks, step);

@@ -12,6 +12,7 @@ namespace vlt {
 constexpr double kLowestAltitude = -2000;  // feet
 constexpr double kHighestAltitude = 70000;
 constexpr double kFastest = 1500;                   // knots
+constexpr double kFastestPush = 20;                  // knots, backwards out of a stand
 constexpr double kSteepestPitch = 60 * kRadPerDeg;  // no airliner goes there, nor should an engine
 constexpr double kSteepestBank = 80 * kRadPerDeg;
 constexpr size_t kSetDataHeader = 36;
@@ -109,7 +110,7 @@ std::string gf_checkState(const SimObject& object)
         {"bank", object.bank, -kSteepestBank, kSteepestBank},
         {"heading", object.heading, -kTwoPi, kTwoPi},
         {"vertical speed", object.verticalSpeed, -kHighestAltitude, kHighestAltitude},
-        {"airspeed", object.tas, 0, kFastest},
+        {"airspeed", object.tas, -kFastestPush, kFastest},
     };
     for (const auto& row : rows) {
         if (!std::isfinite(row.value)) {

@@ -19,6 +19,7 @@ INSTALL = ROOT / "build" / "install"
 DEMO = ROOT / "build" / "demo"
 PROGRAM = DEMO / "program"  # the installed program, in a folder that may be written to
 LEAST_OBJECTS = 25
+SET_UP_SECONDS = 6  # from the creation of an object to its first move, at most
 
 
 def prepare(world: Path) -> dict:
@@ -113,6 +114,9 @@ def judge(code: int, builtin_day: bool) -> int:
         problems.append(f"the park airport was not loaded: {airport}")
     if late:
         problems.append(f"{len(late)} objects were moved before their release and three freezes")
+    unclaimed = [o for o in objects if o["firstPosition"] is None and o["removed"] - o["created"] > SET_UP_SECONDS]
+    if unclaimed:
+        problems.append(f"{len(unclaimed)} objects were created and never moved")
     if complaints:
         problems.append(f"{len(complaints)} packets were wrong, the first: {complaints[0]}")
     if shutil.which("rsvg-convert"):

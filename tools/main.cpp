@@ -2,6 +2,7 @@
 #include "tools/decode.h"
 #include "tools/match.h"
 #include "tools/publish.h"
+#include "tools/replay.h"
 #include "tools/stand.h"
 
 #include <exception>
@@ -15,6 +16,7 @@ int main(int argc, char** argv)
         vlt::gf_addDecodeCommand(tool);
         vlt::gf_addMatchCommand(tool);
         vlt::gf_addPublishCommand(tool);
+        vlt::gf_addReplayCommand(tool);
         vlt::gf_addStandCommand(tool);
         CLI11_PARSE(tool, argc, argv);
         return 0;

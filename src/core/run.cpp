@@ -17,6 +17,7 @@
 #include "platform/folders.h"
 #include "sim/client.h"
 #include "sim/detection.h"
+#include "traffic/collision.h"
 #include "traffic/cycle.h"
 #include "traffic/geodesy.h"
 #include "traffic/traffic.h"
@@ -217,6 +218,7 @@ bool resetState()
     gf_resetSimClient();
     gf_clearTables();
     gf_resetParkAirport();
+    gf_forgetCollisions();
     gf_resetDisplay();
     secondDue = false;
     wantedSimVersion = P3D_VERSION.value;

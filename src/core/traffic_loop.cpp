@@ -12,8 +12,11 @@
 #include "liveries/matching.h"
 #include "platform/timer.h"
 #include "sim/client.h"
+#include "traffic/arrival.h"
 #include "traffic/auto_range.h"
+#include "traffic/collision.h"
 #include "traffic/cycle.h"
+#include "traffic/identity.h"
 #include "traffic/spawn.h"
 #include "traffic/traffic.h"
 #include "ui/display.h"
@@ -73,6 +76,8 @@ void secondTick()
     gf_showUserStand();
     gf_noteUserStand();
     gf_serviceStandChange();
+    gf_checkCollisions();
+    gf_serviceBlock();
     flareActive = std::ranges::any_of(liveAcs, [](const LiveAc& ac) {
         return ac.flareStage != 0 && !ac.onGround && ac.fs == FsState::Active;
     });
@@ -117,8 +122,10 @@ static void lf_longerPeriods()
     constexpr int32_t kPeriod = 15;
     constexpr int32_t kAirportLook = 16;
     constexpr int32_t kFeedLook = 59;
+    constexpr int32_t kTwinLook = 61;
     if (secondCount % kPeriod == 0) {
         trafficReader.setCentre({userNow.lat, userNow.lon});
+        clearReservedStand();
         gf_periodicJob();
         return;
     }
@@ -127,6 +134,9 @@ static void lf_longerPeriods()
     }
     if (secondCount % kFeedLook == 0) {
         gf_refreshFeedState();
+    }
+    if (secondCount % kTwinLook == 0) {
+        gf_removeStaticTwins();
     }
 }
 
@@ -194,6 +204,9 @@ void trafficLoop()
     parkAirportCheck();
     gf_refreshFeedState();
     hourNow = weekHourStamp();
+    if (AUTO_RANGE.value) {
+        gf_adaptRange();
+    }
     lf_setIntake(true);
     Clock::time_point deadline = Clock::now() + kTickTime;
     do {

@@ -300,6 +300,7 @@ void matchLive(AcBase& ac)
     const int32_t step = lf_climbAndLog({.ac = ac, .parked = false});
     if (step > 0) {
         ++matchCounters[static_cast<size_t>(step) - 1];
+        ac.titleStep = step;
         lf_noteFamily(ac);
     }
 }

@@ -6,6 +6,7 @@
 #include "sim/ids.h"
 #include "traffic/commands.h"
 #include "traffic/geodesy.h"
+#include "traffic/legs.h"
 
 namespace vlt {
 
@@ -85,14 +86,9 @@ static void lf_beginApproach(LiveAc& ac)
     standChangeList.push_back(ac.hexid);
     ac.approach = true;
     ac.climbConfigured = false;
-    ac.standLat = 0;
-    ac.standLon = 0;
-    ac.standHeading = 0;
-    ac.standId = kNoStand;
-    ac.soft = false;
+    gf_clearStandFields(ac);
     ac.phaseTicks = 1;
-    ac.leadLimit = ac.takeOff ? kTakeOffTimeLimit : kWidestTimeLimit;
-    ac.lagLimit = kWidestTimeLimit;
+    gf_widenTimeLimits(ac);
 }
 
 static bool lf_nearParkAirport(const LiveAc& ac)

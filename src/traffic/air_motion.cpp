@@ -4,9 +4,9 @@
 #include "core/text.h"
 #include "traffic/commands.h"
 #include "traffic/geodesy.h"
+#include "traffic/ground_motion.h"
+#include "traffic/legs.h"
 #include "traffic/performance.h"
-#include "traffic/removal.h"
-#include "traffic/stream.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,58 +14,10 @@
 
 namespace vlt {
 
-static constexpr double kTicksPerHour = 360000.0;
 static constexpr double kTicksPerMinute = 6000.0;
 static constexpr double kSettledClimb = 601;  // feet per minute; beyond it a vertical speed counts as meant
-static constexpr int32_t kNormalTimeLimit = 1000;  // ticks
 
-static LatLon lf_position(const PosSample& sample)
-{
-    return {sample.lat, sample.lon};
-}
-
-static bool lf_samePosition(const PosSample& a, const PosSample& b)
-{
-    return a.lat == b.lat && a.lon == b.lon;
-}
-
-void gf_narrowTimeLimits(LiveAc& ac)
-{
-    constexpr int32_t kStep = 100;  // ticks
-    ac.lagLimit = std::max(ac.lagLimit - kStep, kNormalTimeLimit);
-    ac.leadLimit = std::max(ac.leadLimit - kStep, kNormalTimeLimit);
-}
-
-// --- arrival times
-
-// The leg's speed in knots: the mean of both ends, or what its length and times tell when both stand still.
-static double lf_legSpeed(const PosSample& front, const PosSample& next, double dist)
-{
-    constexpr double kShortestTime = 0.25 * kTicksPerSecond;
-    const double mean = (front.speed + next.speed) / 2;
-    if (mean > 0) {
-        return mean;
-    }
-    const double ticks = std::max(static_cast<double>(next.time) - front.time, kShortestTime);
-    return std::max(dist * kTicksPerHour / ticks, 1.0);
-}
-
-void gf_setArrivalTime(LiveAc& ac, double speed)
-{
-    constexpr double kLongestLeg = 1e8;  // ticks; a week is 6e7
-    const PosSample& front = ac.stream[0];
-    PosSample& next = ac.stream[1];
-    const double dist = distNm(lf_position(front), lf_position(next));
-    const double knots = speed > 0 ? speed : lf_legSpeed(front, next, dist);
-    const double ticks =
-        std::clamp(std::round(dist * kTicksPerHour / knots), double{kShortestLeg}, kLongestLeg);
-    double eta = tick.load() + ticks;
-    if (ac.extendCount < 1) {
-        eta = std::clamp(eta, static_cast<double>(next.time) - ac.lagLimit,
-                         static_cast<double>(next.time) + ac.leadLimit);
-    }
-    next.time = static_cast<int32_t>(std::clamp(eta, static_cast<double>(tick.load()), 2e9));
-}
+// --- the arrival
 
 static void lf_nextPosAir(LiveAc& ac)
 {
@@ -73,12 +25,23 @@ static void lf_nextPosAir(LiveAc& ac)
     const PosSample& front = ac.stream[0];
     const PosSample& next = ac.stream[1];
     if (next.stationary) {
-        return;
-    }
-    if (ac.approach && !next.airborne) {
+        if (ac.category == AcCategory::Rotorcraft) {
+            legTime(ac);
+        }
+    } else if (ac.approach && !next.airborne) {
         gf_setArrivalTime(ac, front.speed > 0 ? front.speed : kLandingSpeed);
     } else {
         gf_setArrivalTime(ac);
+    }
+}
+
+void nextPosAir(LiveAc& ac)
+{
+    try {
+        lf_nextPosAir(ac);
+    } catch (const std::exception& e) {
+        logLine(format("{}: {}, {}, sz:{}", "nextPosAir", e.what(), logName(ac), ac.stream.size()));
+        throw;
     }
 }
 
@@ -152,11 +115,6 @@ static void lf_climbAway(LiveAc& ac, int32_t ticks)
     ac.altRate = altitude > ac.alt ? std::min((altitude - ac.alt) / ticks, ac.maxClimbRate) : 0;
 }
 
-static int32_t lf_legTicks(const LiveAc& ac)
-{
-    return std::max(ac.stream[1].time - tick, kShortestLeg);
-}
-
 // The stream is about to climb: goes straight for the first airborne sample, if there is one near.
 static void lf_climbOutOfStream(LiveAc& ac)
 {
@@ -166,7 +124,7 @@ static void lf_climbOutOfStream(LiveAc& ac)
         if (ac.stream[n - 1].airborne) {
             ac.stream.erase(ac.stream.begin() + 1, ac.stream.begin() + static_cast<std::ptrdiff_t>(n) - 1);
             gf_setArrivalTime(ac);
-            const int32_t ticks = lf_legTicks(ac);
+            const int32_t ticks = gf_legTicks(ac);
             ac.dLat = (ac.stream[1].lat - ac.lat) / ticks;
             ac.dLon = std::remainder(ac.stream[1].lon - ac.lon, 360.0) / ticks;
             lf_climbAway(ac, ticks);
@@ -217,10 +175,10 @@ static double lf_headingChange(const LiveAc& ac)
     if (low && next.attitudeGiven && next.rollValid && next.headingValid) {
         return angleDiff(ac.hdg, next.heading);
     }
-    if (ac.stream.size() < 3 || lf_samePosition(next, ac.stream[2])) {
+    if (ac.stream.size() < 3 || gf_samePosition(next, ac.stream[2])) {
         return 0;
     }
-    return angleDiff(ac.hdg, bearing(lf_position(next), lf_position(ac.stream[2])));
+    return angleDiff(ac.hdg, bearing(gf_positionOf(next), gf_positionOf(ac.stream[2])));
 }
 
 void airSettings(LiveAc& ac, int32_t ticks)
@@ -234,7 +192,7 @@ void airSettings(LiveAc& ac, int32_t ticks)
         lf_setVertical(ac, ticks);
     }
     const PosSample& next = ac.stream[1];
-    const int32_t legTicks = lf_legTicks(ac);  // the vertical may have dropped samples
+    const int32_t legTicks = gf_legTicks(ac);  // the vertical may have dropped samples
     if (ac.st != StState::TakeOff && ac.flareStage == 0) {
         ac.pitchRate =
             lf_limited((gf_pitchForVs(next.vs) - ac.pitch) / legTicks, gf_maxPitchRate(ac.category));
@@ -248,90 +206,6 @@ void airSettings(LiveAc& ac, int32_t ticks)
         ac.bankRate = lf_limited((target - ac.bank) / legTicks, gf_maxBankRate(ac.category));
     }
     gf_airConfig(ac);
-}
-
-// --- legs
-
-// Until taxiing has its curves, an object on the ground rolls along its reports.
-static void lf_groundSettings(LiveAc& ac, int32_t ticks)
-{
-    ac.speedOut = ac.stream[1].speed;
-    ac.targetVs = 0;
-    ac.altRate = 0;
-    ac.hdgRate = angleDiff(ac.hdg, ac.trackTarget) / ticks;
-}
-
-static void lf_setRates(LiveAc& ac)
-{
-    const PosSample& next = ac.stream[1];
-    if (next.stationary) {
-        ac.dLat = 0;
-        ac.dLon = 0;
-        if (!ac.landingRoll && !ac.takeOff) {
-            gf_narrowTimeLimits(ac);
-        }
-        return;
-    }
-    // From where the aircraft is, not from the front sample: so every leg ends at its sample.
-    const int32_t ticks = lf_legTicks(ac);
-    ac.dLat = (next.lat - ac.lat) / ticks;
-    ac.dLon = std::remainder(next.lon - ac.lon, 360.0) / ticks;
-    if (ac.onGround) {
-        lf_groundSettings(ac, ticks);
-    } else {
-        airSettings(ac, ticks);
-    }
-}
-
-static void lf_nextPos(LiveAc& ac)
-{
-    ac.curve = Curve{};
-    const PosSample& front = ac.stream[0];
-    PosSample& next = ac.stream[1];
-    if (!next.stationary && lf_samePosition(front, next)) {
-        next.stationary = true;
-    }
-    if (!next.stationary) {
-        ac.trackTarget = bearing(lf_position(front), lf_position(next));
-    }
-    if (!ac.onGround) {
-        lf_nextPosAir(ac);
-    } else if (!next.stationary) {
-        gf_setArrivalTime(ac);
-    }
-    lf_setRates(ac);
-    ac.stream.pop_front();
-}
-
-static void lf_nextPosMain(LiveAc& ac)
-{
-    while (true) {
-        if (ac.stream.size() < 2) {
-            if (extendStream(ac)) {
-                continue;
-            }
-            removeAircraftFromSim(ac);
-            return;
-        }
-        // An aircraft in the air doesn't stand still.
-        if (!ac.onGround && ac.stream[1].stationary && ac.category != AcCategory::Rotorcraft) {
-            ac.stream.erase(ac.stream.begin() + 1);
-            continue;
-        }
-        lf_nextPos(ac);
-        return;
-    }
-}
-
-void nextPosMain(LiveAc& ac)
-{
-    try {
-        lf_nextPosMain(ac);
-    } catch (const std::exception& e) {
-        logLine(format("{}: {} {}, sz:{}, fs:{}, st:{}", "nextPosMain", e.what(), logName(ac),
-                       ac.stream.size(), stateWord(ac.fs), stateWord(ac.st)));
-        throw;
-    }
 }
 
 }  // namespace vlt

@@ -1,8 +1,8 @@
-// Motion in the air: from the stream of reports to a position for every tick.
+// Motion in the air, and the tick of motion of every aircraft.
 //
 // At each sample the rates of the leg to the next one are fixed; in between every tick adds them up, so
-// motion is linear per leg, and a leg always ends at its sample. Beside it stands what a real aircraft
-// does that no report says: gear, flaps, throttle, lights, rotation and flare. Worker thread.
+// motion is linear per leg. Beside it stands what a real aircraft does that no report says: gear, flaps,
+// throttle, lights, rotation and flare. Worker thread.
 #pragma once
 
 #include "traffic/traffic.h"
@@ -11,18 +11,8 @@
 
 namespace vlt {
 
-inline constexpr int32_t kShortestLeg = 25;         // ticks
-inline constexpr int32_t kWidestTimeLimit = 3000;   // ticks, after a change of course of events
-inline constexpr int32_t kTakeOffTimeLimit = 5000;  // ticks, the same during a take-off
-
-// The front sample is due: sets up the next leg, extends the stream, or removes the aircraft. Logs an
-// exception and passes it on.
-void nextPosMain(LiveAc& ac);
-
-// The arrival time of the leg from the front to the second sample becomes the second's `time`, by the
-// reported speeds and within the limits by which it may differ from its report. With `speed` above 0,
-// that many knots.
-void gf_setArrivalTime(LiveAc& ac, double speed = 0);
+// The arrival time of the leg from the front to the second sample, for an aircraft in the air.
+void nextPosAir(LiveAc& ac);
 
 // Rates, configuration and lights of the air leg from the front to the second sample, `ticks` long.
 void airSettings(LiveAc& ac, int32_t ticks);
@@ -44,8 +34,5 @@ void takeOffStep(LiveAc& ac);
 void flareStep(LiveAc& ac);
 // The simulator reports a flying object on the ground.
 void onTouchdown(LiveAc& ac);
-
-// Brings the limits of the arrival time back towards the normal, one step.
-void gf_narrowTimeLimits(LiveAc& ac);
 
 }  // namespace vlt

@@ -8,7 +8,10 @@
 #include "core/text.h"
 #include "sim/client.h"
 #include "traffic/air_motion.h"
+#include "traffic/geodesy.h"
+#include "traffic/identity.h"
 #include "traffic/intake.h"
+#include "traffic/legs.h"
 #include "traffic/removal.h"
 #include "traffic/spawn.h"
 
@@ -25,7 +28,7 @@ static void lf_fillPosition(LiveAc& ac)
     }
     logLine(format("{} objectid=0? hexid: {},cs:{}, reg:{}, aimo:{} sz:{}", "updateLiveAc", ac.hexid,
                    ac.callsign, ac.regcode, aimo(ac), ac.stream.size()));
-    removeAircraftFromSim(ac);
+    removeAircraftFromSim(ac, "no object");
 }
 
 static void lf_updateActive(LiveAc& ac)
@@ -35,7 +38,7 @@ static void lf_updateActive(LiveAc& ac)
         logLine(format(
             "{} stream empty ? {}, hexid:{}, objectid:{}, alt:{:.0f} ft, lalo:{:.6f},{:.6f}, TAS:{:.0f}",
             "updateLiveAc", logName(ac), ac.hexid, ac.objectid, ac.alt, ac.lat, ac.lon, ac.tasOut));
-        removeAircraftFromSim(ac);
+        removeAircraftFromSim(ac, "no report left");
         return;
     }
     if (tick >= ac.stream.front().time) {
@@ -128,13 +131,29 @@ void gf_makeNextRequest()
     }
 }
 
+// The range in force, and farther as long as an object is awaited there: one that is never seen in an answer
+// would never be taken over. The range may have shrunk since the object was asked for.
+static int32_t lf_dataRadius()
+{
+    constexpr double kMargin = 2.0 * kMetresPerNm;  // the object moves until it is taken over
+    constexpr double kWidest = 200000;              // metres, the simulator's own limit
+    double radius = lateralRangeMetres;
+    for (const LiveAc& ac : liveAcs) {
+        if (ac.fs == FsState::Adding2Sim) {
+            const double metres = distNm({userNow.lat, userNow.lon}, {ac.lat, ac.lon}) * kMetresPerNm;
+            radius = std::max(radius, std::min(metres + kMargin, kWidest));
+        }
+    }
+    return static_cast<int32_t>(radius);
+}
+
 void gf_requestObjectData()
 {
     constexpr int32_t kFlareEvery = 20;  // ticks
     if (simRequestFailed || tick % (flareActive ? kFlareEvery : kTicksPerSecond) != 0) {
         return;
     }
-    if (!gf_requestAircraftInRange(lateralRangeMetres)) {
+    if (!gf_requestAircraftInRange(lf_dataRadius())) {
         logLine("SimConnect request ac within range fails");
         raiseRequestError();
     }
@@ -154,10 +173,14 @@ void gf_serviceStandChange()
     // An entry whose aircraft is gone has nothing left to tell.
     LiveAc* ac = gf_liveByHexid(standChangeList.front());
     standChangeList.pop_front();
-    if (ac != nullptr && !ac->coupledSearched) {
+    if (ac == nullptr) {
+        return;
+    }
+    if (!ac->coupledSearched) {
         lf_searchForCoupledCsAroundThisTime(hourNow, *ac);
         ac->coupledSearched = true;
     }
+    gf_removeSameFlight(*ac);
 }
 
 }  // namespace vlt

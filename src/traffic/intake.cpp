@@ -2,8 +2,10 @@
 
 #include "liveries/database.h"
 #include "traffic/geodesy.h"
+#include "traffic/identity.h"
 #include "traffic/performance.h"
 #include "traffic/stream.h"
+#include "traffic/stream_end.h"
 
 #include <algorithm>
 #include <cmath>
@@ -79,24 +81,6 @@ static bool lf_atAirportLevel(double altitude)
 }
 
 // --- known aircraft
-
-static void lf_replace(std::string& text, const std::string& given)
-{
-    if (!given.empty()) {
-        text = given;
-    }
-}
-
-bool identityUpdate(LiveAc& ac, const FeedRecord& record)
-{
-    if (!ac.takeOff && !ac.approach && ac.fs == FsState::Buffer) {
-        lf_replace(ac.destination, record.destination);
-        lf_replace(ac.origin, record.origin);
-        lf_replace(ac.callsign, record.callsign);
-        lf_replace(ac.regcode, record.regcode);
-    }
-    return true;
-}
 
 static void lf_offer(LiveAc& ac, const FeedRecord& record)
 {

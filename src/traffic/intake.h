@@ -12,7 +12,4 @@ bool feedIntake();
 // Creates the aircraft of a record whose hexid is unknown, if its type is known and wanted.
 void newLiveAc(const FeedRecord& record);
 
-// What a record adds to the identity of its aircraft. False if the sample is to be dropped.
-bool identityUpdate(LiveAc& ac, const FeedRecord& record);
-
 }  // namespace vlt

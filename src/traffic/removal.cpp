@@ -1,5 +1,6 @@
 #include "traffic/removal.h"
 
+#include "airports/airports.h"
 #include "core/log.h"
 #include "core/parameters.h"
 #include "core/run_state.h"
@@ -51,8 +52,19 @@ static void lf_queueRemoval(const StaticAc& ac, std::string_view caller)
     }
 }
 
-void removeAircraftFromSim(StaticAc& ac)
+void gf_releaseStand(const StaticAc& ac)
 {
+    ParkPos* stand = gf_stand(ac.standId);
+    if (stand != nullptr && ac.hexid > kLastStaticHexid) {
+        stand->occupiedByLive = false;
+    }
+}
+
+void removeAircraftFromSim(StaticAc& ac, std::string_view why)
+{
+    if (ac.goesBecause.empty()) {
+        ac.goesBecause = why;
+    }
     if (ac.fs == FsState::Buffer) {
         ac.eraseNow = true;
         return;
@@ -64,6 +76,7 @@ void removeAircraftFromSim(StaticAc& ac)
         lf_removeWhileAdding(ac);
         return;
     }
+    gf_releaseStand(ac);
     const bool objectGoesAnyway = ac.fs == FsState::LiveryRespawn;
     ac.fs = FsState::RemovingFromSim;
     if (!objectGoesAnyway) {
@@ -74,7 +87,7 @@ void removeAircraftFromSim(StaticAc& ac)
 void liveryRespawn(LiveAc& ac)
 {
     if (ac.stream.empty()) {
-        removeAircraftFromSim(ac);
+        removeAircraftFromSim(ac, "no report left");
         return;
     }
     if (ac.st == StState::Parked) {
@@ -172,7 +185,7 @@ bool makeRoom(double distance)
     if (furthest == nullptr) {
         return false;
     }
-    removeAircraftFromSim(*furthest);
+    removeAircraftFromSim(*furthest, "makes room for a nearer one");
     return true;
 }
 

@@ -5,12 +5,17 @@
 #include "traffic/traffic.h"
 
 #include <cstdint>
+#include <string_view>
 
 namespace vlt {
 
 // Takes a live or static aircraft out of the simulator, whatever its state: its record goes once the
-// simulator has confirmed, or in this cycle if there is no object.
-void removeAircraftFromSim(StaticAc& ac);
+// simulator has confirmed, or in this cycle if there is no object. A live one's stand becomes free. `why`
+// is a literal, a few words.
+void removeAircraftFromSim(StaticAc& ac, std::string_view why);
+
+// The stand of a live aircraft isn't held by it any more.
+void gf_releaseStand(const StaticAc& ac);
 
 // The simulator confirms that the object is gone: erases its record, or brings it back to the buffer if
 // it only changes its livery.

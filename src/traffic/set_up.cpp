@@ -9,6 +9,7 @@
 #include "sim/client.h"
 #include "sim/ids.h"
 #include "traffic/air_motion.h"
+#include "traffic/arrival.h"
 #include "traffic/commands.h"
 #include "traffic/flight_plan.h"
 #include "traffic/geodesy.h"
@@ -77,6 +78,19 @@ static void lf_loadPlan(LiveAc& ac)
     }
 }
 
+static void lf_parks(LiveAc& ac)
+{
+    ac.stamp = hourNow;
+    logLine(format("{:8}: {:8} parks", gf_standName(ac), ac.callsign));
+    const auto parked = std::ranges::find_if(
+        staticAcs, [&ac](const StaticAc& s) { return s.fs == FsState::Active && s.standId == ac.standId; });
+    if (parked != staticAcs.end()) {
+        logLine(format("{:8}: {:8} parks over static {} ? static will be removed ...", gf_standName(ac),
+                       ac.callsign, parked->callsign));
+        removeAircraftFromSim(*parked, "makes way for a live aircraft");
+    }
+}
+
 // The object exists. False if its id can't be one of ours.
 static bool lf_onLiveObject(LiveAc& ac, const SimMessage& message)
 {
@@ -91,7 +105,7 @@ static bool lf_onLiveObject(LiveAc& ac, const SimMessage& message)
         ac.altRate = 0;
         ac.phaseTicks = 1;
         if (ac.st == StState::Parked) {
-            ac.stamp = hourNow;
+            lf_parks(ac);
         }
     }
     lf_loadPlan(ac);
@@ -182,7 +196,7 @@ static void lf_setUpLive(const SimMessage& message)
     setUpLiveAc(*ac);
     if (ac->removeWhenAdded) {
         ac->removeWhenAdded = false;
-        removeAircraftFromSim(*ac);
+        removeAircraftFromSim(*ac, ac->goesBecause);
     }
 }
 
@@ -197,7 +211,7 @@ static void lf_setUpStatic(const SimMessage& message)
     parkedConfig(*ac);
     if (ac->removeWhenAdded) {
         ac->removeWhenAdded = false;
-        removeAircraftFromSim(*ac);
+        removeAircraftFromSim(*ac, ac->goesBecause);
     }
 }
 

@@ -9,7 +9,9 @@
 #include "sim/simconnect.h"
 #include "traffic/air_motion.h"
 #include "traffic/geodesy.h"
+#include "traffic/identity.h"
 #include "traffic/removal.h"
+#include "traffic/stand_spawn.h"
 
 #include <algorithm>
 #include <cmath>
@@ -19,11 +21,6 @@ namespace vlt {
 // --- the gate
 
 enum class Gate { Pass, Drop, Erase, Wait };
-
-static bool lf_isGhost(std::string_view callsign)
-{
-    return callsign.ends_with('_');
-}
 
 // The aircraft may show up a little before its first sample is due.
 static bool lf_isDue(const PosSample& front)
@@ -163,8 +160,7 @@ static Gate lf_gateForIdentity(LiveAc& ac)
     if (failedLiveries.contains(gf_failedKey(ac))) {
         return Gate::Erase;
     }
-    const std::string_view twin = std::string_view(ac.callsign).substr(0, ac.callsign.size() - 1);
-    return lf_isGhost(ac.callsign) && gf_liveByCallsign(twin) != nullptr ? Gate::Erase : Gate::Pass;
+    return gf_isGhost(ac.callsign) && hasTwin(ac.callsign) ? Gate::Erase : Gate::Pass;
 }
 
 static Gate lf_judge(LiveAc& ac)
@@ -176,7 +172,7 @@ static Gate lf_judge(LiveAc& ac)
         return Gate::Wait;
     }
     const bool listedGhost =
-        lf_isGhost(ac.callsign) && std::ranges::find(ghostCallsigns, ac.callsign) != ghostCallsigns.end();
+        gf_isGhost(ac.callsign) && std::ranges::find(ghostCallsigns, ac.callsign) != ghostCallsigns.end();
     if (ac.stream.size() == 1 || listedGhost) {
         return Gate::Erase;
     }
@@ -202,6 +198,7 @@ void spawnGate(LiveAc& ac)
         break;
     case Gate::Erase:
         ac.eraseNow = true;
+        ac.goesBecause = "turned away at the gate";
         break;
     case Gate::Wait:
         break;
@@ -235,10 +232,14 @@ static void lf_matchLivery(LiveAc& ac)
         failedLiveries.insert(gf_failedKey(ac));
     }
     ac.eraseNow = true;
+    ac.goesBecause = "no livery fits";
 }
 
 static double lf_initialHeading(const LiveAc& ac)
 {
+    if (ac.st == StState::Parked) {
+        return gf_normalAngle(ac.standHeading);
+    }
     const PosSample& front = ac.stream[0];
     const PosSample& second = ac.stream[1];
     const bool standing = second.stationary || (front.lat == second.lat && front.lon == second.lon);
@@ -261,6 +262,20 @@ static void lf_fixInitialState(LiveAc& ac)
     ac.hdg = lf_initialHeading(ac);
 }
 
+// Livery and first phase. False if the aircraft doesn't appear, or not yet.
+static bool lf_bear(LiveAc& ac)
+{
+    lf_matchLivery(ac);
+    if (ac.eraseNow) {
+        return false;
+    }
+    if (!ac.stream.front().airborne) {
+        return gf_birthOnGround(ac);
+    }
+    gf_setSt(ac, StState::Flying);
+    return true;
+}
+
 void spawnLiveAc(LiveAc& ac)
 {
     if (ac.stream.size() < 2) {
@@ -268,13 +283,7 @@ void spawnLiveAc(LiveAc& ac)
         return;
     }
     lf_markStanding(ac);
-    if (ac.st == StState::Birth) {
-        lf_matchLivery(ac);
-        if (!ac.eraseNow) {
-            gf_setSt(ac, ac.stream.front().airborne ? StState::Flying : StState::Taxi);
-        }
-    }
-    if (ac.eraseNow) {
+    if (ac.st == StState::Birth && !lf_bear(ac)) {
         return;
     }
     standChangeList.push_back(ac.hexid);
@@ -282,6 +291,9 @@ void spawnLiveAc(LiveAc& ac)
     ac.fs = FsState::Adding2Sim;
     ac.heldForUser = false;
     spawnStack.push_back(ac.hexid);
+    if (!gf_isGhost(ac.callsign)) {
+        ghostCheck(ac.callsign);
+    }
 }
 
 // --- the request

@@ -8,6 +8,7 @@
 #include "sim/ids.h"
 #include "traffic/commands.h"
 #include "traffic/geodesy.h"
+#include "traffic/taxi_curve.h"
 
 #include <algorithm>
 #include <array>
@@ -23,22 +24,16 @@ static bool lf_steersByRate(StState st)
     return st == StState::TakeOff || st == StState::Flying || st == StState::Parked || st == StState::Birth;
 }
 
-// Turns the heading towards the leg's bearing at the rate in force, until it fits.
-static void lf_turnToTrack(LiveAc& ac)
-{
-    constexpr double kFits = 0.5 * kRadPerDeg;
-    const double off = angleDiff(ac.hdg, ac.trackTarget);
-    if (std::abs(off) > kFits) {
-        ac.hdg = gf_normalAngle(ac.hdg + std::clamp(off, -ac.turnRate, ac.turnRate));
-    }
-}
-
 static void lf_stepLateral(LiveAc& ac)
 {
+    if (gf_hasCurve(ac.curve)) {
+        gf_followCurve(ac);
+        return;
+    }
     if (lf_steersByRate(ac.st)) {
         ac.hdg = gf_normalAngle(ac.hdg + ac.hdgRate);
     } else if (ac.st == StState::Parking || ac.turning) {
-        lf_turnToTrack(ac);
+        gf_turnTowards(ac, ac.trackTarget);
     }
     if (ac.st != StState::PushedBack) {
         ac.lat += ac.dLat;

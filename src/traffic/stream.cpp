@@ -3,88 +3,23 @@
 #include "core/log.h"
 #include "core/parameters.h"
 #include "core/text.h"
-#include "traffic/air_motion.h"
 #include "traffic/geodesy.h"
+#include "traffic/legs.h"
 #include "traffic/removal.h"
+#include "traffic/runway.h"
+#include "traffic/stops.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace vlt {
 
-static LatLon lf_position(const PosSample& sample)
-{
-    return {sample.lat, sample.lon};
-}
+// --- samples that end an extension
 
-bool gf_categoryAccepted(AcCategory category)
+static void lf_endHolding(LiveAc& ac)
 {
-    switch (category) {
-    case AcCategory::Light:
-        return LIGHT_AIRCRAFT.value;
-    case AcCategory::HighPerf:
-        return HIGH_PERF_AIRCRAFT.value;
-    case AcCategory::Rotorcraft:
-        return HELICOPTERS.value;
-    case AcCategory::Buzjets:
-    case AcCategory::Large:
-    case AcCategory::Heavy:
-        return true;
-    }
-    return true;
-}
-
-// --- new samples
-
-// A standing position has no place in the stream of an object that flies.
-static bool lf_mayStand(const LiveAc& ac, const PosSample& sample)
-{
-    return !sample.airborne && !(ac.fs == FsState::Active && !ac.onGround);
-}
-
-static bool lf_stopsTakeOff(const LiveAc& ac, const PosSample& sample, double fromSpeed)
-{
-    return ac.takeOff && sample.speed > 0 && ac.stream.back().speed >= fromSpeed;
-}
-
-static bool lf_keepSamePosition(const LiveAc& ac, PosSample& sample)
-{
-    constexpr double kRunSpeed = 30;  // knots
-    if (!lf_mayStand(ac, sample) || lf_stopsTakeOff(ac, sample, kRunSpeed)) {
-        return false;
-    }
-    sample.speed = std::min(sample.speed, 0.0);
-    return true;
-}
-
-static bool lf_keepJitter(const LiveAc& ac, PosSample& sample)
-{
-    constexpr double kRunSpeed = 50;  // knots
-    if (!lf_mayStand(ac, sample) || lf_stopsTakeOff(ac, sample, kRunSpeed)) {
-        return false;
-    }
-    sample = ac.stream.back();
-    sample.speed = 0;
-    sample.stationary = true;
-    return true;
-}
-
-bool filterStop(const LiveAc& ac, PosSample& sample)
-{
-    constexpr double kJitterDeg = 0.00015;
-    constexpr double kRunSpeed = 50;  // knots
-    const PosSample& last = ac.stream.back();
-    sample.stationary = sample.lat == last.lat && sample.lon == last.lon;
-    if (ac.category == AcCategory::Rotorcraft) {
-        return true;
-    }
-    if (sample.stationary) {
-        return lf_keepSamePosition(ac, sample);
-    }
-    if (std::abs(sample.lat - last.lat) <= kJitterDeg && std::abs(sample.lon - last.lon) <= kJitterDeg) {
-        return lf_keepJitter(ac, sample);
-    }
-    return sample.speed != 0 || (!ac.takeOff && !sample.airborne) || last.speed < kRunSpeed;
+    ac.holding = false;
+    ac.holdStart = 0;
 }
 
 bool checkExtendingSituations(LiveAc& ac, const PosSample& sample)
@@ -94,43 +29,229 @@ bool checkExtendingSituations(LiveAc& ac, const PosSample& sample)
         logLine(format("{} empty sz?", "checkExtendingSituations"));
         return false;
     }
-    const double ahead = bearing(lf_position(ac.stream.back()), lf_position(sample));
+    const double ahead = bearing(gf_positionOf(ac.stream.back()), gf_positionOf(sample));
     if (!ac.onGround && std::abs(angleDiff(ac.hdg, ahead)) >= kBehind) {
         return false;
     }
-    ac.extendCount = 0;
-    ac.lagLimit = kWidestTimeLimit;
-    ac.leadLimit = ac.takeOff ? kTakeOffTimeLimit : kWidestTimeLimit;
+    gf_endExtension(ac);
     ac.stream.front().time = tick + 1;
-    ac.holding = false;
+    lf_endHolding(ac);
     return true;
 }
 
-static void lf_append(LiveAc& ac, PosSample sample)
+// Degrees between the aircraft's heading and the way from one of its samples to a new one.
+static double lf_offHeading(const LiveAc& ac, const PosSample& from, const PosSample& sample)
 {
-    if (!ac.stream.empty()) {
-        sample.time = std::max(sample.time, ac.stream.back().time + 1);
+    return std::abs(angleDiff(ac.hdg, bearing(gf_positionOf(from), gf_positionOf(sample)))) * kDegPerRad;
+}
+
+// The only sample left lies behind: on approach the new one is dropped, on the ground the object waits where
+// it is.
+static bool lf_leadsBackFromLastSample(LiveAc& ac, const PosSample& sample)
+{
+    constexpr double kBehind = 90;
+    constexpr double kFarBehind = 150;
+    PosSample& last = ac.stream.back();
+    const double off = lf_offHeading(ac, last, sample);
+    if (ac.approach) {
+        return off >= kBehind;
     }
+    if (off < kFarBehind) {
+        return false;
+    }
+    if (ac.extendCount > 0) {
+        return true;
+    }
+    last.lat = ac.lat;
+    last.lon = ac.lon;
+    last.time = tick + 1;
+    return false;
+}
+
+static bool lf_dropSamplesBehind(LiveAc& ac, const PosSample& sample)
+{
+    constexpr double kBehind = 90;
+    if (ac.stream.size() < 2) {
+        return !lf_leadsBackFromLastSample(ac, sample);
+    }
+    for (int i = 0; i < 2 && ac.stream.size() >= 2; ++i) {
+        if (lf_offHeading(ac, ac.stream.back(), sample) < kBehind) {
+            break;
+        }
+        ac.stream.pop_back();
+    }
+    return true;
+}
+
+bool checkNewPosDuringLanding(LiveAc& ac, PosSample& sample)
+{
+    constexpr double kTaxiSpeed = 40;  // knots
+    if (ac.stream.empty()) {
+        logLine(format("{} empty sz?", "checkNewPosDuringLanding"));
+        return false;
+    }
+    if (gf_samePosition(sample, ac.stream.back()) || !lf_dropSamplesBehind(ac, sample)) {
+        return false;
+    }
+    if (ac.extendCount > 0) {
+        gf_endExtension(ac);
+    }
+    const PosSample& last = ac.stream.back();
+    sample.stationary = gf_samePosition(sample, last);
+    // A landing aircraft doesn't speed up.
+    if (!sample.stationary && sample.speed > last.speed && sample.speed > kTaxiSpeed) {
+        sample.speed = last.speed;
+    }
+    return true;
+}
+
+// --- a sample by the aircraft's phase. True if it goes on to the stream.
+
+static bool lf_duringPushBack(LiveAc& ac, const PosSample& sample)
+{
+    constexpr int32_t kStraightPart = 2;
+    if (STRAIGHT_PBS_ONLY.value || ac.pushStage != kStraightPart) {
+        return false;
+    }
+    if (sample.headingValid || sample.track != 0) {
+        const double direction = sample.headingValid ? sample.heading : sample.track * kRadPerDeg;
+        ac.pushTurnRight = angleDiff(ac.hdg, direction) > 0;
+        ac.pushTurnKnown = true;
+    }
+    return false;
+}
+
+static bool lf_afterPushBack(LiveAc& ac, PosSample& sample)
+{
+    constexpr double kStarted = 2.75;  // half spans
+    constexpr double kFarOff = 6;
+    const double dist = distNm(gf_positionOf(sample), {ac.lat, ac.lon});
+    const bool movesOff = dist > kStarted * ac.radius && dist > ac.pushedBackDist;
+    if (!movesOff && dist <= kFarOff * ac.radius) {
+        if (!ac.holding) {
+            ac.holding = true;
+            ac.holdStart = tick;
+        }
+        ac.pushedBackDist = dist;
+        return false;
+    }
+    sample.stationary = false;
+    if (ac.extendCount > 0) {
+        ac.stream.front().time = tick + 1;
+        gf_endExtension(ac);
+    }
+    ac.pushTurnKnown = false;
+    ac.pushStage = 0;
+    gf_setSt(ac, StState::Taxi);
+    gf_clearStandFields(ac);
+    lf_endHolding(ac);
+    return true;
+}
+
+static bool lf_underWay(LiveAc& ac, PosSample& sample)
+{
+    if (ac.approach || ac.landingRoll) {
+        return checkNewPosDuringLanding(ac, sample);
+    }
+    return filterStop(ac, sample) && (ac.extendCount < 1 || checkExtendingSituations(ac, sample));
+}
+
+static bool lf_byPhase(LiveAc& ac, PosSample& sample)
+{
+    switch (ac.st) {
+    case StState::Birth:
+        return filterStop(ac, sample);
+    case StState::Parking:
+    case StState::Parked:
+        return ac.fs != FsState::Buffer && ac.fs != FsState::Adding2Sim && checkAtStand(ac, sample);
+    case StState::PushingBack:
+        return lf_duringPushBack(ac, sample);
+    case StState::PushedBack:
+        return lf_afterPushBack(ac, sample);
+    case StState::Taxi:
+    case StState::TakeOff:
+    case StState::Flying:
+        return lf_underWay(ac, sample);
+    }
+    return false;
+}
+
+// --- the stream's end
+
+static void lf_mendStop(LiveAc& ac, const PosSample& sample)
+{
+    if (sample.airborne || !ac.stream.back().stationary) {
+        return;
+    }
+    if (!sample.stationary) {
+        removeSmallStop(ac, sample);
+    } else if (std::ranges::all_of(ac.stream, &PosSample::stationary)) {
+        ac.stream.resize(1);  // a standing aircraft needs no history
+    }
+}
+
+// What the new sample and the last one together tell of an aircraft on the runway.
+static void lf_judgeRunway(LiveAc& ac, const PosSample& sample)
+{
+    const PosSample& last = ac.stream.back();
+    if (!ac.onGround || ac.fs != FsState::Active || ac.takeOff) {
+        return;
+    }
+    if (ac.landingRoll) {
+        if (last.airborne && sample.airborne) {
+            gf_rejectLanding(ac);
+        }
+        return;
+    }
+    const bool runs = sample.speed >= kTakeOffRunSpeed && last.speed >= kTakeOffRunSpeed;
+    if ((sample.airborne || runs) && ac.st == StState::Taxi) {
+        takeOffStart(ac);
+    }
+}
+
+static void lf_append(LiveAc& ac, const PosSample& sample)
+{
     ac.stream.push_back(sample);
     // Just come to rest: the next leg starts at once.
-    if (ac.st != StState::Birth && ac.stream.size() == 2 && ac.stream[0].stationary &&
-        ac.stream[1].stationary) {
+    if (ac.stream.size() == 2 && ac.stream[0].stationary && ac.stream[1].stationary) {
         ac.stream[0].time = tick + 1;
         ac.stream[0].speed = ac.stream[1].speed;
     }
 }
 
+// The object waits at the end of its reports, and is reported elsewhere: it comes back there.
+static bool lf_heldElsewhere(LiveAc& ac, const PosSample& sample)
+{
+    const double metres = distNm(gf_positionOf(sample), gf_positionOf(ac.stream.front())) * kMetresPerNm;
+    if (!ac.holding || metres <= HOLDING_THRESHOLD_METERS.value) {
+        return false;
+    }
+    lf_endHolding(ac);
+    removeAircraftFromSim(ac, "reported elsewhere while it was held");
+    return true;
+}
+
 static void lf_decodeExisting(LiveAc& ac, PosSample& sample)
 {
     if (ac.stream.size() > kLongestStream) {
-        removeAircraftFromSim(ac);
+        removeAircraftFromSim(ac, "more reports than it can follow");
     }
-    if (ac.stream.empty() || !filterStop(ac, sample)) {
+    if (ac.stream.empty() || lf_heldElsewhere(ac, sample)) {
         return;
     }
-    if (ac.st != StState::Birth && ac.extendCount > 0 && !checkExtendingSituations(ac, sample)) {
+    const bool isNew = ac.st == StState::Birth;
+    if (!lf_byPhase(ac, sample)) {
         return;
     }
+    if (!isNew) {
+        lf_mendStop(ac, sample);
+    }
+    sample.time = std::max(sample.time, ac.stream.back().time + 1);
+    if (isNew) {
+        ac.stream.push_back(sample);
+        return;
+    }
+    lf_judgeRunway(ac, sample);
     lf_append(ac, sample);
 }
 
@@ -142,123 +263,6 @@ void decodeExisting(LiveAc& ac, PosSample sample)
         logLine(format("{} exception {}", "decodeExisting", e.what()));
         throw;
     }
-}
-
-// --- the end of a stream
-
-// How many samples may be invented for an aircraft in the air: none at the rim of the range, where it has
-// simply left the area of the feed.
-static int32_t lf_countInAir(const LiveAc& ac)
-{
-    constexpr int32_t kInvented = 8;
-    constexpr double kRim = 0.5;  // nm
-    const LatLon user{userNow.lat, userNow.lon};
-    const bool inside =
-        gf_isNullPosition(user) || distNm({ac.lat, ac.lon}, user) < LATERAL_RANGE.value - kRim;
-    return inside ? kInvented : 0;
-}
-
-bool extendStream(LiveAc& ac)
-{
-    constexpr int32_t kInventedOnGround = 10;
-    if (ac.stream.empty() || ac.extendCount < 0) {
-        return false;
-    }
-    if (ac.extendCount == 1) {
-        ac.extendCount = -1;
-        return false;
-    }
-    if (ac.extendCount > 1) {
-        extrapolate(ac, ac.extendCount - 1);
-        return true;
-    }
-    if (!gf_categoryAccepted(ac.category)) {
-        return false;
-    }
-    const int32_t count = ac.onGround ? kInventedOnGround : lf_countInAir(ac);
-    if (count < 1) {
-        return false;
-    }
-    extrapolate(ac, count);
-    return true;
-}
-
-// Speeds of a roll-out whose reports have stopped.
-static double lf_rollOutSpeed(double speed)
-{
-    struct Brake {
-        double from, next;
-    };
-    static constexpr Brake kBrakes[] = {{140, 100}, {100, 80}, {80, 60}, {60, 30}};
-    for (const Brake& brake : kBrakes) {
-        if (speed >= brake.from) {
-            return brake.next;
-        }
-    }
-    return 20;
-}
-
-static void lf_inventOnGround(const LiveAc& ac, PosSample& sample)
-{
-    if (ac.landingRoll) {
-        sample.speed = lf_rollOutSpeed(sample.speed);
-        sample.vs = 0;
-    } else {
-        sample.stationary = true;
-        sample.speed = 0;
-    }
-}
-
-static void lf_inventInAir(const LiveAc& ac, PosSample& sample, int32_t count)
-{
-    constexpr int32_t kSpeedKeptBelow = 4;  // samples still to come
-    if (ac.approach && count < kSpeedKeptBelow) {
-        return;
-    }
-    sample.speed = std::max(sample.speed * (ac.approach ? 0.90 : 0.95), 1.0);
-}
-
-static void lf_moveAhead(const LiveAc& ac, PosSample& sample, double seconds)
-{
-    constexpr double kDescentFtPerS = 10.005;
-    constexpr double kDescentVs = -667;  // feet per minute
-    constexpr double kClimbFtPerS = 25;
-    constexpr double kClimbVs = 1500;  // feet per minute
-    constexpr double kSecondsPerHour = 3600;
-    const LatLon from = lf_position(sample);
-    const LatLon to = destination(from, ac.hdg, seconds * sample.speed * kFeetPerNm / kSecondsPerHour);
-    sample.lat = to.lat;
-    sample.lon = to.lon;
-    sample.stationary = to == from;
-    if (ac.approach && ac.flareStage == 0) {
-        sample.vs = kDescentVs;
-        sample.altitude = std::max(sample.altitude - kDescentFtPerS * seconds, 0.0);
-        sample.airborne = sample.altitude > 0;
-    } else if (!ac.approach && ac.st == StState::TakeOff) {
-        sample.vs = kClimbVs;
-        sample.altitude += kClimbFtPerS * seconds;
-    }
-}
-
-void extrapolate(LiveAc& ac, int32_t count)
-{
-    constexpr int32_t kSecondsOnGround = 3;
-    constexpr int32_t kSecondsInAir = 8;
-    ac.extendCount = count;
-    const int32_t seconds = ac.onGround ? kSecondsOnGround : kSecondsInAir;
-    PosSample sample = ac.stream.front();
-    if (sample.stationary) {
-        sample.speed = 0;
-    } else if (ac.onGround) {
-        lf_inventOnGround(ac, sample);
-    } else {
-        lf_inventInAir(ac, sample, count);
-    }
-    if (sample.speed > 0) {
-        lf_moveAhead(ac, sample, seconds);
-    }
-    sample.time += seconds * kTicksPerSecond;
-    ac.stream.push_back(sample);
 }
 
 }  // namespace vlt

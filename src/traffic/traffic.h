@@ -77,6 +77,7 @@ struct AcBase {
     uint32_t hexid = 0;            // above kLastStaticHexid the 24-bit address of a live aircraft
     AcCategory category = AcCategory::Large;
     std::string_view title;  // the chosen livery, a view into the master index; empty: none yet
+    int32_t titleStep = 0;   // of the ladder that found it; 0: remembered from before
     int32_t flareTicks = 0;
     int32_t derotateTicks = 0;  // from touchdown to ground pitch
     int32_t rotateTicks = 0;
@@ -128,10 +129,11 @@ struct StaticAc : AcBase {
     FsState fs = FsState::Buffer;
     uint32_t throttleLevel = kNoThrottleLevel;  // last commanded, 0 to 4
     uint32_t flapsLevel = kNoFlapsLevel;        // last commanded, 0 to 3
-    bool soft = false;                          // the stand is a soft one
-    bool removeWhenAdded = false;               // remove as soon as the simulator has acknowledged it
-    bool eraseNow = false;                      // no object; erase the record in this cycle
-    bool eraseCancelled = false;  // its creation was cancelled in time; erase the record in this cycle
+    bool soft = false;             // static: the stand is a soft one; live: the stand is a cargo stand
+    bool removeWhenAdded = false;  // remove as soon as the simulator has acknowledged it
+    bool eraseNow = false;         // no object; erase the record in this cycle
+    bool eraseCancelled = false;   // its creation was cancelled in time; erase the record in this cycle
+    std::string_view goesBecause;  // why it is being removed, a literal; empty while it stays
 };
 
 // A curve on the ground: quadratic, in metres around its start.
@@ -160,7 +162,7 @@ struct LiveAc : StaticAc {
     double tasOut = 0;             // knots, as sent; 0 while the front sample is stationary
     std::deque<PosSample> stream;  // by time, strictly rising; the front is travelled from, the next one to
     double feedTime = 0;           // feed time stamp of the last accepted sample, seconds
-    int64_t parkedSince = 0;       // wall clock, 100 ns units
+    int32_t parkedSince = 0;       // tick
     int32_t extendCount = 0;       // invented samples still to come; 0 none, -1 used up
     int32_t holdStart = 0;         // tick when holding began
     StState st = StState::Birth;
@@ -323,6 +325,9 @@ std::string gf_failedKey(const AcBase& ac);
 
 // Changes the phase and keeps the old one in prevSt; nothing happens if it is the same.
 void gf_setSt(LiveAc& ac, StState st);
+
+// The aircraft has no stand any more.
+void gf_clearStandFields(StaticAc& ac);
 
 // The aircraft with this hexid, object id, or call sign (not removingfromsim); nullptr if there is none.
 // The pointer is good until the next call that may add or erase an aircraft.

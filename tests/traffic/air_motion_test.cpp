@@ -1,4 +1,6 @@
 #include "traffic/air_motion.h"
+#include "traffic/legs.h"
+#include "traffic/stream_end.h"
 
 #include "core/random.h"
 #include "sim/client.h"

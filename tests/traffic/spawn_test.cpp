@@ -272,7 +272,7 @@ TEST_F(SpawnTest, aRemovalBeforeTheRequestLeftErasesWithoutASound)
     spawnLiveAc(ac);
     makeCreateRequest(20002);
     spawnStack.clear();
-    removeAircraftFromSim(ac);
+    removeAircraftFromSim(ac, "test");
     EXPECT_TRUE(ac.eraseCancelled);
     EXPECT_TRUE(liveCreateQueue.empty());
     gf_eraseMarked();
@@ -285,7 +285,7 @@ TEST_F(SpawnTest, aRemovalDuringTheSetUpFollowsIt)
     spawnLiveAc(ac);
     spawnStack.clear();
     handleSimMessage({77, 20002, 0, SimMessageKind::LiveObject, 0, 9000});
-    removeAircraftFromSim(ac);
+    removeAircraftFromSim(ac, "test");
     EXPECT_TRUE(ac.removeWhenAdded);
     for (int i = 0; i < 200; ++i) {
         gf_stepAckWaits();

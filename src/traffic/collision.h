@@ -1,0 +1,25 @@
+// Collisions: objects have no physics, so who would drive through the user, or through a parked aircraft,
+// is removed. Once a second, worker thread.
+#pragma once
+
+#include "traffic/traffic.h"
+
+#include <atomic>
+
+namespace vlt {
+
+extern std::atomic<bool> blockChanged;  // [atomic] the user changed BLOCK_CALLSIGN; the worker clears
+
+// The checks of a second, as far as they are switched on.
+void gf_checkCollisions();
+
+// The aircraft would meet the flying user.
+bool collisionUserAir(const LiveAc& ac);
+
+// The user blocks a call sign: its aircraft goes.
+void gf_serviceBlock();
+
+// As at the start of a run.
+void gf_forgetCollisions();
+
+}  // namespace vlt

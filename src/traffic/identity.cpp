@@ -1,0 +1,335 @@
+#include "traffic/identity.h"
+
+#include "airports/catalogue.h"
+#include "core/log.h"
+#include "core/parameters.h"
+#include "core/text.h"
+#include "liveries/database.h"
+#include "liveries/regcodes.h"
+#include "traffic/arrival.h"
+#include "traffic/removal.h"
+
+#include <algorithm>
+
+namespace vlt {
+
+static void lf_logTalkative(const std::string& line)
+{
+    if (LOG.value) {
+        logLine(line);
+    }
+}
+
+// --- ghosts
+
+bool gf_isGhost(std::string_view callsign)
+{
+    return callsign.ends_with('_');
+}
+
+std::string_view gf_withoutMark(std::string_view callsign)
+{
+    return callsign.substr(0, callsign.empty() ? 0 : callsign.size() - 1);
+}
+
+bool hasTwin(std::string_view callsign)
+{
+    return gf_liveByCallsign(gf_withoutMark(callsign)) != nullptr;
+}
+
+void ghostCheck(const std::string& callsign)
+{
+    LiveAc* ghost = gf_liveByCallsign(callsign + "_");
+    if (ghost == nullptr) {
+        return;
+    }
+    const std::string place =
+        ghost->st == StState::Parked ? format("{:8}:", gf_standName(*ghost)) : std::string(9, ' ');
+    lf_logTalkative(
+        format("{} {:8} is a ghost and will be removed, continue with {}", place, ghost->callsign, callsign));
+    ghostCallsigns.push_back(ghost->callsign);
+    removeAircraftFromSim(*ghost, "a ghost, its twin is here");
+}
+
+// --- the route
+
+bool updateRoute(LiveAc& ac, const FeedRecord& record)
+{
+    bool same = true;
+    const auto fill = [&same](std::string& text, const std::string& given) {
+        if (text.empty() && !given.empty()) {
+            text = given;
+            same = false;
+        }
+    };
+    fill(ac.origin, record.origin);
+    fill(ac.destination, record.destination);
+    const bool newFlight = !record.origin.empty() && !record.destination.empty() &&
+                           record.origin != ac.origin && record.destination != ac.destination;
+    if (!newFlight) {
+        return same;
+    }
+    const AirportRecord* airport = findAirport(parkApf.code);
+    if (airport != nullptr && !airport->iata.empty() && ac.origin == airport->iata &&
+        ac.origin == record.destination) {
+        return same;
+    }
+    ac.origin = record.origin;
+    ac.destination = record.destination;
+    if (ac.onGround && ac.st != StState::Parking && ac.st != StState::Parked) {
+        gf_setSt(ac, StState::Taxi);
+        ac.trackTarget = ac.hdg;
+    }
+    return false;
+}
+
+// --- the registration
+
+static bool lf_differs(const RegRecord* rec, const LiveAc& ac)
+{
+    return rec != nullptr && !(rec->airl == ac.airline && rec->type == ac.model) &&
+           (rec->opr.empty() || rec->opr != ac.airline);
+}
+
+static void lf_newIdentity(LiveAc& ac)
+{
+    titleCache.erase(ac.hexid);
+    ac.title = {};
+    gf_setSt(ac, StState::Birth);
+}
+
+static void lf_takeOperator(LiveAc& ac, const RegRecord& rec)
+{
+    ac.airline = gf_airlineOf(rec);
+    ac.model = rec.type;
+}
+
+// Another registration than the one known so far.
+static bool lf_changeRegcode(LiveAc& ac, const FeedRecord& record, const RegRecord* rec)
+{
+    const std::string airline = gf_airlineOfCallsign(record.callsign);
+    if (!lf_differs(rec, ac) || airline.empty() || (airline != rec->airl && airline != rec->opr)) {
+        return true;
+    }
+    lf_takeOperator(ac, *rec);
+    lf_newIdentity(ac);
+    return false;
+}
+
+// The first registration, or one that was only the call sign so far.
+static bool lf_learnRegcode(LiveAc& ac, const FeedRecord& record, const RegRecord* rec)
+{
+    if (const auto livery = regcodeTitles.find(record.regcode); livery != regcodeTitles.end()) {
+        if (livery->second == ac.title) {
+            return true;
+        }
+        if (rec != nullptr) {
+            ac.airline = rec->airl;
+            ac.model = rec->type;
+        }
+    } else if (record.regcode == ac.regcode || !lf_differs(rec, ac)) {
+        return true;
+    } else {
+        lf_takeOperator(ac, *rec);
+    }
+    lf_newIdentity(ac);
+    return false;
+}
+
+bool updateRegcode(LiveAc& ac, const FeedRecord& record)
+{
+    if (record.regcode.empty()) {
+        return true;
+    }
+    const RegRecord* rec = findRegcode(record.regcode);
+    const bool known = !ac.regcode.empty() && (ac.regcode != ac.callsign || ac.regcode == record.regcode);
+    bool same = true;
+    if (!known) {
+        same = lf_learnRegcode(ac, record, rec);
+    } else if (ac.regcode != record.regcode) {
+        same = lf_changeRegcode(ac, record, rec);
+    }
+    ac.regcode = record.regcode;
+    return same;
+}
+
+// --- all of it
+
+static void lf_fillBuffered(LiveAc& ac, const FeedRecord& record)
+{
+    const auto replace = [](std::string& text, const std::string& given) {
+        if (!given.empty()) {
+            text = given;
+        }
+    };
+    replace(ac.destination, record.destination);
+    replace(ac.origin, record.origin);
+    replace(ac.callsign, record.callsign);
+    replace(ac.regcode, record.regcode);
+}
+
+enum class CallsignChange { None, Taken, Ghost };
+
+static CallsignChange lf_updateCallsign(LiveAc& ac, const std::string& callsign)
+{
+    if (callsign.empty() || callsign == ac.callsign || callsign == ac.regcode) {
+        return CallsignChange::None;
+    }
+    if (!gf_isGhost(callsign)) {
+        ghostCheck(callsign);
+    } else if (hasTwin(callsign)) {
+        return CallsignChange::Ghost;
+    }
+    ac.callsign = callsign;
+    ac.coupledCs1 = callsign;
+    ac.coupledCs2.clear();
+    return CallsignChange::Taken;
+}
+
+bool identityUpdate(LiveAc& ac, const FeedRecord& record)
+{
+    if (ac.takeOff || ac.approach) {
+        return true;
+    }
+    if (ac.fs == FsState::Buffer) {
+        lf_fillBuffered(ac, record);
+        return true;
+    }
+    if (ac.fs != FsState::Active || ac.st == StState::PushingBack || ac.extendCount >= 1) {
+        return true;
+    }
+    const bool sameRoute = updateRoute(ac, record);
+    const bool sameLivery = updateRegcode(ac, record);
+    const CallsignChange change = lf_updateCallsign(ac, record.callsign);
+    if (change == CallsignChange::Ghost) {
+        return false;
+    }
+    if ((change == CallsignChange::None && sameRoute && sameLivery) || !GUID_CHANGES.value) {
+        return true;
+    }
+    logLine(format("          {} respawns", gf_flightText(ac)));
+    liveryRespawn(ac);
+    return false;
+}
+
+// --- static twins
+
+static bool lf_isCoupled(const StaticAc& parked, std::string_view callsign)
+{
+    return callsign == parked.coupledCs1 || callsign == parked.coupledCs2;
+}
+
+bool sameFlight(const LiveAc& ac, const StaticAc& parked)
+{
+    if (parked.fs != FsState::Active) {
+        return false;
+    }
+    const char* where = ac.onGround ? "on ground" : "airborne";
+    if (!ac.regcode.empty() && ac.regcode == parked.regcode) {
+        lf_logTalkative(format("{:8}: {:8} {} removed, new {} {} has same regcode {}", gf_standName(parked),
+                               parked.callsign, parked.regcode, where, ac.callsign, ac.regcode));
+        return true;
+    }
+    const bool coupled = lf_isCoupled(parked, ac.callsign) ||
+                         (!ac.coupledCs2.empty() && lf_isCoupled(parked, ac.coupledCs2)) ||
+                         (gf_isGhost(ac.callsign) && lf_isCoupled(parked, gf_withoutMark(ac.callsign)));
+    if (coupled) {
+        lf_logTalkative(format("{:8}: {:8} \"{} {}\" removed, new {} {} \"{} {}\" has {} callsign",
+                               gf_standName(parked), parked.callsign, parked.coupledCs1, parked.coupledCs2,
+                               where, ac.callsign, ac.coupledCs1, ac.coupledCs2,
+                               ac.callsign == parked.coupledCs1 ? "same" : "coupled"));
+    }
+    return coupled;
+}
+
+void gf_removeSameFlight(const LiveAc& ac)
+{
+    if (ac.callsign.empty()) {
+        return;
+    }
+    const auto same =
+        std::ranges::find_if(staticAcs, [&ac](const StaticAc& parked) { return sameFlight(ac, parked); });
+    if (same != staticAcs.end()) {
+        removeAircraftFromSim(*same, "the live one is here");
+    }
+}
+
+void gf_removeStaticTwins()
+{
+    for (const LiveAc& ac : liveAcs) {
+        if (ac.fs != FsState::Active || !ac.onGround) {
+            continue;
+        }
+        const std::string twinCallsign = ac.callsign + "*";
+        const auto twin = std::ranges::find_if(staticAcs, [&](const StaticAc& s) {
+            return s.fs == FsState::Active &&
+                   (s.callsign == twinCallsign || (!ac.regcode.empty() && s.regcode == ac.regcode));
+        });
+        if (twin != staticAcs.end()) {
+            removeAircraftFromSim(*twin, "the live one is here");
+        }
+    }
+}
+
+// --- who has the stand
+
+// The holder keeps the stand against the newcomer, or goes for the reason that is given.
+struct Verdict {
+    bool holderStays = false;
+    const char* words = "";  // of the log, with the place for the newcomer's call sign
+};
+
+static Verdict lf_judgeHolder(const LiveAc& holder, const std::string& callsign)
+{
+    const bool holderGhost = gf_isGhost(holder.callsign);
+    const bool ghost = gf_isGhost(callsign);
+    if (callsign == holder.callsign) {
+        return {false, "ac with same callsign {} wants it, remove existing ... "};
+    }
+    if (gf_withoutMark(callsign) == holder.callsign) {
+        return {true, ""};  // the holder's own ghost
+    }
+    if (callsign == gf_withoutMark(holder.callsign) || (holderGhost && !ghost)) {
+        return {false, "ghost, replace by {}"};
+    }
+    if ((ghost && !holderGhost) || holder.liveAtStand) {
+        return {true, ""};
+    }
+    return {false, "removed because another live {} wants the stand ..."};
+}
+
+bool standConflict(const LiveAc& newcomer, uint32_t standId)
+{
+    for (LiveAc& holder : liveAcs) {
+        const bool counts = holder.standId == standId && holder.fs == FsState::Active &&
+                            &holder != &newcomer &&
+                            (holder.st == StState::Parked || holder.st == StState::PushingBack ||
+                             holder.st == StState::PushedBack);
+        if (!counts) {
+            continue;
+        }
+        const Verdict verdict = lf_judgeHolder(holder, newcomer.callsign);
+        if (!verdict.holderStays) {
+            lf_logTalkative(format("{:8}: {:8} {}", gf_standName(holder), holder.callsign,
+                                   format(fmt::runtime(verdict.words), newcomer.callsign)));
+            removeAircraftFromSim(holder, "another aircraft wants its stand");
+        }
+        return !verdict.holderStays;
+    }
+    return true;
+}
+
+bool gf_adjacentBlocked(const LiveAc& newcomer, const ParkPos& stand)
+{
+    return std::ranges::any_of(stand.neighbours, [&](uint32_t index) {
+        const ParkPos* neighbour = gf_stand(index);
+        return std::ranges::any_of(liveAcs, [&](const LiveAc& other) {
+            return other.standId == index && other.fs == FsState::Active &&
+                   (other.st == StState::Parked || other.st == StState::PushingBack) &&
+                   other.callsign != newcomer.callsign &&
+                   (neighbour == nullptr || gf_wouldTouch(newcomer.radius, stand, other.radius, *neighbour));
+        });
+    });
+}
+
+}  // namespace vlt

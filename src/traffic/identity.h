@@ -1,0 +1,51 @@
+// Identity: what a change of call sign, route or registration does, ghosts, and who yields to whom at a
+// stand.
+//
+// A ghost is a second report of one flight; its call sign ends in "_", that of its twin doesn't. Worker
+// thread; the state is `ghostCallsigns`.
+#pragma once
+
+#include "airports/airports.h"
+#include "traffic/traffic.h"
+
+#include <string>
+#include <string_view>
+
+namespace vlt {
+
+// What a record adds to the identity of its aircraft, which may change its livery or its object for it.
+// False if the sample is to be dropped.
+bool identityUpdate(LiveAc& ac, const FeedRecord& record);
+
+// Origin and destination. False for a new flight.
+bool updateRoute(LiveAc& ac, const FeedRecord& record);
+
+// The registration. False if a new livery is needed.
+bool updateRegcode(LiveAc& ac, const FeedRecord& record);
+
+// The call sign ends in "_".
+bool gf_isGhost(std::string_view callsign);
+// The call sign without its last character.
+std::string_view gf_withoutMark(std::string_view callsign);
+
+// Removes the ghost of this call sign for good.
+void ghostCheck(const std::string& callsign);
+
+// The call sign, without its last character, is in liveAcs.
+bool hasTwin(std::string_view callsign);
+
+// The static aircraft is the same flight as the live one; logged.
+bool sameFlight(const LiveAc& ac, const StaticAc& parked);
+// Removes the first static aircraft that is the same flight.
+void gf_removeSameFlight(const LiveAc& ac);
+// The look at all live aircraft on the ground: the first static twin of each is removed.
+void gf_removeStaticTwins();
+
+// A new aircraft wants the stand: the aircraft that holds it is removed or keeps it. True if the new one
+// may have it.
+bool standConflict(const LiveAc& newcomer, uint32_t standId);
+
+// An aircraft on an adjacent stand would touch the new one there.
+bool gf_adjacentBlocked(const LiveAc& newcomer, const ParkPos& stand);
+
+}  // namespace vlt

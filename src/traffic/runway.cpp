@@ -1,0 +1,139 @@
+#include "traffic/runway.h"
+
+#include "core/log.h"
+#include "core/text.h"
+#include "sim/client.h"
+#include "sim/ids.h"
+#include "traffic/commands.h"
+#include "traffic/geodesy.h"
+#include "traffic/legs.h"
+#include "traffic/performance.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace vlt {
+
+// --- take-off
+
+void takeOffStart(LiveAc& ac)
+{
+    if (ac.towed) {
+        logLine(format("towed aircraft takes-off? {}", logName(ac)));
+    }
+    ac.takeOff = true;
+    gf_commandThrottle(ac, kThrottleIdle);
+    gf_commandSpoilers(ac, 0);
+    gf_commandFlaps(ac, 1);
+    ac.approach = false;
+    ac.landed = false;
+    ac.climbConfigured = false;
+    gf_commandLights(ac, kLightsTakeOff);
+    gf_widenTimeLimits(ac);
+}
+
+void gf_throttleOfTakeOffRun(LiveAc& ac)
+{
+    struct Row {
+        double front, next;  // knots, either suffices
+        uint32_t level;
+    };
+    static constexpr std::array<Row, 3> kRows{{{25, 30, 4}, {20, 25, 2}, {15, 20, 1}}};
+    const auto fits = [&ac](const Row& row) {
+        return ac.stream[0].speed >= row.front || ac.stream[1].speed >= row.next;
+    };
+    const auto row = std::ranges::find_if(kRows, fits);
+    gf_commandThrottle(ac, row == kRows.end() ? kThrottleIdle : row->level);
+}
+
+void gf_judgeRotation(LiveAc& ac, int32_t ticks)
+{
+    constexpr double kClimbing = 256;   // feet per minute, more than that
+    constexpr double kLeastRise = 0.1;  // feet over the leg
+    if (!ac.takeOff || ac.st == StState::TakeOff || ac.stream[0].speed < kTakeOffRunSpeed) {
+        return;
+    }
+    const auto ahead = [&ac](auto holds) {
+        return std::all_of(ac.stream.begin() + 1, ac.stream.end(), holds);
+    };
+    const bool airborne = ahead([](const PosSample& s) { return s.airborne; });
+    const bool climbs = ahead([](const PosSample& s) { return s.vs > kClimbing; });
+    const double rotateSpeed = gf_forCategory(kRotateSpeed, ac.category);
+    if (climbs) {
+        ac.altRate =
+            airborne ? std::max(ac.stream[1].altitude - ac.alt, kLeastRise) / ticks : ac.maxClimbRate;
+    } else if (airborne && ahead([rotateSpeed](const PosSample& s) { return s.speed >= rotateSpeed; })) {
+        ac.altRate = ac.maxClimbRate;
+    } else {
+        return;
+    }
+    rotationStart(ac);
+}
+
+void rotationStart(LiveAc& ac)
+{
+    ac.phaseTicks = ac.rotateTicks;
+    ac.bank = 0;
+    ac.bankRate = 0;
+    ac.pitchRate = (ac.rotatePitch - ac.pitch) / ac.rotateTicks;
+    if (!ac.takeOff) {
+        takeOffStart(ac);
+    }
+    gf_setSt(ac, StState::TakeOff);
+    ac.hdgRate = 0;
+    ac.curve = Curve{};
+    if (ac.landingRoll) {
+        ac.landingRoll = false;
+        ac.approach = false;
+        ac.landed = false;
+        gf_commandThrottle(ac, kThrottleFull);
+        gf_commandSpoilers(ac, kSpoilersOut);
+        gf_commandFlaps(ac, 1);
+    }
+}
+
+// --- landing
+
+static void lf_releaseBrakes(LiveAc& ac)
+{
+    gf_commandSpoilers(ac, 0);
+    if (ac.category != AcCategory::Light && !gf_setSpoilersAndThrottles(ac.objectid, 0, 0)) {
+        logLine("SimConnect set spoilers and throttles fails");
+        raiseRequestError();
+    }
+}
+
+void rollOutConfig(LiveAc& ac)
+{
+    constexpr double kTurnedOff = 15;    // degrees off the runway
+    constexpr double kBrakesUntil = 90;  // knots
+    const double offDeg = std::abs(angleDiff(ac.landingHdg, ac.hdg)) * kDegPerRad;
+    if (offDeg >= kTurnedOff) {
+        gf_commandFlaps(ac, 0);
+        ac.landingRoll = false;
+        ac.landingHdg = 0;
+        gf_commandThrottle(ac, kThrottleIdle);
+        lf_releaseBrakes(ac);
+        gf_commandLights(ac, kLightsAfterLanding);
+    } else if (ac.stream[0].speed <= kBrakesUntil) {
+        lf_releaseBrakes(ac);
+        gf_commandFlaps(ac, 1);
+    }
+}
+
+void gf_rejectLanding(LiveAc& ac)
+{
+    ac.st = StState::Taxi;  // prevSt stays: nothing was left
+    ac.takeOff = true;
+    gf_commandThrottle(ac, kThrottleClimb);
+    gf_commandSpoilers(ac, kSpoilersOut);
+    gf_commandFlaps(ac, 1);
+    ac.approach = false;
+    ac.landed = false;
+    ac.climbConfigured = false;
+    gf_commandLights(ac, kLightsTakeOff);
+    gf_widenTimeLimits(ac);
+}
+
+}  // namespace vlt

@@ -1,0 +1,82 @@
+#include "traffic/stand_spawn.h"
+
+#include "airports/stand_search.h"
+#include "traffic/arrival.h"
+#include "traffic/geodesy.h"
+#include "traffic/identity.h"
+#include "traffic/legs.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace vlt {
+
+// Where the aircraft would stand, if it is at a stand at all.
+static std::optional<LatLon> lf_placeToTest(const LiveAc& ac)
+{
+    constexpr double kAtAirport = 5.0;  // nm from the reference point
+    constexpr double kCreeps = 5;       // knots
+    constexpr double kNear = 35.0 / kMetresPerNm;
+    if (parkApf.stands.empty() || !parkAirport) {
+        return std::nullopt;
+    }
+    const LatLon front = gf_positionOf(ac.stream.front());
+    if (distNm(front, {parkAirport->lat, parkAirport->lon}) > kAtAirport) {
+        return std::nullopt;
+    }
+    if (ac.stream.front().stationary) {
+        return front;
+    }
+    const LatLon last = gf_positionOf(ac.stream.back());
+    const bool creeps = ac.stream[1].speed <= kCreeps && distNm(front, last) <= kNear;
+    return creeps ? std::optional(last) : std::nullopt;
+}
+
+static void lf_standAt(LiveAc& ac, ParkPos& stand)
+{
+    clearStandForLive(ac, stand);
+    gf_takeStand(ac, stand);
+    gf_setSt(ac, StState::Parked);
+    stand.occupiedByLive = true;
+    gf_restartStandWatch(ac);
+    ac.stream.resize(1);
+    PosSample& front = ac.stream.front();
+    front.stationary = true;
+    front.speed = 0;
+    front.lat = stand.lat;
+    front.lon = stand.lon;
+    front.track = stand.heading * kDegPerRad;
+    maxParkCheck(1);
+}
+
+bool gf_birthOnGround(LiveAc& ac)
+{
+    constexpr double kWide = 55.0 / kMetresPerNm;
+    const auto place = lf_placeToTest(ac);
+    if (!place) {
+        gf_setSt(ac, StState::Taxi);
+        return true;
+    }
+    ParkPos* stand = gf_stand(standAtPosition(*place, ac, kWide, ac.stream.front().stationary));
+    if (stand == nullptr) {
+        if (ac.stream[1].stationary) {
+            ac.stream.pop_front();
+            return false;
+        }
+        gf_setSt(ac, StState::Taxi);
+        return true;
+    }
+    const bool reserved = !reservedStand.empty() && stand->id == reservedStand;
+    if (reserved || (userOnGround && gf_keptForUser(*stand))) {
+        return true;  // it goes on without a stand
+    }
+    if (!standConflict(ac, stand->index) || gf_adjacentBlocked(ac, *stand)) {
+        ac.eraseNow = true;
+        ac.goesBecause = "no room at its stand";
+        return false;
+    }
+    lf_standAt(ac, *stand);
+    return true;
+}
+
+}  // namespace vlt

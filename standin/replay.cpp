@@ -1,0 +1,306 @@
+#include "standin/replay.h"
+
+#include "airports/airport_file.h"
+#include "airports/loading.h"
+#include "airports/park_airport.h"
+#include "core/clock.h"
+#include "core/locks.h"
+#include "core/parameters.h"
+#include "core/random.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "core/traffic_loop.h"
+#include "link/traffic_reader.h"
+#include "liveries/dbase_reader.h"
+#include "liveries/liveries.h"
+#include "liveries/match_index.h"
+#include "liveries/regcodes.h"
+#include "sim/client.h"
+#include "standin/direct.h"
+#include "standin/installed_titles.h"
+#include "standin/publisher.h"
+#include "traffic/collision.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstring>
+#include <stdexcept>
+
+namespace vlt {
+
+// --- the world
+
+static void lf_loadWorld(const std::filesystem::path& world)
+{
+    pugi::xml_document document;
+    document.load_string(gf_dbaseText(world).c_str());
+    gf_readDbaseSections(document, "dbase.xml");
+    liveries = gf_worldLiveries(world);
+    gf_sortLiveries();
+    buildMatchIndexes();
+    collectInlineRegcodes();
+    pugi::xml_document regcodes;
+    regcodes.load_string(gf_regcodesText(world).c_str());
+    std::vector<RegcodeEntry> entries;
+    std::vector<std::string> results;
+    gf_readRegcodeDocument(regcodes, "regcodes.xml", entries);
+    gf_processRegcodeEntries(entries, results);
+    liveries.clear();
+}
+
+static LatLon lf_middleOf(const std::vector<ParkPos>& stands)
+{
+    const auto [south, north] = std::ranges::minmax(stands, {}, &ParkPos::lat);
+    const auto [west, east] = std::ranges::minmax(stands, {}, &ParkPos::lon);
+    return {(south.lat + north.lat) / 2, (west.lon + east.lon) / 2};
+}
+
+// The file becomes the park airport, whatever its publisher and wherever it lies.
+static void lf_loadAirport(const ReplayOptions& options)
+{
+    pugi::xml_document document;
+    if (const auto parsed = document.load_file(options.airportFile.c_str()); !parsed) {
+        throw std::runtime_error(format("{}: {}", options.airportFile.string(), parsed.description()));
+    }
+    parkApf.code = options.airportCode;
+    parkApf.altitude = gf_intParameter(document, "altitude").value_or(0);
+    gf_readParkPositions(document, parkApf.stands);
+    if (parkApf.stands.empty()) {
+        throw std::runtime_error(format("{}: no stands found", options.airportFile.string()));
+    }
+    uint32_t index = kNoStand;
+    for (ParkPos& stand : parkApf.stands) {
+        stand.index = ++index;
+    }
+    gf_findNeighbours(parkApf.stands);
+    const LatLon middle = lf_middleOf(parkApf.stands);
+    parkAirport = ParkAirportPlace{middle.lat, middle.lon, static_cast<double>(parkApf.altitude)};
+    airportLoaded = true;
+}
+
+static SimulatorOptions lf_simulatorOptions(const ReplayOptions& options)
+{
+    SimulatorOptions simulator;
+    simulator.user = options.user;
+    simulator.terrain = options.terrain;
+    simulator.titles = gf_readTitles(options.world / "titles.csv");
+    simulator.keepCalls = true;
+    return simulator;
+}
+
+// --- the engine as at the start of a run
+
+static void lf_setParameters(const ReplayOptions& options)
+{
+    AUTO_RANGE.value = false;
+    LATERAL_RANGE.value = options.rangeNm;
+    gf_applyLateralRange();
+    MAX_LIVE.value = -1;
+    LOG.value = false;
+    SIM_INSTALL_PATH.value = "C:\\Prepar3D v5";
+}
+
+static void lf_resetEngine()
+{
+    closeRequested = false;
+    if (!gf_resetRunState()) {
+        throw std::runtime_error("the replay was asked to end");
+    }
+    trafficReader.reset();
+    gf_resetSimClient();
+    gf_clearTables();
+    gf_resetParkAirport();
+    gf_forgetCollisions();
+    gf_clearMatchIndexes();
+    titleCache.clear();
+    failedLiveries.clear();
+    refusedTitles.clear();
+    refusedAircraft.clear();
+    secondDue = false;
+    secondCount = 0;
+    tick = 0;
+}
+
+// One replay: engine, simulator and feed in step.
+class Replay
+{
+public:
+    Replay(const FeedSource& feed, const ReplayOptions& options, ReplayObserver* observer)
+        : m_feed(feed), m_options(options), m_observer(observer), m_simulator(lf_simulatorOptions(options))
+    {
+        lf_resetEngine();
+        gf_seedRandom(options.seed);
+        lf_setParameters(options);
+        lf_loadWorld(options.world);
+        if (!options.airportFile.empty()) {
+            lf_loadAirport(options);
+        }
+        trafficReader.setParkAirport(parkAirport);
+        trafficReader.setCentre({options.user.lat, options.user.lon});
+        simTimeMode = true;
+        realTrafficHere = true;  // a repeated line counts
+        currentQnh = options.qnh;
+        gf_setDirectSimulator(&m_simulator);
+        connect();
+    }
+
+    ~Replay()
+    {
+        gf_closeSim();
+        gf_setDirectSimulator(nullptr);
+        gf_clearTables();
+        gf_resetParkAirport();
+        simTimeMode = false;
+        currentQnh = 1013;
+    }
+
+    Replay(const Replay&) = delete;
+    Replay& operator=(const Replay&) = delete;
+
+    ReplayResult run()
+    {
+        const auto begun = std::chrono::steady_clock::now();
+        m_result.clockAtStart = m_simulator.now();
+        const auto ticks = static_cast<int32_t>(std::lround(m_options.seconds * kTicksPerSecond));
+        for (int32_t n = 0; n < ticks; ++n) {
+            if (n % kTicksPerSecond == 0) {
+                fetchLines(n / kTicksPerSecond);
+            }
+            hearUntil(m_options.from + static_cast<double>(n) / kTicksPerSecond);
+            step();
+            if (tick % kTicksPerSecond == 0) {
+                second();
+            }
+        }
+        m_result.wallSeconds =
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - begun).count();
+        m_result.simulatedSeconds = m_options.seconds;
+        return finish();
+    }
+
+private:
+    static constexpr double kTickSeconds = 0.01;
+
+    void connect()
+    {
+        if (!gf_openSim() || !gf_requestUserOnGround() || !gf_requestUserTitleAndModel()) {
+            throw std::runtime_error("the simulator in process can't be reached");
+        }
+        requestUserPosition();
+        for (int i = 0; i < 2 * kTicksPerSecond && !simRunning; ++i) {
+            m_simulator.advance(kTickSeconds);
+            gf_dispatchSim();
+        }
+        const std::scoped_lock lock(feedMutex);
+        intakeOpen = true;
+    }
+
+    void step()
+    {
+        m_simulator.advance(kTickSeconds);
+        gf_dispatchSim();
+        if (!trafficPass()) {
+            throw std::runtime_error("the run ended by itself");
+        }
+        m_judge.onTick();
+        if (m_observer != nullptr) {
+            m_observer->onTick(tick);
+        }
+    }
+
+    void second()
+    {
+        m_judge.onSecond(m_simulator);
+        m_result.aircraftSeconds += static_cast<double>(m_judge.active());
+        if (m_observer != nullptr) {
+            m_observer->onSecond(tick, m_simulator);
+        } else {
+            m_simulator.takeCalls();
+        }
+    }
+
+    // A stretch of the feed at a time: a day has many lines.
+    void fetchLines(int32_t second)
+    {
+        constexpr int32_t kStretch = 60;
+        if (second % kStretch != 0) {
+            return;
+        }
+        const double from = m_options.from + second;
+        m_lines = m_feed.lines(from, from + kStretch);
+        m_next = 0;
+    }
+
+    void hearUntil(double time)
+    {
+        for (; m_next < m_lines.size() && m_lines[m_next].time <= time; ++m_next) {
+            hear(m_options.pressureAltitudes ? gf_withPressureAltitude(m_lines[m_next].text, m_options.qnh)
+                                             : m_lines[m_next].text);
+        }
+    }
+
+    void hear(const std::string& line)
+    {
+        if (line.empty() || line.size() >= kDatagramLimit) {
+            ++m_result.feedLines["no datagram"];
+            return;
+        }
+        std::memcpy(trafficReader.buffer.data(), line.data(), line.size());
+        trafficReader.takeDatagram(line.size());
+        ++m_result.feedLines[std::string(gf_outcomeText(trafficReader.outcome))];
+        if (trafficReader.outcome == LineOutcome::Taken) {
+            const std::scoped_lock lock(feedMutex);
+            if (!feedQueue.empty()) {
+                m_judge.onReport(feedQueue.back());
+            }
+        }
+    }
+
+    ReplayResult finish()
+    {
+        m_result.findings = m_judge.finish();
+        m_result.lives = m_simulator.lives();
+        m_result.complaints = m_simulator.complaints();
+        m_result.counts = m_simulator.counts();
+        return std::move(m_result);
+    }
+
+    const FeedSource& m_feed;
+    const ReplayOptions& m_options;
+    ReplayObserver* m_observer;
+    VirtualSimulator m_simulator;
+    ReplayJudge m_judge;
+    ReplayResult m_result;
+    std::vector<DayLine> m_lines;
+    size_t m_next = 0;
+};
+
+ReplayResult gf_replay(const FeedSource& feed, const ReplayOptions& options, ReplayObserver* observer)
+{
+    return Replay(feed, options, observer).run();
+}
+
+std::string gf_withPressureAltitude(const std::string& line, int32_t qnh)
+{
+    constexpr double kFeetPerHectopascal = 27.3;  // near sea level in the standard atmosphere
+    constexpr int kStandardQnh = 1013;
+    constexpr size_t kAltitudeField = 4;
+    size_t begin = 0;
+    for (size_t field = 0; field < kAltitudeField; ++field) {
+        begin = line.find(',', begin);
+        if (begin == std::string::npos) {
+            return line;
+        }
+        ++begin;
+    }
+    const size_t end = line.find(',', begin);
+    const double altitude = std::strtod(line.c_str() + begin, nullptr);
+    if (end == std::string::npos || altitude == 0) {
+        return line;
+    }
+    const double shown = altitude + (kStandardQnh - qnh) * kFeetPerHectopascal;
+    return line.substr(0, begin) + format("{:.0f}", shown) + line.substr(end);
+}
+
+}  // namespace vlt
