@@ -51,6 +51,32 @@ void ghostCheck(const std::string& callsign)
     removeAircraftFromSim(*ghost, "a ghost, its twin is here");
 }
 
+// --- doubles
+
+LiveAc* gf_doubleOf(const LiveAc& ac, std::string_view callsign, std::string_view regcode)
+{
+    const auto found = std::ranges::find_if(liveAcs, [&](const LiveAc& other) {
+        return &other != &ac && other.fs != FsState::Buffer && other.fs != FsState::RemovingFromSim &&
+               ((!callsign.empty() && other.callsign == callsign) ||
+                (!regcode.empty() && other.regcode == regcode));
+    });
+    return found == liveAcs.end() ? nullptr : &*found;
+}
+
+bool gf_makesWayForDouble(const LiveAc& newcomer)
+{
+    while (LiveAc* other = gf_doubleOf(newcomer, newcomer.callsign, newcomer.regcode)) {
+        const bool parked = other->st == StState::Parked && other->fs == FsState::Active;
+        const bool ghost =
+            gf_isGhost(other->callsign) && !gf_isGhost(newcomer.callsign) && other->fs == FsState::Active;
+        if (!parked && !ghost) {
+            return false;
+        }
+        removeAircraftFromSim(*other, "reported anew elsewhere");
+    }
+    return true;
+}
+
 // --- the route
 
 bool updateRoute(LiveAc& ac, const FeedRecord& record)
@@ -168,7 +194,7 @@ static void lf_fillBuffered(LiveAc& ac, const FeedRecord& record)
     replace(ac.regcode, record.regcode);
 }
 
-enum class CallsignChange { None, Taken, Ghost };
+enum class CallsignChange { None, Taken, Double };
 
 static CallsignChange lf_updateCallsign(LiveAc& ac, const std::string& callsign)
 {
@@ -178,7 +204,10 @@ static CallsignChange lf_updateCallsign(LiveAc& ac, const std::string& callsign)
     if (!gf_isGhost(callsign)) {
         ghostCheck(callsign);
     } else if (hasTwin(callsign)) {
-        return CallsignChange::Ghost;
+        return CallsignChange::Double;
+    }
+    if (gf_doubleOf(ac, callsign, "") != nullptr) {
+        return CallsignChange::Double;
     }
     ac.callsign = callsign;
     ac.coupledCs1 = callsign;
@@ -201,7 +230,7 @@ bool identityUpdate(LiveAc& ac, const FeedRecord& record)
     const bool sameRoute = updateRoute(ac, record);
     const bool sameLivery = updateRegcode(ac, record);
     const CallsignChange change = lf_updateCallsign(ac, record.callsign);
-    if (change == CallsignChange::Ghost) {
+    if (change == CallsignChange::Double) {
         return false;
     }
     if ((change == CallsignChange::None && sameRoute && sameLivery) || !GUID_CHANGES.value) {

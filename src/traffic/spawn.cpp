@@ -160,7 +160,8 @@ static Gate lf_gateForIdentity(LiveAc& ac)
     if (failedLiveries.contains(gf_failedKey(ac))) {
         return Gate::Erase;
     }
-    return gf_isGhost(ac.callsign) && hasTwin(ac.callsign) ? Gate::Erase : Gate::Pass;
+    const bool hasPlace = !(gf_isGhost(ac.callsign) && hasTwin(ac.callsign)) && gf_makesWayForDouble(ac);
+    return hasPlace ? Gate::Pass : Gate::Erase;
 }
 
 static Gate lf_judge(LiveAc& ac)
