@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <map>
 #include <stdexcept>
 #include <vector>
@@ -64,7 +63,7 @@ void ReplayRecorder::onTick(int32_t now)
         if (ac.fs != FsState::Active) {
             continue;
         }
-        fmt::format_to(std::back_inserter(m_rows),
+        fmt::format_to(fmt::appender(m_rows),
                        "{},{},{},{},{},{},{:.7f},{:.7f},{:.2f},{:.2f},{:.2f},{:.2f},{:.1f},{},{:.2f}\n", now,
                        ac.hexid, ac.objectid, lf_cell(ac.callsign), stateWord(ac.fs), stateWord(ac.st),
                        ac.lat, ac.lon, ac.alt, ac.hdg * kDegPerRad, ac.pitch * kDegPerRad,
@@ -89,7 +88,7 @@ static std::string lf_values(const SimCall& call)
 
 void ReplayRecorder::onSecond(int32_t, VirtualSimulator& simulator)
 {
-    m_tracks << m_rows;
+    m_tracks.write(m_rows.data(), static_cast<std::streamsize>(m_rows.size()));
     m_rows.clear();
     const std::vector<SimCall> calls = simulator.takeCalls();
     if (!m_events.is_open()) {

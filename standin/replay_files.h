@@ -3,6 +3,7 @@
 // The same replay writes the same bytes; the only thing that isn't the same twice, its duration, stays out.
 #pragma once
 
+#include "core/text.h"
 #include "standin/replay.h"
 
 #include <cstdint>
@@ -27,7 +28,7 @@ public:
 private:
     std::ofstream m_tracks;
     std::ofstream m_events;
-    std::string m_rows;  // of the present second
+    fmt::memory_buffer m_rows;  // of the present second
     int32_t m_everyTicks;
 };
 

@@ -23,6 +23,9 @@ static LatLon lf_place(const ParkPos& stand)
 
 std::string gf_standName(const StaticAc& ac)
 {
+    if (ac.standId == kNoStand) {
+        return "sid==0?";
+    }
     const ParkPos* stand = gf_stand(ac.standId);
     return stand != nullptr ? stand->id : "unknown";
 }
@@ -39,8 +42,7 @@ LiveAc* gf_holderOf(uint32_t standId, StState st, StState otherSt, const LiveAc&
 bool gf_wouldTouch(double halfSpan, const ParkPos& stand, double otherHalfSpan, const ParkPos& otherStand)
 {
     constexpr double kMargin = 1.1;
-    return gf_isNullPosition(lf_place(otherStand)) ||
-           (halfSpan + otherHalfSpan) * kMargin >= distNm(lf_place(stand), lf_place(otherStand));
+    return (halfSpan + otherHalfSpan) * kMargin >= distNm(lf_place(stand), lf_place(otherStand));
 }
 
 bool gf_keptForUser(const ParkPos& stand)
@@ -304,12 +306,12 @@ std::vector<ParkedStay> oldParkedRound()
         if (!lf_isParked(ac)) {
             continue;
         }
-        const int32_t longest = ac.category == AcCategory::Heavy ? 180 : 90;
-        const int32_t minutes = ac.liveAtStand ? 0 : (tick - ac.parkedSince) / kMinute;
-        if (minutes > longest && !INITIAL_LOAD_ONLY.value) {
+        const int32_t longest = (ac.category == AcCategory::Heavy ? 180 : 90) * kMinute;
+        const int32_t stay = ac.liveAtStand ? 0 : tick - ac.parkedSince;
+        if (stay > longest && !INITIAL_LOAD_ONLY.value) {
             removeAircraftFromSim(ac, "parked for long enough");
         } else {
-            stays.push_back({ac.standId, minutes, gf_flightText(ac)});
+            stays.push_back({ac.standId, stay / kMinute, gf_flightText(ac)});
         }
     }
     std::ranges::stable_sort(stays, {}, &ParkedStay::minutes);

@@ -17,14 +17,14 @@ namespace vlt {
 // How many aircraft are wanted parked at the airport, static and live together; 0 without static parking.
 extern int32_t maxPark;  // [worker]
 
-// The id of the stand of an aircraft, "unknown" if it has none that is known.
+// The id of the stand of an aircraft, "unknown" if it isn't known, "sid==0?" if it has none.
 std::string gf_standName(const StaticAc& ac);
 
 // A live aircraft that holds this stand, active and in one of two phases, other than `except`; nullptr for
 // none.
 LiveAc* gf_holderOf(uint32_t standId, StState st, StState otherSt, const LiveAc& except);
 
-// The two aircraft would touch on these stands, or one stand's position isn't known.
+// The two aircraft would touch on these stands.
 bool gf_wouldTouch(double halfSpan, const ParkPos& stand, double otherHalfSpan, const ParkPos& otherStand);
 
 // The stand is the reserved one, or the one at which the user is.

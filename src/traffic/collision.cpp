@@ -129,12 +129,10 @@ static void lf_checkLiveAgainstStatic()
 
 void gf_checkCollisions()
 {
-    if (gf_isNullPosition(lf_user())) {
-        return;
-    }
-    if (userOnGround && COLLISION_USER_GND.value) {
+    const bool userKnown = !gf_isNullPosition(lf_user());
+    if (userKnown && userOnGround && COLLISION_USER_GND.value) {
         lf_checkUserOnGround();
-    } else if (!userOnGround && COLLISION_USER_AIR.value) {
+    } else if (userKnown && !userOnGround && COLLISION_USER_AIR.value) {
         lf_checkUserInAir();
     }
     if (COLLISION_LIVE_PARKED_GND.value && !staticAcs.empty()) {

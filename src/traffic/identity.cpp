@@ -7,6 +7,7 @@
 #include "liveries/database.h"
 #include "liveries/regcodes.h"
 #include "traffic/arrival.h"
+#include "traffic/geodesy.h"
 #include "traffic/removal.h"
 
 #include <algorithm>
@@ -194,25 +195,26 @@ static void lf_fillBuffered(LiveAc& ac, const FeedRecord& record)
     replace(ac.regcode, record.regcode);
 }
 
-enum class CallsignChange { None, Taken, Double };
-
-static CallsignChange lf_updateCallsign(LiveAc& ac, const std::string& callsign)
+// The record tells a call sign that is new to the aircraft.
+static bool lf_changesCallsign(const LiveAc& ac, const FeedRecord& record)
 {
-    if (callsign.empty() || callsign == ac.callsign || callsign == ac.regcode) {
-        return CallsignChange::None;
-    }
-    if (!gf_isGhost(callsign)) {
-        ghostCheck(callsign);
-    } else if (hasTwin(callsign)) {
-        return CallsignChange::Double;
-    }
-    if (gf_doubleOf(ac, callsign, "") != nullptr) {
-        return CallsignChange::Double;
-    }
+    return !record.callsign.empty() && record.callsign != ac.callsign && record.callsign != ac.regcode;
+}
+
+// Under this call sign the aircraft would be seen twice.
+static bool lf_isTaken(const LiveAc& ac, const std::string& callsign)
+{
+    return (gf_isGhost(callsign) && hasTwin(callsign)) || gf_doubleOf(ac, callsign, "") != nullptr;
+}
+
+static void lf_takeCallsign(LiveAc& ac, const std::string& callsign)
+{
     ac.callsign = callsign;
     ac.coupledCs1 = callsign;
     ac.coupledCs2.clear();
-    return CallsignChange::Taken;
+    if (!gf_isGhost(callsign)) {
+        ghostCheck(callsign);
+    }
 }
 
 bool identityUpdate(LiveAc& ac, const FeedRecord& record)
@@ -227,16 +229,19 @@ bool identityUpdate(LiveAc& ac, const FeedRecord& record)
     if (ac.fs != FsState::Active || ac.st == StState::PushingBack || ac.extendCount >= 1) {
         return true;
     }
-    const bool sameRoute = updateRoute(ac, record);
-    const bool sameLivery = updateRegcode(ac, record);
-    const CallsignChange change = lf_updateCallsign(ac, record.callsign);
-    if (change == CallsignChange::Double) {
+    const bool newCallsign = lf_changesCallsign(ac, record);
+    if (newCallsign && lf_isTaken(ac, record.callsign)) {
         return false;
     }
-    if ((change == CallsignChange::None && sameRoute && sameLivery) || !GUID_CHANGES.value) {
+    const bool sameRoute = updateRoute(ac, record);
+    const bool sameLivery = updateRegcode(ac, record);
+    if (newCallsign) {
+        lf_takeCallsign(ac, record.callsign);
+    }
+    if ((!newCallsign && sameRoute && sameLivery) || !GUID_CHANGES.value) {
         return true;
     }
-    logLine(format("          {} respawns", gf_flightText(ac)));
+    lf_logTalkative(format("          {} respawns", gf_flightText(ac)));
     liveryRespawn(ac);
     return false;
 }

@@ -209,6 +209,7 @@ static void lf_setUpStatic(const SimMessage& message)
     ac->fs = FsState::Active;
     ac->objectid = message.objectid;
     parkedConfig(*ac);
+    logLine(format("{:8}: {:8} parked", gf_standName(*ac), ac->callsign));
     if (ac->removeWhenAdded) {
         ac->removeWhenAdded = false;
         removeAircraftFromSim(*ac, ac->goesBecause);

@@ -56,7 +56,7 @@ static bool lf_hold(LiveAc& ac)
     if (!ac.holding) {
         ac.holding = true;
         ac.holdStart = tick;
-    } else if ((tick - ac.holdStart) / kTicksPerMinute > MAX_HOLDING_MINUTES.value) {
+    } else if (tick - ac.holdStart > MAX_HOLDING_MINUTES.value * kTicksPerMinute) {
         return false;
     }
     PosSample sample = ac.stream.front();

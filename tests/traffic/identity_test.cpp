@@ -185,6 +185,18 @@ TEST_F(Identity, aGhostGoesForGoodWhenItsTwinComes)
     EXPECT_TRUE(again.eraseNow);
 }
 
+TEST_F(Identity, aGhostMayTurnOutToBeTheFlightItself)
+{
+    LiveAc& ac = gf_addFlying(20001, "BAW3AK_");
+    FeedRecord record = report(ac);
+    record.callsign = "BAW3AK";
+    EXPECT_FALSE(identityUpdate(ac, record));
+    EXPECT_EQ(FsState::LiveryRespawn, ac.fs);
+    EXPECT_EQ("BAW3AK", ac.callsign);
+    EXPECT_TRUE(ghostCallsigns.empty());
+    EXPECT_EQ(1U, removeWaitQueue.size());
+}
+
 TEST_F(Identity, anAircraftDoesNotBecomeAGhostOrADouble)
 {
     for (const char* callsign : {"DLH1_", "DLH1"}) {

@@ -1,0 +1,255 @@
+// The replay itself: the same twice, and hostile recordings, after which the engine still stands.
+#include "core/text.h"
+#include "standin/day_airport.h"
+#include "standin/replay_files.h"
+#include "support/road.h"
+#include "traffic/geodesy.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <functional>
+#include <sstream>
+
+namespace vlt {
+
+static std::string lf_textOf(const std::filesystem::path& path)
+{
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+class Replays : public ::testing::Test
+{
+public:
+    // An aircraft that flies by, one that parks, and one that leaves its gate.
+    void fill(double period = 4)
+    {
+        stage.useGates();
+        stage.add(
+            {100001, "OVER1", "A320", "", "", ""},
+            gf_journey({{{gf_at(-40000, 9000, 420, 20000), gf_at(40000, 9000, 420, 20000)}, false, 0, 0}}),
+            period);
+        stage.add({100002, "PARK2", "A320", "", "", ""},
+                  gf_journey({{{gf_at(60, -2, 0), gf_at(60, -1, 0)}, false, 500, 0}}), period);
+        stage.add({100003, "PUSH3", "A320", "", "", ""},
+                  gf_journey({{{gf_at(0, 0, 0), gf_at(0, -80, 3), gf_at(60, -80, 0)}, true, 90, 0},
+                              {{gf_at(60, -80, 0), gf_at(900, -80, 12)}, false, 40, 200}}),
+                  period);
+    }
+    // Plays and expects that nothing was that must never be.
+    ReplayResult play(double seconds)
+    {
+        ReplayResult result = stage.play(seconds);
+        EXPECT_EQ(0, result.findings.invariantBreakCount)
+            << (result.findings.invariantBreaks.empty() ? "" : result.findings.invariantBreaks[0].what);
+        EXPECT_EQ(0U, result.counts.complaints)
+            << (result.complaints.empty() ? "" : result.complaints[0].reason);
+        return result;
+    }
+    static int64_t driven(const ReplayResult& result)
+    {
+        return std::ranges::count_if(result.findings.lives,
+                                     [](const ReplayLife& life) { return life.activeTick >= 0; });
+    }
+
+    RoadStage stage;
+    TempFolder out;
+};
+
+TEST_F(Replays, theSameInputGivesTheSameBytes)
+{
+    DayOptions day;
+    day.world = stage.options.world;
+    const FeedSource feed(day);
+    stage.options.user.lat = kDayAirport.lat + 0.02;
+    stage.options.seconds = 200;
+    const char* names[] = {"tracks.csv", "events.csv", "aircraft.csv", "report.json"};
+    for (const char* folder : {"a", "b"}) {
+        ReplayRecorder recorder(out.path() / folder, 10, true);
+        gf_writeReplay(gf_replay(feed, stage.options, &recorder), out.path() / folder);
+    }
+    for (const char* name : names) {
+        const std::string first = lf_textOf(out.path() / "a" / name);
+        EXPECT_GT(first.size(), 1000U) << name;
+        EXPECT_TRUE(first == lf_textOf(out.path() / "b" / name)) << name;
+    }
+}
+
+TEST_F(Replays, parkedAircraftDontDanceForTwoHours)
+{
+    stage.useGates();
+    // Reports every ten seconds, up to 15 m off to all sides.
+    std::vector<PathState> noise;
+    for (int i = 0; i < 720; ++i) {
+        PathState state;
+        state.time = i * 10.0;
+        const double angle = i * 2.4;
+        const double off = (i * 37 % 150) / 10.0;
+        state.east = 60 + off * std::sin(angle);
+        state.north = off * std::cos(angle);
+        noise.push_back(state);
+    }
+    stage.add({}, noise, 10);
+    play(7200);
+    double farthest = 0;
+    size_t parked = 0;
+    for (const RoadLook& look : stage.looks) {
+        if (look.fs == FsState::Active) {
+            EXPECT_EQ(StState::Parked, look.st);
+            farthest = std::max({farthest, std::abs(look.east - stage.looks.back().east),
+                                 std::abs(look.north - stage.looks.back().north)});
+            ++parked;
+        }
+    }
+    EXPECT_GT(parked, 60'000U);
+    EXPECT_EQ(0.0, farthest);
+}
+
+TEST_F(Replays, hostileRecordings)
+{
+    const struct {
+        const char* what;
+        std::function<void(Replays&)> fill;
+        int64_t leastDriven;
+    } cases[] = {
+        {"in order", [](Replays& t) { t.fill(); }, 3},
+        {"every report three times",
+         [](Replays& t) {
+             for (int i = 0; i < 3; ++i) {
+                 t.fill();
+             }
+         },
+         3},
+        {"reports too rare to follow", [](Replays& t) { t.fill(60); }, 0},
+        {"a minute of silence",
+         [](Replays& t) {
+             t.fill();
+             t.stage.editLines([](std::string& line) {
+                 const int second = std::stoi(line.substr(line.find("1717665") + 7));
+                 if (second > 700 && second < 760) {
+                     line.clear();
+                 }
+             });
+         },
+         3},
+        {"two aircraft with one call sign",
+         [](Replays& t) {
+             const auto high = gf_journey(
+                 {{{gf_at(-40000, 9000, 420, 20000), gf_at(40000, 9000, 420, 20000)}, false, 0, 0}});
+             const auto low = gf_journey(
+                 {{{gf_at(30000, -9000, 250, 9000), gf_at(-20000, -9000, 250, 9000)}, false, 0, 0}});
+             t.stage.add({100001, "TWIN1", "A320", "", "", ""}, high);
+             t.stage.add({100002, "TWIN1", "B738", "", "", ""}, low);
+         },
+         1},
+        {"one aircraft under two addresses",
+         [](Replays& t) {
+             const auto way = gf_journey(
+                 {{{gf_at(-40000, 9000, 420, 20000), gf_at(40000, 9000, 420, 20000)}, false, 0, 0}});
+             t.stage.add({100001, "ONE1", "A320", "G-EUUA", "", ""}, way);
+             t.stage.add({100002, "ONE2", "A320", "G-EUUA", "", ""}, way, 4, 2);
+         },
+         1},
+        {"an aircraft that appears in two places in turn",
+         [](Replays& t) {
+             const auto here = gf_journey(
+                 {{{gf_at(-40000, 9000, 420, 20000), gf_at(40000, 9000, 420, 20000)}, false, 0, 0}});
+             const auto there = gf_journey(
+                 {{{gf_at(40000, -9000, 420, 9000), gf_at(-40000, -9000, 420, 9000)}, false, 0, 0}});
+             t.stage.add({100001, "JUMP1", "A320", "", "", ""}, here, 8);
+             t.stage.add({100001, "JUMP1", "A320", "", "", ""}, there, 8, 4);
+         },
+         1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        stage.clear();
+        stage.options.airportFile.clear();
+        c.fill(*this);
+        EXPECT_GE(driven(play(400)), c.leastDriven);
+    }
+}
+
+TEST_F(Replays, timeStampsOutOfOrderAndJumping)
+{
+    fill();
+    // The lines come in their order, but say other times.
+    int n = 0;
+    const auto shifts = {0.0, -7.0, 0.0, 180.0, -600.0};
+    stage.editLines([&](std::string& line) {
+        const double shift = *(shifts.begin() + ++n % 5);
+        const size_t at = line.find("1717");
+        if (at != std::string::npos) {
+            const size_t end = line.find(',', at);
+            const double stamp = std::stod(line.substr(at, end - at));
+            line.replace(at, end - at, format("{:.2f}", stamp + shift));
+        }
+    });
+    EXPECT_GE(play(400).findings.lives.size(), 3U);
+}
+
+TEST_F(Replays, atThePoleAndAcrossTheDateLine)
+{
+    const struct {
+        const char* what;
+        double lat, lon, dLat, dLon;
+    } cases[] = {{"the date line eastwards", -17, 179.6, 0, 0.0006},
+                 {"the date line westwards", 52, -179.7, 0, -0.0009},
+                 {"close by the pole", 89.7, 10, 0.0012, 0}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        stage.clear();
+        stage.options.airportFile.clear();
+        stage.options.user.lat = c.lat;
+        stage.options.user.lon = c.lon;
+        for (int i = 0; i < 200; ++i) {
+            stage.add({i * 3.0, gf_roadLine(100001, "EDGE1", c.lat + c.dLat * i * 3, c.lon + c.dLon * i * 3,
+                                            i * 3.0)});
+        }
+        double worst = 0;
+        std::optional<LatLon> before;
+        stage.watched = 100001;
+        stage.onLook = [&](const RoadLook& look) {
+            const LatLon at{look.lat, look.lon};
+            if (look.fs == FsState::Active && before) {
+                worst = std::max(worst, distNm(*before, at) * kMetresPerNm);
+            }
+            before = look.fs == FsState::Active ? std::optional(at) : std::nullopt;
+        };
+        EXPECT_EQ(1, driven(play(500)));
+        // 280 kt are 14 m in a tenth of a second.
+        EXPECT_GT(worst, 5);
+        EXPECT_LT(worst, 60);
+    }
+}
+
+TEST_F(Replays, fourHundredAircraftAtOnce)
+{
+    for (uint32_t i = 0; i < 400; ++i) {
+        const double side = i % 2 != 0 ? 1 : -1;
+        const double north = (static_cast<double>(i) - 200) * 250;
+        stage.add({200000 + i, format("MASS{}", i), "A320", "", "", ""},
+                  gf_journey({{{gf_at(-side * 20000, north, 420, 8000 + i * 50.0),
+                                gf_at(side * 20000, north, 420, 8000 + i * 50.0)},
+                               false,
+                               0,
+                               0}}),
+                  6);
+    }
+    EXPECT_GT(driven(play(150)), 200);
+}
+
+TEST(PressureAltitude, isTheFifthFieldShifted)
+{
+    EXPECT_EQ("RTTFC,1,2,3,1900,0,0", gf_withPressureAltitude("RTTFC,1,2,3,1081,0,0", 983));
+    EXPECT_EQ("RTTFC,1,2,3,262,0,0", gf_withPressureAltitude("RTTFC,1,2,3,1081,0,0", 1043));
+    for (const char* untouched : {"RTTFC,1,2,3,0,0,1", "RTTFC,1", ""}) {
+        EXPECT_EQ(untouched, gf_withPressureAltitude(untouched, 983));
+    }
+}
+
+}  // namespace vlt

@@ -1,0 +1,312 @@
+// The roads of aircraft, from their first report to the end: every one through the whole engine.
+#include "core/parameters.h"
+#include "support/road.h"
+#include "traffic/geodesy.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+namespace vlt {
+
+// Runway 09/27 lies 800 m south of the gates, from 1500 m west to 1500 m east.
+constexpr double kRunway = -800;
+constexpr double kGateLane = -80;
+
+class Roads : public ::testing::Test
+{
+protected:
+    void TearDown() override
+    {
+        MAX_HOLDING_MINUTES.value = MAX_HOLDING_MINUTES.def;
+        GUID_CHANGES.value = true;
+    }
+
+    ReplayResult play(double seconds)
+    {
+        ReplayResult result = stage.play(seconds);
+        for (const InvariantBreak& b : result.findings.invariantBreaks) {
+            ADD_FAILURE() << "tick " << b.tick << ": " << b.what;
+        }
+        for (const Complaint& c : result.complaints) {
+            ADD_FAILURE() << c.function << ": " << c.reason;
+        }
+        return result;
+    }
+    std::vector<RoadLook> phase(StState st) const
+    {
+        std::vector<RoadLook> found;
+        std::ranges::copy_if(stage.looks, std::back_inserter(found), [st](const RoadLook& look) {
+            return look.fs == FsState::Active && look.st == st;
+        });
+        return found;
+    }
+    // The road from the lane before the gates onto the runway and into the air, westwards.
+    static RouteLeg toRunway(double laneEast)
+    {
+        return {{gf_at(laneEast, kGateLane, 0), gf_at(laneEast + 200, kGateLane, 12),
+                 gf_at(1400, kGateLane, 14), gf_at(1400, kRunway, 8), gf_at(1300, kRunway, 0)},
+                false,
+                60,
+                20};
+    }
+    static RouteLeg takeOff()
+    {
+        return {{gf_at(1300, kRunway, 0), gf_at(-100, kRunway, 145), gf_at(-1600, kRunway, 158, 350),
+                 gf_at(-12000, kRunway, 210, 4000), gf_at(-40000, kRunway, 280, 10000)},
+                false,
+                0,
+                0};
+    }
+    // Down the approach from the east to `knots` on the runway.
+    static std::vector<RoutePoint> approach(double touchdown, double knots)
+    {
+        return {gf_at(touchdown + 22000, kRunway, 185, 3780),
+                gf_at(touchdown + 7400, kRunway, knots + 6, 1270),
+                gf_at(touchdown + 250, kRunway, knots + 2, 22), gf_at(touchdown, kRunway, knots)};
+    }
+    static RouteLeg landing(const RoutePoint& to)
+    {
+        RouteLeg leg;
+        leg.points = approach(1000, 134);
+        leg.points.insert(leg.points.end(), {gf_at(-400, kRunway, 24), gf_at(-600, kRunway, 16),
+                                             gf_at(-600, kGateLane, 12), gf_at(to.east, kGateLane, 6), to});
+        leg.pauseAfter = 200;
+        return leg;
+    }
+
+    RoadStage stage;
+};
+
+TEST_F(Roads, fromTheGateToTheRunwayAndAway)
+{
+    stage.useGates();
+    RouteLeg push{{gf_at(0, 0, 0), gf_at(0, kGateLane, 3), gf_at(60, kGateLane, 0)}, true, 90, 0};
+    stage.add({}, gf_journey({push, toRunway(60), takeOff()}));
+    play(1000);
+    EXPECT_EQ("parked pushing_back pushed_back taxi take_off flying", gf_phases(stage.looks));
+    const auto pushed = phase(StState::PushingBack);
+    ASSERT_FALSE(pushed.empty());
+    // Tail first: south of the gate it goes on south, its nose north at the beginning.
+    EXPECT_NEAR(0, std::remainder(pushed.front().headingDeg, 360), 1);
+    for (size_t i = 1; i < pushed.size(); ++i) {
+        EXPECT_LE(pushed[i].north, pushed[i - 1].north + 0.01);
+        EXPECT_LE(pushed[i].speed, 0);
+    }
+    EXPECT_LT(pushed.back().north, -40);
+    const auto rotation = phase(StState::TakeOff);
+    ASSERT_FALSE(rotation.empty());
+    EXPECT_NEAR(270, rotation.front().headingDeg, 4);
+    EXPECT_NEAR(kRunway, rotation.front().north, 5);
+    const auto flying = phase(StState::Flying);
+    ASSERT_FALSE(flying.empty());
+    EXPECT_GT(flying.back().feet, 3000);
+    EXPECT_FALSE(flying.back().onGround);
+}
+
+TEST_F(Roads, thePushBackTurnsToTheSideOfTheReportsUnlessItIsToBeStraight)
+{
+    for (const bool straight : {false, true}) {
+        stage.useGates();
+        STRAIGHT_PBS_ONLY.value = straight;
+        RouteLeg push{{gf_at(0, 0, 0), gf_at(0, -35, 3, 0, 25), gf_at(-90, -35, 0)}, true, 90, 0};
+        stage.add({}, gf_journey({push, {{gf_at(-90, -35, 0), gf_at(200, -35, 10)}, false, 90, 10}}));
+        play(400);
+        STRAIGHT_PBS_ONLY.value = false;
+        const auto after = phase(StState::PushedBack);
+        ASSERT_FALSE(after.empty());
+        // The tail goes west, so the nose comes to point east.
+        EXPECT_NEAR(straight ? 0 : 90, std::remainder(after.front().headingDeg, 360), 15) << straight;
+        EXPECT_NEAR(straight ? 0 : -17, after.front().east, 2) << straight;
+        stage.clear();
+    }
+}
+
+TEST_F(Roads, fromTheRunwayToTheGate)
+{
+    stage.useGates();
+    stage.add({}, gf_journey({landing(gf_at(60, -9, 0))}));
+    const ReplayResult result = play(900);
+    EXPECT_EQ("flying taxi parking parked", gf_phases(stage.looks));
+    ASSERT_EQ(1U, result.findings.lives.size());
+    const ReplayLife& life = result.findings.lives[0];
+    EXPECT_EQ("G2", life.stands);
+    EXPECT_LT(life.standDistanceM, 2);
+    ASSERT_TRUE(life.touchdown);
+    EXPECT_LT(life.firstGroundReportM, 300);
+    EXPECT_LT(life.touchdown->sinkFpm, 700);
+    EXPECT_NEAR(0, std::remainder(stage.looks.back().headingDeg, 360), 1);
+    EXPECT_NEAR(0, stage.looks.back().feet, 0.1);
+}
+
+TEST_F(Roads, outOfARampStandForwards)
+{
+    stage.useGates();
+    // R1 faces south; the way out lies ahead.
+    stage.add({}, gf_journey({{{gf_at(400, 0, 0), gf_at(400, kGateLane, 8), gf_at(1400, kGateLane, 14),
+                                gf_at(1400, kRunway, 8), gf_at(1300, kRunway, 0)},
+                               false,
+                               90,
+                               20},
+                              takeOff()}));
+    play(700);
+    EXPECT_EQ("parked taxi take_off flying", gf_phases(stage.looks));
+    const auto taxi = phase(StState::Taxi);
+    ASSERT_FALSE(taxi.empty());
+    EXPECT_NEAR(180, taxi.front().headingDeg, 2);
+}
+
+TEST_F(Roads, aTouchAndGo)
+{
+    stage.useGates();
+    RouteLeg leg;
+    leg.points = approach(1000, 120);
+    leg.points.insert(leg.points.end(), {gf_at(200, kRunway, 105), gf_at(-500, kRunway, 125),
+                                         gf_at(-3000, kRunway, 140, 800), gf_at(-12000, kRunway, 180, 3000)});
+    stage.add({}, gf_journey({leg}), 2);
+    const ReplayResult result = play(600);
+    EXPECT_EQ("flying taxi take_off flying", gf_phases(stage.looks));
+    EXPECT_TRUE(result.findings.lives.at(0).touchdown);
+    EXPECT_TRUE(std::ranges::any_of(stage.looks, &RoadLook::landingRoll));
+    EXPECT_GT(stage.looks.back().feet, 500);
+}
+
+TEST_F(Roads, aLandingBrokenOffAtTheLastMoment)
+{
+    stage.useGates();
+    RouteLeg leg;
+    leg.points = approach(1000, 125);
+    // One look at the ground, then away again.
+    leg.points.insert(leg.points.end(),
+                      {gf_at(950, kRunway, 125), gf_at(600, kRunway, 130, 60),
+                       gf_at(-3000, kRunway, 150, 1200), gf_at(-14000, kRunway, 190, 4000)});
+    stage.add({}, gf_journey({leg}), 2);
+    play(600);
+    EXPECT_TRUE(gf_phases(stage.looks).ends_with("flying"));
+    EXPECT_GT(stage.looks.back().feet, 1000);
+    const auto driven = [](const RoadLook& look) { return look.fs == FsState::Active; };
+    for (auto look = std::ranges::find_if(stage.looks, driven); look != stage.looks.end(); ++look) {
+        EXPECT_GT(look->feet, -3) << look->tick;
+    }
+}
+
+TEST_F(Roads, aGoAroundNeverTouchesTheGround)
+{
+    stage.useGates();
+    RouteLeg leg;
+    leg.points = {gf_at(23000, kRunway, 185, 3780), gf_at(8400, kRunway, 140, 1270),
+                  gf_at(3500, kRunway, 136, 420),   gf_at(1500, kRunway, 140, 420),
+                  gf_at(-4000, kRunway, 160, 2000), gf_at(-16000, kRunway, 200, 4500)};
+    stage.add({}, gf_journey({leg}), 3);
+    const ReplayResult result = play(600);
+    EXPECT_EQ("flying", gf_phases(stage.looks));
+    EXPECT_FALSE(result.findings.lives.at(0).touchdown);
+    EXPECT_GT(stage.looks.back().feet, 1500);
+}
+
+TEST_F(Roads, aHelicopterLeavesItsPadAndComesBack)
+{
+    stage.useGates();
+    const RoutePoint pad = gf_at(-300, 0, 0);
+    stage.add(
+        {4198297, "GHELI", "R44", "G-HELI", "", ""},
+        gf_journey({{{pad, gf_at(-1500, 1200, 60, 500), gf_at(-5000, 3000, 90, 800)}, false, 120, 0},
+                    {{gf_at(-5000, 3000, 90, 800), gf_at(-6000, 0, 80, 800), gf_at(-1500, 0, 50, 300), pad},
+                     false,
+                     0,
+                     200}}));
+    const ReplayResult result = play(900);
+    const std::string phases = gf_phases(stage.looks);
+    EXPECT_TRUE(phases.starts_with("parked")) << phases;
+    EXPECT_NE(std::string::npos, phases.find("flying")) << phases;
+    EXPECT_TRUE(result.findings.lives.at(0).stands.starts_with("H1"));
+    EXPECT_NEAR(-300, stage.looks.back().east, 60);
+    EXPECT_NEAR(0, stage.looks.back().feet, 1);
+}
+
+TEST_F(Roads, anAircraftIsTowedToAnotherGate)
+{
+    stage.useGates();
+    const RoutePoint gate = gf_at(0, -5, 0);
+    RouteLeg in = landing(gate);
+    in.pauseAfter = 400;
+    // Pushed out and pulled into the third gate, slowly.
+    RouteLeg out{{gate, gf_at(0, -60, 3), gf_at(-40, -60, 0)}, true, 0, 120};
+    RouteLeg over{{gf_at(-40, -60, 0), gf_at(120, -60, 5), gf_at(120, -5, 0)}, false, 0, 300};
+    stage.add({}, gf_journey({in, out, over}));
+    const ReplayResult result = play(1800);
+    EXPECT_TRUE(std::ranges::any_of(stage.looks, &RoadLook::towed));
+    EXPECT_EQ("G1 G3", result.findings.lives.at(0).stands);
+    EXPECT_LT(result.findings.lives.at(0).standDistanceM, 2);
+}
+
+TEST_F(Roads, withoutReportsItHoldsOnTheTaxiwayAndGoesInTheEnd)
+{
+    stage.useGates();
+    MAX_HOLDING_MINUTES.value = 1;
+    RouteLeg push{{gf_at(0, 0, 0), gf_at(0, kGateLane, 3), gf_at(60, kGateLane, 0)}, true, 90, 0};
+    const auto journey = gf_journey({push, toRunway(60)});
+    stage.add({}, journey, 4, 0, journey.back().time - 100);
+    const ReplayResult result = play(journey.back().time + 250);
+    EXPECT_EQ("reports ended", result.findings.lives.at(0).why);
+    const RoadLook& last = stage.looks.back();
+    const auto still = std::ranges::find_if(stage.looks, [&last](const RoadLook& look) {
+        return look.east == last.east && look.north == last.north;
+    });
+    // At the same place for its minute of holding, looked at every three seconds.
+    EXPECT_NEAR(63, (last.tick - still->tick) / 100.0, 4);
+}
+
+TEST_F(Roads, inTheAirItFliesOnForAMinuteInsideTheRangeAndNotAtItsRim)
+{
+    for (const bool rim : {false, true}) {
+        stage.clear();
+        stage.useGates();
+        stage.options.rangeNm = 20;
+        const double end = rim ? 19.9 : 12;
+        stage.add({}, gf_journey({{{gf_at(2 * kMetresPerNm, 5000, 400, 12000),
+                                    gf_at(end * kMetresPerNm, 5000, 400, 12000)},
+                                   false,
+                                   0,
+                                   0}}));
+        const ReplayResult result = play(400);
+        const ReplayLife& life = result.findings.lives.at(0);
+        EXPECT_EQ("reports ended", life.why);
+        const double lastEast = stage.looks.back().east / kMetresPerNm;
+        // Eight samples of eight seconds, each five percent slower, are some 5.8 nm at 400 kt.
+        EXPECT_NEAR(rim ? end : end + 5.8, lastEast, 0.7) << rim;
+    }
+}
+
+TEST_F(Roads, anotherCallSignExchangesTheObjectInPlace)
+{
+    const auto journey =
+        gf_journey({{{gf_at(-40000, 5000, 400, 12000), gf_at(40000, 5000, 400, 12000)}, false, 0, 0}});
+    RoadAircraft aircraft;
+    stage.add(aircraft, journey, 4, 0, 150);
+    aircraft.callsign = "BAW77";
+    for (double at = 152; at < 300; at += 4) {
+        PathState state = gf_stateAt(journey, at);
+        state.time = 0;
+        stage.add(aircraft, {state}, 1, at);
+    }
+    play(330);
+    std::set<uint32_t> objects;
+    for (const RoadLook& look : stage.looks) {
+        if (look.fs == FsState::Active) {
+            objects.insert(look.objectid);
+        }
+    }
+    EXPECT_EQ(2U, objects.size());
+    const auto gone = std::ranges::find(stage.looks, FsState::LiveryRespawn, &RoadLook::fs);
+    ASSERT_NE(stage.looks.end(), gone);
+    const auto back = std::find_if(gone, stage.looks.end(),
+                                   [](const RoadLook& look) { return look.fs == FsState::Active; });
+    ASSERT_NE(stage.looks.end(), back);
+    EXPECT_NEAR(gone->east, back->east, 500);
+    EXPECT_LT(back->tick - gone->tick, 500);
+}
+
+}  // namespace vlt
