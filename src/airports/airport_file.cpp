@@ -68,11 +68,16 @@ StandOption gf_readOption(const pugi::xml_node& node, bool archived, int32_t seq
     return option;
 }
 
-static bool lf_isPossible(const ParkPos& stand)
+bool gf_isStandRadius(double radius)
 {
     constexpr double kWidest = 1.0;  // nm, far beyond every aircraft
+    return radius >= 0 && radius <= kWidest;
+}
+
+static bool lf_isPossible(const ParkPos& stand)
+{
     return std::abs(stand.lat) <= 90 && std::abs(stand.lon) <= 180 && std::isfinite(stand.heading) &&
-           stand.radius >= 0 && stand.radius <= kWidest;
+           gf_isStandRadius(stand.radius);
 }
 
 bool readParkPos(const pugi::xml_node& node, const std::string& id, bool archived,

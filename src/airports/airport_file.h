@@ -27,6 +27,9 @@ std::optional<std::string> gf_textParameter(const pugi::xml_document& document, 
 // The `opt` element; `archived` goes into the option.
 StandOption gf_readOption(const pugi::xml_node& node, bool archived, int32_t sequence);
 
+// A radius in nm that a stand can have.
+bool gf_isStandRadius(double radius);
+
 // Appends the stand of a `parkpos` element to `stands`, under an id that the caller has tested. False for
 // one without a position, which is passed over in silence, and for one whose numbers can't be, which is
 // logged.

@@ -41,8 +41,10 @@ bool readAirports()
         AirportRecord airport{node.attribute("code").as_string(), node.attribute("iata").as_string(),
                               node.attribute("lat").as_double(), node.attribute("lon").as_double(),
                               node.attribute("alt").as_double()};
-        if (lf_isPossible(airport)) {
+        if (node.attribute("lat") && node.attribute("lon") && lf_isPossible(airport)) {
             airportCatalogue.push_back(std::move(airport));
+        } else {
+            logLine(format("airport {} in \"{}\" has no possible position, skipped", airport.code, shown));
         }
     }
     airportCatalogue.shrink_to_fit();

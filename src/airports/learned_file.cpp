@@ -99,9 +99,11 @@ bool mergeLearnedStand(const pugi::xml_node& node, ParkPos& stand)
     }
     if (node.attribute("radius_change").as_bool()) {
         const double radius = node.attribute("radius").as_double() / kMetresPerNm;
-        if (std::isfinite(radius) && radius >= 0) {
+        if (gf_isStandRadius(radius)) {
             stand.radius = radius;
             stand.radiusChanged = true;
+        } else {
+            logLine(format("Parking position {} has an impossible radius, skipped", stand.id));
         }
     }
     if (node.attribute("cargo_change").as_bool()) {

@@ -141,7 +141,7 @@ static void lf_readParameters(Load& load)
     if (!altitude) {
         throw UserErrorException(kPlainUserError, format("Parameter {} not found", "altitude"));
     }
-    if (std::abs(*altitude) > kHighestAirport) {
+    if (*altitude < -kHighestAirport || *altitude > kHighestAirport) {
         throw std::runtime_error(format("an altitude of {} ft can't be", *altitude));
     }
     apf.altitude = *altitude;

@@ -11,6 +11,8 @@
 #include "core/text.h"
 #include "link/traffic_reader.h"
 #include "sim/client.h"
+#include "traffic/arrival.h"
+#include "traffic/auto_range.h"
 #include "traffic/removal.h"
 #include "ui/display.h"
 
@@ -22,9 +24,9 @@ namespace vlt {
 
 static constexpr double kAtAirport = 5.0;  // nm from the reference point
 
-static bool loadPending = false;              // [worker] the next look loads the park airport
-static LatLon lastPosition;                   // [worker] of the user at the last look
-static bool softLearningSwitchedOff = false;  // [worker] the user's LEARN_SOFT was on before the load
+static bool loadPending = false;            // [worker] the next look loads the park airport
+static LatLon lastPosition;                 // [worker] of the user at the last look
+static std::optional<bool> usersLearnSoft;  // [worker] LEARN_SOFT as it was before the load
 
 // The last fruitless look for an airport around a user on the ground.
 struct FruitlessLook {
@@ -78,9 +80,9 @@ static void lf_clearDisplay()
 
 static void lf_takeUsersSettingsBack()
 {
-    if (softLearningSwitchedOff) {
-        LEARN_SOFT.value = true;
-        softLearningSwitchedOff = false;
+    if (usersLearnSoft) {
+        LEARN_SOFT.value = *usersLearnSoft;
+        usersLearnSoft.reset();
     }
     MAX_LIVE.value = savedMaxLive.load();
     gf_keepWithinMaxLive();
@@ -183,9 +185,8 @@ static void lf_allowSoftLearning()
 {
     softLearningAllowed = !gf_hasGoodQuality(parkApf);
     display.learnSoftEnabled = softLearningAllowed;
-    if (!softLearningAllowed && LEARN_SOFT.value) {
+    if (!softLearningAllowed) {
         LEARN_SOFT.value = false;
-        softLearningSwitchedOff = true;
     }
 }
 
@@ -206,6 +207,7 @@ static std::string lf_readParkedFile()
     parkApf.publisher.clear();
     parkApf.altitude = 0;
     updateCount = 0;
+    usersLearnSoft = LEARN_SOFT.value;
     if (std::string failed = gf_readApf(path, parkApf); !failed.empty()) {
         return failed;
     }
@@ -213,6 +215,9 @@ static std::string lf_readParkedFile()
     parkAirport->elevation = parkApf.altitude;
     trafficReader.setParkAirport(parkAirport);
     gf_keepWithinMaxLive();
+    if (AUTO_RANGE.value) {
+        gf_adaptRange();
+    }
     updateReservedStand();
     return {};
 }
@@ -252,11 +257,8 @@ static bool lf_lookedInVainLately()
            tick - fruitlessLook->tick < kAgainAfter;
 }
 
-static void lf_lookAround()
+static void lf_findAirportAround()
 {
-    if (lf_lookedInVainLately()) {
-        return;
-    }
     fruitlessLook = FruitlessLook{lf_user(), tick};
     const AirportRecord* airport = closestAirport(lf_user());
     if (airport == nullptr) {
@@ -270,6 +272,18 @@ static void lf_lookAround()
     logLine(format("User aircraft on the ground at {}", airport->code));
     fruitlessLook.reset();
     loadPending = setParkAirport(airport->code);
+}
+
+// A folder that can't be read costs the airport, not the run.
+static void lf_lookAround()
+{
+    try {
+        if (!lf_lookedInVainLately()) {
+            lf_findAirportAround();
+        }
+    } catch (const std::exception& e) {
+        logLine(format("{}: {}", "checkInSight", e.what()));
+    }
 }
 
 static void checkInSight()
@@ -298,6 +312,7 @@ static void checkOutOfSight()
     if (!lf_isInSight(distance)) {
         logLine(format("\n{} {} is out of sight ({:.1F} nm), parked aircraft will be removed",
                        timeOfDayString(), code, distance));
+        gf_flushParked();
         closeAirport();
         return;
     }
@@ -308,6 +323,7 @@ static void checkOutOfSight()
     if (first.code != code && lf_isInSight(first.distance) && first.distance < distance) {
         logLine(format("\n{} {} is in sight ({:.1F} nm), parked aircraft at {} will be removed first",
                        timeOfDayString(), first.code, first.distance, code));
+        gf_flushParked();
         closeAirport();
     }
 }

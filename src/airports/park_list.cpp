@@ -41,9 +41,8 @@ static void lf_append(const AirportRecord& airport, std::string_view stand, Know
 // False for an airport that isn't known.
 static bool lf_readLine(std::string_view line, KnownCodes& known)
 {
-    constexpr size_t kFields = 2;
-    const std::vector<std::string_view> fields = gf_split(line, ',');
-    if (fields.size() > kFields) {
+    constexpr auto kMostCommas = 1;
+    if (std::ranges::count(line, ',') > kMostCommas) {
         logLine(format("{}:{} wrong syntax, skipped", lf_fileName(), line));
         return true;
     }
@@ -57,7 +56,8 @@ static bool lf_readLine(std::string_view line, KnownCodes& known)
         logLine(format("{}:{} double, skipped", lf_fileName(), line));
         return true;
     }
-    lf_append(*airport, fields.size() == kFields ? gf_trimmed(fields[1]) : "", known);
+    const size_t comma = line.find(',');
+    lf_append(*airport, comma == std::string_view::npos ? "" : gf_trimmed(line.substr(comma + 1)), known);
     return true;
 }
 

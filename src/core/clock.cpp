@@ -80,7 +80,11 @@ HourStamp weekHourStamp()
 
 void hoursToSet(std::string_view text, HoursSet& hours)
 {
-    for (const std::string_view item : gf_split(text, ',')) {
+    std::vector<std::string_view> items = gf_split(text, ',');
+    if (text.empty() || text.ends_with(',')) {
+        items.emplace_back();  // an item that is empty, like one between two commas
+    }
+    for (const std::string_view item : items) {
         std::string_view digits = gf_trimmed(item);
         if (digits.size() > 1 && digits.starts_with('+') && digits[1] != '-') {
             digits.remove_prefix(1);

@@ -330,6 +330,19 @@ void removeOldestParked(int32_t count)
     }
 }
 
+void gf_flushParked()
+{
+    for (StaticAc& ac : staticAcs) {
+        removeAircraftFromSim(ac, "the airport is out of sight");
+    }
+    for (LiveAc& ac : liveAcs) {
+        if (ac.st == StState::Parked) {
+            removeAircraftFromSim(ac, "the airport is out of sight");
+        }
+        gf_clearStandFields(ac);
+    }
+}
+
 void clearReservedStand()
 {
     const ParkPos* stand = gf_standById(reservedStand);

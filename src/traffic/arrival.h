@@ -67,6 +67,9 @@ std::vector<ParkedStay> oldParkedRound();
 // Removes the `count` live aircraft that have been parked for the longest time.
 void removeOldestParked(int32_t count);
 
+// The airport's stands go: so do all that are parked there, and who is on the way to a stand forgets it.
+void gf_flushParked();
+
 // Removes an aircraft from the reserved stand: a static one, else a parked live one.
 void clearReservedStand();
 

@@ -16,6 +16,9 @@
 
 namespace vlt {
 
+// The climb builds up over three seconds after the nose has come up.
+static constexpr int32_t kClimbBuiltUp = -300;  // ticks, counted down from rotation
+
 static constexpr double kFlareBelow = 400;                // feet above ground
 static constexpr double kFlarePitch = -4.0 * kRadPerDeg;  // the nose comes up to this
 
@@ -97,8 +100,6 @@ void stepMotion(LiveAc& ac)
 
 void takeOffStep(LiveAc& ac)
 {
-    // The climb builds up over three seconds after the nose has come up.
-    constexpr int32_t kGearUpAt = -300;
     constexpr double kClearOfGround = 800;  // feet
     --ac.phaseTicks;
     if (ac.phaseTicks >= 1) {
@@ -112,16 +113,16 @@ void takeOffStep(LiveAc& ac)
     if (ac.pitch > ac.climbPitch) {
         ac.pitch += (ac.climbPitch - ac.rotatePitch) / ac.initialClimbTicks;
     }
-    if (ac.phaseTicks <= kGearUpAt) {
+    if (ac.phaseTicks <= kClimbBuiltUp) {
         ac.alt += ac.altRate;
     } else if (ac.phaseTicks < 0) {
         static constexpr std::array<double, 3> kShare{10, 5, 2};
         ac.alt += ac.altRate / kShare[static_cast<size_t>(-ac.phaseTicks / kTicksPerSecond)];
     }
-    if (ac.phaseTicks == kGearUpAt) {
+    if (ac.phaseTicks == kClimbBuiltUp) {
         gf_commandGear(ac, false);
     }
-    if (ac.phaseTicks < kGearUpAt && ac.pitch <= ac.climbPitch) {
+    if (ac.phaseTicks < kClimbBuiltUp && ac.pitch <= ac.climbPitch) {
         ac.pitchRate = 0;
         if (ac.agl >= kClearOfGround) {
             gf_commandThrottle(ac, kThrottleClimb);
@@ -213,10 +214,27 @@ static void lf_beginRollOut(LiveAc& ac)
     standChangeList.push_back(ac.hexid);
 }
 
+// The initial climb is over, and the reports are on the ground again: nothing else would keep the object
+// from sinking into it. Before that the wheels may still touch.
+static bool lf_takeOffHasFailed(const LiveAc& ac)
+{
+    const auto onGround = [](const PosSample& sample) { return !sample.airborne; };
+    return ac.phaseTicks < kClimbBuiltUp && std::ranges::all_of(ac.stream, onGround);
+}
+
 void onTouchdown(LiveAc& ac)
 {
-    if (ac.fs == FsState::RemovingFromSim || ac.st == StState::TakeOff) {
+    if (ac.fs == FsState::RemovingFromSim) {
         return;
+    }
+    if (ac.st == StState::TakeOff) {
+        if (!lf_takeOffHasFailed(ac)) {
+            return;
+        }
+        gf_setSt(ac, StState::Taxi);
+        ac.takeOff = false;
+        gf_commandGear(ac, true);
+        lf_beginRollOut(ac);
     }
     if (ac.flareStage != 0 || ac.approach) {
         lf_beginRollOut(ac);

@@ -190,6 +190,27 @@ TEST_F(ParkAirportTest, anEmptyListGivesAFlyingUserNone)
     EXPECT_EQ(0U, server.requests());
 }
 
+TEST_F(ParkAirportTest, whoIsParkedThereGoesWithTheAirportAndOthersForgetTheirStand)
+{
+    archive("XAAA", gf_airportText(gf_standText("A1", 0)));
+    list("XAAA");
+    lf_readMyParkAirports();
+    fly(-5, 3000);
+    parkAirportCheck();
+    load();
+    for (const StState st : {StState::Parked, StState::Parking, StState::PushingBack}) {
+        gf_addOnGround(20001 + static_cast<uint32_t>(st), "BAW3AK", st).standId = 1;
+    }
+    fly(-30, 3000);
+    parkAirportCheck();
+    ASSERT_EQ("", parkApf.code);
+    EXPECT_EQ(FsState::RemovingFromSim, liveAcs[0].fs);
+    for (const LiveAc& ac : liveAcs) {
+        EXPECT_EQ(kNoStand, ac.standId);
+        EXPECT_EQ(ac.st == StState::Parked, ac.fs == FsState::RemovingFromSim);
+    }
+}
+
 TEST_F(ParkAirportTest, aNearerListedAirportTakesOver)
 {
     archive("XAAA", gf_airportText(gf_standText("A1", 0)));
@@ -315,6 +336,14 @@ TEST_F(ParkAirportTest, anAirportsSettingsEndWithIt)
     MAX_LIVE.value = 5;  // as a learned file would have it
     closeAirport();
     EXPECT_TRUE(LEARN_SOFT.value);
+    // Off stays off, whatever the airport's own file says.
+    LEARN_SOFT.value = false;
+    fly(-5, 3000);
+    parkAirportCheck();
+    load();
+    fly(-30, 3000);
+    parkAirportCheck();
+    EXPECT_FALSE(LEARN_SOFT.value);
     EXPECT_TRUE(softLearningAllowed);
     EXPECT_EQ(70, MAX_LIVE.value);
 }

@@ -481,4 +481,28 @@ TEST_F(AirMotionTest, newReportsEndAnExtensionUnlessTheyLieBehind)
     EXPECT_EQ(tick + 1, ac.stream.front().time);
 }
 
+TEST_F(AirMotionTest, aTakeOffWhoseReportsStayOnTheGroundEndsThere)
+{
+    const struct {
+        const char* what;
+        int32_t phaseTicks;
+        bool airborneAhead, ends;
+    } cases[] = {{"the climb still builds up", -300, false, false},
+                 {"the reports climb", -301, true, false},
+                 {"nothing climbs", -301, false, true}};
+    for (const auto& c : cases) {
+        SetUp();
+        LiveAc& ac = gf_addOnGround(20001, "BAW3AK", StState::TakeOff);
+        ac.onGround = false;
+        ac.takeOff = true;
+        ac.phaseTicks = c.phaseTicks;
+        ac.stream.push_back(gf_groundSample(50, 0, 20, tick + 500));
+        ac.stream.back().airborne = c.airborneAhead;
+        onTouchdown(ac);
+        EXPECT_EQ(c.ends, ac.onGround) << c.what;
+        EXPECT_EQ(c.ends ? StState::Taxi : StState::TakeOff, ac.st) << c.what;
+        EXPECT_EQ(!c.ends, ac.takeOff) << c.what;
+    }
+}
+
 }  // namespace vlt
