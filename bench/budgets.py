@@ -18,11 +18,13 @@ def main() -> int:
     worst_match = max((t for n, t in times.items() if n.startswith("match/")), default=None)
     growth = times["tick/live/1000"] / times["tick/live/100"]
     rows = [
-        ("a tick, 300 live, 200 records/s: mean", "100 us", times["tick/live/300"] / 1e3, 100, "us"),
+        ("a tick, 300 live + 300 static, 200 records/s: mean", "100 us", times["tick/live/300"] / 1e3, 100, "us"),
         ("the same: 99.9 %", "1 ms", counters["tick/live/300"]["p999_us"], 1000, "us"),
         ("growth of a tick from 100 to 1,000 live", "x12", growth, 12, "x"),
         ("a feed line out of range", "150 ns", times["feed/out_of_range"], 150, "ns"),
         ("a feed line in range", "1 us", times["feed/in_range"], 1000, "ns"),
+        ("replay with 100 aircraft: a second takes", "5 ms", 1000 / counters["replay/100_aircraft"]["times_real_time"],
+         5, "ms"),
         ("a livery match, slowest step", "2 us", worst_match, 2000, "ns"),
         ("frame handler, 300 positions", "0.5 ms", times["frame/300_positions"] / 1e3, 500, "us"),
         ("an airport file, 400 stands, 40,000 options", "60 ms", times["airport/load"] / 1e6, 60, "ms"),
@@ -33,11 +35,11 @@ def main() -> int:
         ("start: 20,000 liveries, 400,000 registrations", "1.5 s", times["start/stored"] / 1e9, 1.5, "s"),
     ]
     exceeded = 0
-    print(f"{'what':48} {'budget':>8} {'measured':>12}")
+    print(f"{'what':52} {'budget':>8} {'measured':>12}")
     for what, budget, measured, limit, unit in rows:
         over = measured > limit
         exceeded += over
-        print(f"{what:48} {budget:>8} {measured:>9.2f} {unit}{'  EXCEEDED' if over else ''}")
+        print(f"{what:52} {budget:>8} {measured:>9.2f} {unit}{'  EXCEEDED' if over else ''}")
     return 1 if exceeded else 0
 
 

@@ -72,7 +72,31 @@ static void lf_lineInRange(benchmark::State& state)
 }
 BENCHMARK(lf_lineInRange)->Name("feed/in_range");
 
-// `count` aircraft in cruise, whose legs take so long that none ends within the measurement.
+// Taxies round a bend.
+static void lf_putOnCurve(LiveAc& ac)
+{
+    ac.st = StState::Taxi;
+    ac.onGround = true;
+    ac.curve.lat0 = ac.lat;
+    ac.curve.lon0 = ac.lon;
+    ac.curve.ctlN = ac.curve.ctlE = 50;
+    ac.curve.endE = 100;
+    ac.curve.dt = 1e-9;
+}
+
+static void lf_parkStatics(int count)
+{
+    for (int i = 0; i < count; ++i) {
+        StaticAc& parked = staticAcs.emplace_back();
+        parked.objectid = 5000 + static_cast<uint32_t>(i);
+        parked.callsign = format("DLH{}*", i);
+        parked.fs = FsState::Active;
+        parked.standLat = 48;
+    }
+}
+
+// `count` aircraft, every third of them on the ground in a bend, whose legs take so long that none ends
+// within the measurement; and as many static ones.
 static void lf_fillSky(int count)
 {
     gf_clearTables();
@@ -98,7 +122,11 @@ static void lf_fillSky(int count)
         ac.lat = sample.lat;
         ac.lon = sample.lon;
         ac.dLat = ac.dLon = 1e-9;
+        if (i % 3 == 0) {
+            lf_putOnCurve(ac);
+        }
     }
+    lf_parkStatics(count);
 }
 
 // The mean of a tick, and the worst of a thousand, with 200 records a second coming in.
