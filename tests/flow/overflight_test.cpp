@@ -116,6 +116,21 @@ TEST_F(Overflight, leavesWhenItsReportsHaveStopped)
     EXPECT_EQ(simulator->counts().created, simulator->counts().removed);
 }
 
+TEST_F(Overflight, anObjectAwaitedOutsideTheRangeIsTakenOverAllTheSame)
+{
+    flyPast(20);
+    ASSERT_FALSE(object("BAW3AK").has_value());
+    // The user comes down, say: the range shrinks while the object is being made, 20 nm away.
+    LATERAL_RANGE.value = 5;
+    gf_applyLateralRange();
+    pass(10);
+    const auto aircraft = object("BAW3AK");
+    ASSERT_TRUE(aircraft.has_value());
+    EXPECT_TRUE(aircraft->released && aircraft->positioned);
+    pass(60);
+    EXPECT_FALSE(object("BAW3AK").has_value());
+}
+
 TEST_F(Overflight, standsStillWhileTheFlightIsPausedAndGoesOnWhereItWas)
 {
     flyPast(60);
