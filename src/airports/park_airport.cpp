@@ -11,9 +11,9 @@
 #include "core/text.h"
 #include "link/traffic_reader.h"
 #include "sim/client.h"
-#include "traffic/arrival.h"
 #include "traffic/auto_range.h"
 #include "traffic/removal.h"
+#include "traffic/stays.h"
 #include "ui/display.h"
 
 #include <algorithm>

@@ -12,12 +12,12 @@
 #include "liveries/matching.h"
 #include "platform/timer.h"
 #include "sim/client.h"
-#include "traffic/arrival.h"
 #include "traffic/auto_range.h"
 #include "traffic/collision.h"
 #include "traffic/cycle.h"
 #include "traffic/identity.h"
 #include "traffic/spawn.h"
+#include "traffic/stays.h"
 #include "traffic/traffic.h"
 #include "ui/display.h"
 

@@ -2,19 +2,18 @@
 
 #include "airports/stand_search.h"
 #include "core/log.h"
-#include "core/parameters.h"
+#include "core/talkative_log.h"
 #include "core/text.h"
 #include "traffic/geodesy.h"
 #include "traffic/legs.h"
 #include "traffic/removal.h"
 #include "traffic/spawn.h"
 #include "traffic/stand_moves.h"
+#include "traffic/stays.h"
 
 #include <algorithm>
 
 namespace vlt {
-
-int32_t maxPark = 0;
 
 static LatLon lf_place(const ParkPos& stand)
 {
@@ -62,17 +61,10 @@ void gf_takeStand(LiveAc& ac, const ParkPos& stand)
 
 // --- the way is cleared
 
-static void lf_logTalkative(const std::string& line)
-{
-    if (LOG.value) {
-        logLine(line);
-    }
-}
-
 static void lf_removeHolder(const LiveAc& ac, const ParkPos& stand)
 {
     if (LiveAc* holder = gf_holderOf(stand.index, StState::Parked, StState::Parked, ac)) {
-        lf_logTalkative(
+        logTalkative(
             format("{:8}: {:8} removed, {} wants to park there", stand.id, holder->callsign, ac.callsign));
         removeAircraftFromSim(*holder, "its stand is wanted");
     }
@@ -89,7 +81,7 @@ static void lf_removeNeighbours(const LiveAc& ac, const ParkPos& stand)
                 !gf_wouldTouch(ac.radius, stand, other.radius, *neighbour)) {
                 continue;
             }
-            lf_logTalkative(
+            logTalkative(
                 format("{:8}: {:8} removed by parking {} at adjacent and possibly colliding stand {}",
                        neighbour->id, other.callsign, ac.callsign, stand.id));
             removeAircraftFromSim(other, "an adjacent stand is wanted");
@@ -114,7 +106,7 @@ static void lf_clearStand(const LiveAc& ac, const ParkPos& stand)
     if (waiting && !holder->eraseCancelled) {
         return;  // it goes as soon as it shows up
     }
-    lf_logTalkative(waiting ? "queued " + line : line);
+    logTalkative(waiting ? "queued " + line : line);
     std::erase_if(staticAcs, [](const StaticAc& s) { return s.eraseCancelled; });
 }
 
@@ -129,8 +121,8 @@ void clearStandForLive(const LiveAc& ac, const ParkPos& stand)
             !gf_wouldTouch(ac.radius, stand, beside->radius, *neighbour)) {
             continue;
         }
-        lf_logTalkative(format("{:8}: {:8} removed by {} parking at adjacent stand {}", neighbour->id,
-                               beside->callsign, ac.callsign, stand.id));
+        logTalkative(format("{:8}: {:8} removed by {} parking at adjacent stand {}", neighbour->id,
+                            beside->callsign, ac.callsign, stand.id));
         removeAircraftFromSim(*beside, "an adjacent stand is taken");
     }
 }
@@ -178,12 +170,12 @@ static void lf_park(LiveAc& ac)
     gf_setSt(ac, StState::Parked);
     ac.stamp = hourNow;
     if (ac.towed) {
-        lf_logTalkative(format("          towed aircraft {} parks", logName(ac)));
+        logTalkative(format("          towed aircraft {} parks", logName(ac)));
     }
     ac.stream.front().stationary = true;
     gf_restartStandWatch(ac);
     parkedConfig(ac);
-    lf_logTalkative(format("{:8}: {:8} arrived at stand", gf_standName(ac), ac.callsign));
+    logTalkative(format("{:8}: {:8} arrived at stand", gf_standName(ac), ac.callsign));
     standChangeList.push_back(ac.hexid);
     if (!ac.airline.empty() && ac.soft == ac.cargo) {
         maxParkCheck(0);
@@ -242,125 +234,6 @@ void gf_restartStandWatch(LiveAc& ac)
     ac.parkedSince = tick;
     ac.standDistLast = 0;
     ac.growingDist = 0;
-}
-
-// --- how many stay
-
-static bool lf_isParked(const LiveAc& ac)
-{
-    return ac.st == StState::Parked && ac.fs == FsState::Active;
-}
-
-static LiveAc* lf_longestParked()
-{
-    LiveAc* longest = nullptr;
-    for (LiveAc& ac : liveAcs) {
-        if (lf_isParked(ac) && (longest == nullptr || ac.parkedSince < longest->parkedSince)) {
-            longest = &ac;
-        }
-    }
-    return longest;
-}
-
-// Half hours since a stamp, the week running round.
-static uint32_t lf_age(HourStamp stamp)
-{
-    constexpr uint32_t kSlotsPerWeek = 7 * kSlotsPerDay;
-    const auto place = [](HourStamp s) { return s.day * static_cast<uint32_t>(kSlotsPerDay) + s.slot; };
-    return (place(hourNow) + kSlotsPerWeek - place(stamp) % kSlotsPerWeek) % kSlotsPerWeek;
-}
-
-static void lf_removeOldestStatic(int64_t parked)
-{
-    const auto present = std::ranges::count_if(staticAcs, [](const StaticAc& s) {
-        return s.fs == FsState::Active || s.fs == FsState::RemovingFromSim;
-    });
-    if (present + parked <= maxPark || staticAcs.empty()) {
-        return;
-    }
-    const auto oldest =
-        std::ranges::max_element(staticAcs, {}, [](const StaticAc& s) { return lf_age(s.stamp); });
-    if (oldest->fs == FsState::Active) {
-        removeAircraftFromSim(*oldest, "a live aircraft parks in its place");
-    }
-}
-
-void maxParkCheck(int32_t extra)
-{
-    const auto parked = std::ranges::count_if(liveAcs, lf_isParked) + extra;
-    if (!INITIAL_LOAD_ONLY.value && maxPark >= 1 && parked > maxPark) {
-        if (LiveAc* longest = lf_longestParked()) {
-            lf_logTalkative(
-                format("{:}: {:8} max park exceeded, removed", gf_standName(*longest), longest->callsign));
-            removeAircraftFromSim(*longest, "more parked than wanted");
-        }
-    }
-    lf_removeOldestStatic(parked);
-}
-
-std::vector<ParkedStay> oldParkedRound()
-{
-    constexpr int32_t kMinute = 60 * kTicksPerSecond;
-    std::vector<ParkedStay> stays;
-    for (LiveAc& ac : liveAcs) {
-        if (!lf_isParked(ac)) {
-            continue;
-        }
-        const int32_t longest = (ac.category == AcCategory::Heavy ? 180 : 90) * kMinute;
-        const int32_t stay = ac.liveAtStand ? 0 : tick - ac.parkedSince;
-        if (stay > longest && !INITIAL_LOAD_ONLY.value) {
-            removeAircraftFromSim(ac, "parked for long enough");
-        } else {
-            stays.push_back({ac.standId, stay / kMinute, gf_flightText(ac)});
-        }
-    }
-    std::ranges::stable_sort(stays, {}, &ParkedStay::minutes);
-    return stays;
-}
-
-void removeOldestParked(int32_t count)
-{
-    for (; count > 0; --count) {
-        LiveAc* longest = lf_longestParked();
-        if (longest == nullptr) {
-            return;
-        }
-        lf_logTalkative(format("live parked {} at {} removed", longest->callsign, gf_standName(*longest)));
-        removeAircraftFromSim(*longest, "fewer parked aircraft are wanted");
-    }
-}
-
-void gf_flushParked()
-{
-    for (StaticAc& ac : staticAcs) {
-        removeAircraftFromSim(ac, "the airport is out of sight");
-    }
-    for (LiveAc& ac : liveAcs) {
-        if (ac.st == StState::Parked) {
-            removeAircraftFromSim(ac, "the airport is out of sight");
-        }
-        gf_clearStandFields(ac);
-    }
-}
-
-void clearReservedStand()
-{
-    const ParkPos* stand = gf_standById(reservedStand);
-    if (reservedStand.empty() || stand == nullptr) {
-        return;
-    }
-    const auto holds = [stand](const StaticAc& ac) {
-        return ac.standId == stand->index && ac.fs == FsState::Active;
-    };
-    if (const auto s = std::ranges::find_if(staticAcs, holds); s != staticAcs.end()) {
-        removeAircraftFromSim(*s, "the reserved stand stays free");
-        return;
-    }
-    const auto live =
-        std::ranges::find_if(liveAcs, [&](const LiveAc& ac) { return lf_isParked(ac) && holds(ac); });
-    if (live != liveAcs.end()) {
-        removeAircraftFromSim(*live, "the reserved stand stays free");
-    }
 }
 
 }  // namespace vlt

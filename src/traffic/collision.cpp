@@ -1,7 +1,7 @@
 #include "traffic/collision.h"
 
-#include "core/log.h"
 #include "core/parameters.h"
+#include "core/talkative_log.h"
 #include "core/text.h"
 #include "sim/user_aircraft.h"
 #include "traffic/arrival.h"
@@ -107,10 +107,8 @@ static void lf_removeStaticInWay(const LiveAc& ac)
     if (parked == staticAcs.end()) {
         return;
     }
-    if (LOG.value) {
-        logLine(format("{:8}: {:8} removed for collision avoidance with live {}", gf_standName(*parked),
-                       parked->callsign, ac.callsign));
-    }
+    logTalkative(format("{:8}: {:8} removed for collision avoidance with live {}", gf_standName(*parked),
+                        parked->callsign, ac.callsign));
     removeAircraftFromSim(*parked, "in the way of a live aircraft");
 }
 

@@ -1,8 +1,8 @@
 #include "traffic/identity.h"
 
 #include "airports/catalogue.h"
-#include "core/log.h"
 #include "core/parameters.h"
+#include "core/talkative_log.h"
 #include "core/text.h"
 #include "liveries/database.h"
 #include "liveries/regcodes.h"
@@ -13,13 +13,6 @@
 #include <algorithm>
 
 namespace vlt {
-
-static void lf_logTalkative(const std::string& line)
-{
-    if (LOG.value) {
-        logLine(line);
-    }
-}
 
 // --- ghosts
 
@@ -46,7 +39,7 @@ void ghostCheck(const std::string& callsign)
     }
     const std::string place =
         ghost->st == StState::Parked ? format("{:8}:", gf_standName(*ghost)) : std::string(9, ' ');
-    lf_logTalkative(
+    logTalkative(
         format("{} {:8} is a ghost and will be removed, continue with {}", place, ghost->callsign, callsign));
     ghostCallsigns.push_back(ghost->callsign);
     removeAircraftFromSim(*ghost, "a ghost, its twin is here");
@@ -241,7 +234,7 @@ bool identityUpdate(LiveAc& ac, const FeedRecord& record)
     if ((!newCallsign && sameRoute && sameLivery) || !GUID_CHANGES.value) {
         return true;
     }
-    lf_logTalkative(format("          {} respawns", gf_flightText(ac)));
+    logTalkative(format("          {} respawns", gf_flightText(ac)));
     liveryRespawn(ac);
     return false;
 }
@@ -260,18 +253,18 @@ bool sameFlight(const LiveAc& ac, const StaticAc& parked)
     }
     const char* where = ac.onGround ? "on ground" : "airborne";
     if (!ac.regcode.empty() && ac.regcode == parked.regcode) {
-        lf_logTalkative(format("{:8}: {:8} {} removed, new {} {} has same regcode {}", gf_standName(parked),
-                               parked.callsign, parked.regcode, where, ac.callsign, ac.regcode));
+        logTalkative(format("{:8}: {:8} {} removed, new {} {} has same regcode {}", gf_standName(parked),
+                            parked.callsign, parked.regcode, where, ac.callsign, ac.regcode));
         return true;
     }
     const bool coupled = lf_isCoupled(parked, ac.callsign) ||
                          (!ac.coupledCs2.empty() && lf_isCoupled(parked, ac.coupledCs2)) ||
                          (gf_isGhost(ac.callsign) && lf_isCoupled(parked, gf_withoutMark(ac.callsign)));
     if (coupled) {
-        lf_logTalkative(format("{:8}: {:8} \"{} {}\" removed, new {} {} \"{} {}\" has {} callsign",
-                               gf_standName(parked), parked.callsign, parked.coupledCs1, parked.coupledCs2,
-                               where, ac.callsign, ac.coupledCs1, ac.coupledCs2,
-                               ac.callsign == parked.coupledCs1 ? "same" : "coupled"));
+        logTalkative(format("{:8}: {:8} \"{} {}\" removed, new {} {} \"{} {}\" has {} callsign",
+                            gf_standName(parked), parked.callsign, parked.coupledCs1, parked.coupledCs2,
+                            where, ac.callsign, ac.coupledCs1, ac.coupledCs2,
+                            ac.callsign == parked.coupledCs1 ? "same" : "coupled"));
     }
     return coupled;
 }
@@ -303,67 +296,6 @@ void gf_removeStaticTwins()
             removeAircraftFromSim(*twin, "the live one is here");
         }
     }
-}
-
-// --- who has the stand
-
-// The holder keeps the stand against the newcomer, or goes for the reason that is given.
-struct Verdict {
-    bool holderStays = false;
-    const char* words = "";  // of the log, with the place for the newcomer's call sign
-};
-
-static Verdict lf_judgeHolder(const LiveAc& holder, const std::string& callsign)
-{
-    const bool holderGhost = gf_isGhost(holder.callsign);
-    const bool ghost = gf_isGhost(callsign);
-    if (callsign == holder.callsign) {
-        return {false, "ac with same callsign {} wants it, remove existing ... "};
-    }
-    if (gf_withoutMark(callsign) == holder.callsign) {
-        return {true, ""};  // the holder's own ghost
-    }
-    if (callsign == gf_withoutMark(holder.callsign) || (holderGhost && !ghost)) {
-        return {false, "ghost, replace by {}"};
-    }
-    if ((ghost && !holderGhost) || holder.liveAtStand) {
-        return {true, ""};
-    }
-    return {false, "removed because another live {} wants the stand ..."};
-}
-
-bool standConflict(const LiveAc& newcomer, uint32_t standId)
-{
-    for (LiveAc& holder : liveAcs) {
-        const bool counts = holder.standId == standId && holder.fs == FsState::Active &&
-                            &holder != &newcomer &&
-                            (holder.st == StState::Parked || holder.st == StState::PushingBack ||
-                             holder.st == StState::PushedBack);
-        if (!counts) {
-            continue;
-        }
-        const Verdict verdict = lf_judgeHolder(holder, newcomer.callsign);
-        if (!verdict.holderStays) {
-            lf_logTalkative(format("{:8}: {:8} {}", gf_standName(holder), holder.callsign,
-                                   format(fmt::runtime(verdict.words), newcomer.callsign)));
-            removeAircraftFromSim(holder, "another aircraft wants its stand");
-        }
-        return !verdict.holderStays;
-    }
-    return true;
-}
-
-bool gf_adjacentBlocked(const LiveAc& newcomer, const ParkPos& stand)
-{
-    return std::ranges::any_of(stand.neighbours, [&](uint32_t index) {
-        const ParkPos* neighbour = gf_stand(index);
-        return std::ranges::any_of(liveAcs, [&](const LiveAc& other) {
-            return other.standId == index && other.fs == FsState::Active &&
-                   (other.st == StState::Parked || other.st == StState::PushingBack) &&
-                   other.callsign != newcomer.callsign &&
-                   (neighbour == nullptr || gf_wouldTouch(newcomer.radius, stand, other.radius, *neighbour));
-        });
-    });
 }
 
 }  // namespace vlt

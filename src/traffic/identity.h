@@ -1,11 +1,10 @@
-// Identity: what a change of call sign, route or registration does, ghosts, and who yields to whom at a
-// stand.
+// Identity: what a change of call sign, route or registration does, ghosts and doubles, and static aircraft
+// that stand for a flight that is here live.
 //
 // A ghost is a second report of one flight; its call sign ends in "_", that of its twin doesn't. Worker
 // thread; the state is `ghostCallsigns`.
 #pragma once
 
-#include "airports/airports.h"
 #include "traffic/traffic.h"
 
 #include <string>
@@ -47,12 +46,5 @@ bool sameFlight(const LiveAc& ac, const StaticAc& parked);
 void gf_removeSameFlight(const LiveAc& ac);
 // The look at all live aircraft on the ground: the first static twin of each is removed.
 void gf_removeStaticTwins();
-
-// A new aircraft wants the stand: the aircraft that holds it is removed or keeps it. True if the new one
-// may have it.
-bool standConflict(const LiveAc& newcomer, uint32_t standId);
-
-// An aircraft on an adjacent stand would touch the new one there.
-bool gf_adjacentBlocked(const LiveAc& newcomer, const ParkPos& stand);
 
 }  // namespace vlt

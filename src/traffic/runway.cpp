@@ -17,20 +17,25 @@ namespace vlt {
 
 // --- take-off
 
-void takeOffStart(LiveAc& ac)
+static void lf_beginTakeOff(LiveAc& ac, uint32_t throttleLevel, uint32_t spoilers)
 {
-    if (ac.towed) {
-        logLine(format("towed aircraft takes-off? {}", logName(ac)));
-    }
     ac.takeOff = true;
-    gf_commandThrottle(ac, kThrottleIdle);
-    gf_commandSpoilers(ac, 0);
+    gf_commandThrottle(ac, throttleLevel);
+    gf_commandSpoilers(ac, spoilers);
     gf_commandFlaps(ac, 1);
     ac.approach = false;
     ac.landed = false;
     ac.climbConfigured = false;
     gf_commandLights(ac, kLightsTakeOff);
     gf_widenTimeLimits(ac);
+}
+
+void takeOffStart(LiveAc& ac)
+{
+    if (ac.towed) {
+        logLine(format("towed aircraft takes-off? {}", logName(ac)));
+    }
+    lf_beginTakeOff(ac, kThrottleIdle, 0);
 }
 
 void gf_throttleOfTakeOffRun(LiveAc& ac)
@@ -125,15 +130,7 @@ void rollOutConfig(LiveAc& ac)
 void gf_rejectLanding(LiveAc& ac)
 {
     ac.st = StState::Taxi;  // prevSt stays: nothing was left
-    ac.takeOff = true;
-    gf_commandThrottle(ac, kThrottleClimb);
-    gf_commandSpoilers(ac, kSpoilersOut);
-    gf_commandFlaps(ac, 1);
-    ac.approach = false;
-    ac.landed = false;
-    ac.climbConfigured = false;
-    gf_commandLights(ac, kLightsTakeOff);
-    gf_widenTimeLimits(ac);
+    lf_beginTakeOff(ac, kThrottleClimb, kSpoilersOut);
 }
 
 }  // namespace vlt

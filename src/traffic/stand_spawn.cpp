@@ -3,8 +3,9 @@
 #include "airports/stand_search.h"
 #include "traffic/arrival.h"
 #include "traffic/geodesy.h"
-#include "traffic/identity.h"
 #include "traffic/legs.h"
+#include "traffic/stand_claims.h"
+#include "traffic/stays.h"
 
 #include <algorithm>
 #include <optional>

@@ -2,12 +2,10 @@
 #include "traffic/ground_motion.h"
 
 #include "airports/loading.h"
-#include "sim/client.h"
 #include "sim/ids.h"
-#include "support/aircraft.h"
 #include "traffic/air_motion.h"
-#include "traffic/arrival.h"
 #include "traffic/geodesy.h"
+#include "traffic/ground_place.h"
 #include "traffic/legs.h"
 #include "traffic/runway.h"
 #include "traffic/stand_moves.h"
@@ -17,27 +15,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <numbers>
 
 namespace vlt {
 
-class GroundMotion : public ::testing::Test
+class GroundMotion : public GroundPlace
 {
 protected:
-    void SetUp() override
-    {
-        gf_clearTables();
-        gf_resetSimClient();
-        gf_forgetParkAirport();
-        tick = 100'000;
-        maxPark = 0;
-        userNow = {};
-    }
-    void TearDown() override
-    {
-        SetUp();
-    }
-
     struct Point {
         double east, north, speed;
     };
@@ -80,11 +65,6 @@ protected:
             }
         }
         return false;
-    }
-    static bool sent(uint32_t event, uint32_t value)
-    {
-        return std::ranges::any_of(
-            eventQueue, [&](const QueuedEvent& e) { return e.event == event && e.value == value; });
     }
 };
 

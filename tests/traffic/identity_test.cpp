@@ -12,6 +12,7 @@
 #include "traffic/collision.h"
 #include "traffic/geodesy.h"
 #include "traffic/spawn.h"
+#include "traffic/stand_claims.h"
 #include "traffic/stand_spawn.h"
 
 #include <gtest/gtest.h>

@@ -1,12 +1,9 @@
 // What becomes of a new report: stops, stands, landings, and the end of the reports.
 #include "traffic/stream.h"
 
-#include "core/parameters.h"
-#include "sim/client.h"
 #include "sim/ids.h"
-#include "support/aircraft.h"
-#include "traffic/arrival.h"
 #include "traffic/geodesy.h"
+#include "traffic/ground_place.h"
 #include "traffic/stops.h"
 #include "traffic/stream_end.h"
 
@@ -17,26 +14,9 @@
 
 namespace vlt {
 
-class GroundPlace : public ::testing::Test
+class StreamPlace : public GroundPlace
 {
 protected:
-    void SetUp() override
-    {
-        gf_clearTables();
-        gf_resetSimClient();
-        gf_forgetParkAirport();
-        tick = 100'000;
-        STRAIGHT_PBS_ONLY.value = false;
-        HOLDING_THRESHOLD_METERS.value = HOLDING_THRESHOLD_METERS.def;
-        MAX_HOLDING_MINUTES.value = MAX_HOLDING_MINUTES.def;
-        LATERAL_RANGE.value = 40;
-        maxPark = 0;
-    }
-    void TearDown() override
-    {
-        SetUp();
-    }
-
     // A taxiing aircraft with samples `metres` east of its place, 500 ticks apart; standing at equal ones.
     static LiveAc& taxiing(std::initializer_list<double> metres)
     {
@@ -70,7 +50,7 @@ protected:
     }
 };
 
-class Stops : public GroundPlace
+class Stops : public StreamPlace
 {
 };
 
@@ -140,7 +120,7 @@ TEST_F(Stops, aStreamThatGrowsTooLongEndsTheAircraft)
     EXPECT_EQ(FsState::RemovingFromSim, ac.fs);
 }
 
-class AtStand : public GroundPlace
+class AtStand : public StreamPlace
 {
 };
 
@@ -231,7 +211,7 @@ TEST_F(AtStand, anAircraftMovedSoonAfterItsLandingIsTowed)
     }
 }
 
-class AfterPushBack : public GroundPlace
+class AfterPushBack : public StreamPlace
 {
 };
 
@@ -274,14 +254,8 @@ TEST_F(AfterPushBack, reportsDuringThePushOnlyTellTheSide)
     EXPECT_FALSE(ac.pushTurnKnown);
 }
 
-class OnTheRunway : public GroundPlace
+class OnTheRunway : public StreamPlace
 {
-protected:
-    static bool sent(uint32_t event, uint32_t value)
-    {
-        return std::ranges::any_of(
-            eventQueue, [&](const QueuedEvent& e) { return e.event == event && e.value == value; });
-    }
 };
 
 TEST_F(OnTheRunway, twoFastReportsBeginTheTakeOff)
@@ -350,7 +324,7 @@ TEST_F(OnTheRunway, onApproachAReportFromBehindTheOnlySampleIsDropped)
     EXPECT_EQ(2U, ac.stream.size());
 }
 
-class StreamEnd : public GroundPlace
+class StreamEnd : public StreamPlace
 {
 };
 

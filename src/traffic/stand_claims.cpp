@@ -1,0 +1,74 @@
+#include "traffic/stand_claims.h"
+
+#include "core/talkative_log.h"
+#include "core/text.h"
+#include "traffic/arrival.h"
+#include "traffic/geodesy.h"
+#include "traffic/identity.h"
+#include "traffic/removal.h"
+
+#include <algorithm>
+#include <string>
+
+namespace vlt {
+
+// The holder keeps the stand against the newcomer, or goes for the reason that is given.
+struct Verdict {
+    bool holderStays = false;
+    const char* words = "";  // of the log, with the place for the newcomer's call sign
+};
+
+static Verdict lf_judgeHolder(const LiveAc& holder, const std::string& callsign)
+{
+    const bool holderGhost = gf_isGhost(holder.callsign);
+    const bool ghost = gf_isGhost(callsign);
+    if (callsign == holder.callsign) {
+        return {false, "ac with same callsign {} wants it, remove existing ... "};
+    }
+    if (gf_withoutMark(callsign) == holder.callsign) {
+        return {true, ""};  // the holder's own ghost
+    }
+    if (callsign == gf_withoutMark(holder.callsign) || (holderGhost && !ghost)) {
+        return {false, "ghost, replace by {}"};
+    }
+    if ((ghost && !holderGhost) || holder.liveAtStand) {
+        return {true, ""};
+    }
+    return {false, "removed because another live {} wants the stand ..."};
+}
+
+bool standConflict(const LiveAc& newcomer, uint32_t standId)
+{
+    for (LiveAc& holder : liveAcs) {
+        const bool counts = holder.standId == standId && holder.fs == FsState::Active &&
+                            &holder != &newcomer &&
+                            (holder.st == StState::Parked || holder.st == StState::PushingBack ||
+                             holder.st == StState::PushedBack);
+        if (!counts) {
+            continue;
+        }
+        const Verdict verdict = lf_judgeHolder(holder, newcomer.callsign);
+        if (!verdict.holderStays) {
+            logTalkative(format("{:8}: {:8} {}", gf_standName(holder), holder.callsign,
+                                format(fmt::runtime(verdict.words), newcomer.callsign)));
+            removeAircraftFromSim(holder, "another aircraft wants its stand");
+        }
+        return !verdict.holderStays;
+    }
+    return true;
+}
+
+bool gf_adjacentBlocked(const LiveAc& newcomer, const ParkPos& stand)
+{
+    return std::ranges::any_of(stand.neighbours, [&](uint32_t index) {
+        const ParkPos* neighbour = gf_stand(index);
+        return std::ranges::any_of(liveAcs, [&](const LiveAc& other) {
+            return other.standId == index && other.fs == FsState::Active &&
+                   (other.st == StState::Parked || other.st == StState::PushingBack) &&
+                   other.callsign != newcomer.callsign &&
+                   (neighbour == nullptr || gf_wouldTouch(newcomer.radius, stand, other.radius, *neighbour));
+        });
+    });
+}
+
+}  // namespace vlt

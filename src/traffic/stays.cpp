@@ -1,0 +1,133 @@
+#include "traffic/stays.h"
+
+#include "airports/stand_search.h"
+#include "core/parameters.h"
+#include "core/talkative_log.h"
+#include "core/text.h"
+#include "traffic/arrival.h"
+#include "traffic/removal.h"
+
+#include <algorithm>
+
+namespace vlt {
+
+int32_t maxPark = 0;
+
+static bool lf_isParked(const LiveAc& ac)
+{
+    return ac.st == StState::Parked && ac.fs == FsState::Active;
+}
+
+static LiveAc* lf_longestParked()
+{
+    LiveAc* longest = nullptr;
+    for (LiveAc& ac : liveAcs) {
+        if (lf_isParked(ac) && (longest == nullptr || ac.parkedSince < longest->parkedSince)) {
+            longest = &ac;
+        }
+    }
+    return longest;
+}
+
+// Half hours since a stamp, the week running round.
+static uint32_t lf_age(HourStamp stamp)
+{
+    constexpr uint32_t kSlotsPerWeek = 7 * kSlotsPerDay;
+    const auto place = [](HourStamp s) { return s.day * static_cast<uint32_t>(kSlotsPerDay) + s.slot; };
+    return (place(hourNow) + kSlotsPerWeek - place(stamp) % kSlotsPerWeek) % kSlotsPerWeek;
+}
+
+static void lf_removeOldestStatic(int64_t parked)
+{
+    const auto present = std::ranges::count_if(staticAcs, [](const StaticAc& s) {
+        return s.fs == FsState::Active || s.fs == FsState::RemovingFromSim;
+    });
+    if (present + parked <= maxPark || staticAcs.empty()) {
+        return;
+    }
+    const auto oldest =
+        std::ranges::max_element(staticAcs, {}, [](const StaticAc& s) { return lf_age(s.stamp); });
+    if (oldest->fs == FsState::Active) {
+        removeAircraftFromSim(*oldest, "a live aircraft parks in its place");
+    }
+}
+
+void maxParkCheck(int32_t extra)
+{
+    const auto parked = std::ranges::count_if(liveAcs, lf_isParked) + extra;
+    if (!INITIAL_LOAD_ONLY.value && maxPark >= 1 && parked > maxPark) {
+        if (LiveAc* longest = lf_longestParked()) {
+            logTalkative(
+                format("{:}: {:8} max park exceeded, removed", gf_standName(*longest), longest->callsign));
+            removeAircraftFromSim(*longest, "more parked than wanted");
+        }
+    }
+    lf_removeOldestStatic(parked);
+}
+
+std::vector<ParkedStay> oldParkedRound()
+{
+    constexpr int32_t kMinute = 60 * kTicksPerSecond;
+    std::vector<ParkedStay> stays;
+    for (LiveAc& ac : liveAcs) {
+        if (!lf_isParked(ac)) {
+            continue;
+        }
+        const int32_t longest = (ac.category == AcCategory::Heavy ? 180 : 90) * kMinute;
+        const int32_t stay = ac.liveAtStand ? 0 : tick - ac.parkedSince;
+        if (stay > longest && !INITIAL_LOAD_ONLY.value) {
+            removeAircraftFromSim(ac, "parked for long enough");
+        } else {
+            stays.push_back({ac.standId, stay / kMinute, gf_flightText(ac)});
+        }
+    }
+    std::ranges::stable_sort(stays, {}, &ParkedStay::minutes);
+    return stays;
+}
+
+void removeOldestParked(int32_t count)
+{
+    for (; count > 0; --count) {
+        LiveAc* longest = lf_longestParked();
+        if (longest == nullptr) {
+            return;
+        }
+        logTalkative(format("live parked {} at {} removed", longest->callsign, gf_standName(*longest)));
+        removeAircraftFromSim(*longest, "fewer parked aircraft are wanted");
+    }
+}
+
+void gf_flushParked()
+{
+    for (StaticAc& ac : staticAcs) {
+        removeAircraftFromSim(ac, "the airport is out of sight");
+    }
+    for (LiveAc& ac : liveAcs) {
+        if (ac.st == StState::Parked) {
+            removeAircraftFromSim(ac, "the airport is out of sight");
+        }
+        gf_clearStandFields(ac);
+    }
+}
+
+void clearReservedStand()
+{
+    const ParkPos* stand = gf_standById(reservedStand);
+    if (reservedStand.empty() || stand == nullptr) {
+        return;
+    }
+    const auto holds = [stand](const StaticAc& ac) {
+        return ac.standId == stand->index && ac.fs == FsState::Active;
+    };
+    if (const auto s = std::ranges::find_if(staticAcs, holds); s != staticAcs.end()) {
+        removeAircraftFromSim(*s, "the reserved stand stays free");
+        return;
+    }
+    const auto live =
+        std::ranges::find_if(liveAcs, [&](const LiveAc& ac) { return lf_isParked(ac) && holds(ac); });
+    if (live != liveAcs.end()) {
+        removeAircraftFromSim(*live, "the reserved stand stays free");
+    }
+}
+
+}  // namespace vlt
