@@ -153,15 +153,16 @@ void ReplayJudge::checkParked(const LiveAc& ac, const std::unordered_map<uint32_
         m_parked.erase(ac.objectid);
         return;
     }
-    const Parked now{{object->second->lat, object->second->lon}, object->second->heading, false};
+    const SimObject& o = *object->second;
+    const Parked now{{o.lat, o.lon}, {o.heading, o.altitude, o.pitch, o.bank}, false};
     const auto [at, isNew] = m_parked.try_emplace(ac.objectid, now);
     Parked& before = at->second;
     if (isNew) {
         return;
     }
-    if (before.settled && (before.at != now.at || before.heading != now.heading)) {
-        note(format("{} moved while parked, by {:.3f} m", ac.callsign,
-                    distNm(before.at, now.at) * kMetresPerNm));
+    if (before.settled && (before.at != now.at || before.attitude != now.attitude)) {
+        note(format("{} moved while parked, by {:.3f} m and {:.3f} ft", ac.callsign,
+                    distNm(before.at, now.at) * kMetresPerNm, now.attitude[1] - before.attitude[1]));
     }
     before = now;
     before.settled = true;

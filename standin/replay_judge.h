@@ -7,6 +7,7 @@
 #include "traffic/geodesy.h"
 #include "traffic/traffic.h"
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -85,8 +86,8 @@ private:
     };
     struct Parked {
         LatLon at;
-        double heading = 0;
-        bool settled = false;  // compared from now on
+        std::array<double, 4> attitude{};  // heading, altitude, pitch, bank
+        bool settled = false;              // compared from now on
     };
     // The reports of one address.
     struct Reports {
