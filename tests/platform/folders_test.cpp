@@ -4,7 +4,6 @@
 #include "platform/local_pipe.h"
 #include "support/temp_folder.h"
 
-#include <functional>
 #include <gtest/gtest.h>
 
 namespace vlt {
@@ -12,11 +11,9 @@ namespace vlt {
 TEST(Folders, preferOwnVariableThenXdgThenHome)
 {
     const struct {
-        const char* own;
-        const char* xdg;
-        std::function<std::filesystem::path()> folder;
-        const char* expectedByXdg;
-        const char* expectedByHome;
+        const char *own, *xdg;
+        std::filesystem::path (*folder)();
+        const char *byXdg, *byHome;
     } cases[] = {
         {"VELATRA_APPDATA", "XDG_CONFIG_HOME", gf_appDataFolder, "/xdg", "/home/u/.config"},
         {"VELATRA_PROGRAMDATA", "XDG_DATA_HOME", gf_programDataFolder, "/xdg/velatra/ProgramData",
@@ -32,21 +29,17 @@ TEST(Folders, preferOwnVariableThenXdgThenHome)
         ScopedVariable xdg(c.xdg, "/xdg");
         EXPECT_EQ("/own", c.folder()) << c.own;
         own.set("");
-        EXPECT_EQ(c.expectedByXdg, c.folder()) << c.own;
+        EXPECT_EQ(c.byXdg, c.folder()) << c.own;
         xdg.set("");
-        EXPECT_EQ(c.expectedByHome, c.folder()) << c.own;
+        EXPECT_EQ(c.byHome, c.folder()) << c.own;
     }
 }
 
-TEST(Folders, keepOurFilesBelowTheApplicationData)
+TEST(Folders, keepOurFilesBelowTheirFoldersAndFindTheMappedDrive)
 {
     const ScopedVariable own("VELATRA_APPDATA", "/own");
     EXPECT_EQ("/own/Velatra", gf_dataFolder());
-}
-
-TEST(Folders, findProgramDataOnTheMappedDrive)
-{
-    const ScopedVariable own("VELATRA_PROGRAMDATA", "");
+    const ScopedVariable programData("VELATRA_PROGRAMDATA", "");
     const ScopedVariable drive("VELATRA_DRIVE_C", "/wine/c");
     EXPECT_EQ("/wine/c/ProgramData", gf_programDataFolder());
 }
@@ -66,20 +59,16 @@ TEST(Folders, neverShareTheRuntimeFolderBetweenUsers)
 TEST(LocalPipe, liesInTheRuntimeFolder)
 {
     const ScopedVariable runtime("VELATRA_RUNTIME", "/run/v");
-    const struct {
-        const char* what;
-        const char* name;
-        const char* expected;
-    } cases[] = {
-        {"this machine", R"(\\.\pipe\Lockheed Martin Prepar3D v5\SimConnect)",
+    const std::pair<const char*, const char*> cases[] = {
+        {R"(\\.\pipe\Lockheed Martin Prepar3D v5\SimConnect)",
          "/run/v/pipe/Lockheed Martin Prepar3D v5/SimConnect"},
-        {"another machine", R"(\\sim-pc\PIPE\a\b)", "/run/v/pipe/a/b"},
-        {"bare name", R"(a\b)", "/run/v/pipe/a/b"},
-        {"no pipe", R"(\\host\share\x)", "/run/v/pipe/host/share/x"},
-        {"host alone", R"(\\host)", "/run/v/pipe/host"},
+        {R"(\\sim-pc\PIPE\a\b)", "/run/v/pipe/a/b"},
+        {R"(a\b)", "/run/v/pipe/a/b"},
+        {R"(\\host\share\x)", "/run/v/pipe/host/share/x"},
+        {R"(\\host)", "/run/v/pipe/host"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.expected, gf_localPipeFile(c.name)) << c.what;
+    for (const auto& [name, expected] : cases) {
+        EXPECT_EQ(expected, gf_localPipeFile(name)) << name;
     }
 }
 

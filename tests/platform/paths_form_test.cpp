@@ -11,9 +11,17 @@ namespace vlt {
 class PathsForm : public testing::Test
 {
 protected:
-    std::string native(std::string_view path)
+    using Pairs = std::vector<std::pair<std::string, std::string>>;
+
+    static std::string native(std::string_view path)
     {
         return gf_toNativeForm(path).string();
+    }
+    static void expectNative(const Pairs& windowsAndNative)
+    {
+        for (const auto& [windows, expected] : windowsAndNative) {
+            EXPECT_EQ(expected, native(windows)) << windows;
+        }
     }
 
     TempFolder folder;
@@ -25,105 +33,68 @@ protected:
 
 TEST_F(PathsForm, mapsDrivesAndSlashesToNativePaths)
 {
-    const struct {
-        const char* what;
-        std::string windows, expected;
-    } cases[] = {
-        {"drive", "C:\\P3D\\a.bgl", root + "/c/P3D/a.bgl"},
-        {"small letter of the drive", "c:\\P3D", root + "/c/P3D"},
-        {"drive alone", "C:", root + "/c"},
-        {"relative to the drive", "C:P3D", root + "/c/P3D"},
-        {"slashes mixed", "C:/P3D\\x/y", root + "/c/P3D/x/y"},
-        {"drive without a folder", "D:\\x\\y", "D:/x/y"},
-        {"program data", "C:\\ProgramData\\Lockheed Martin", root + "/pd/Lockheed Martin"},
-        {"program data in other case", "c:/programDATA", root + "/pd"},
-        {"no program data, only its beginning", "C:\\ProgramData2\\x", root + "/c/ProgramData2/x"},
-        {"relative", "SimObjects\\Airplanes", "SimObjects/Airplanes"},
-        {"native already", "/opt/x y/z", "/opt/x y/z"},
-        {"empty", "", ""},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.expected, native(c.windows)) << c.what;
-    }
+    expectNative({
+        {"C:\\P3D\\a.bgl", root + "/c/P3D/a.bgl"},
+        {"c:\\P3D", root + "/c/P3D"},
+        {"C:", root + "/c"},
+        {"C:P3D", root + "/c/P3D"},  // relative to the drive
+        {"C:/P3D\\x/y", root + "/c/P3D/x/y"},
+        {"D:\\x\\y", "D:/x/y"},  // no folder stands for it
+        {"C:\\ProgramData\\Lockheed Martin", root + "/pd/Lockheed Martin"},
+        {"c:/programDATA", root + "/pd"},
+        {"C:\\ProgramData2\\x", root + "/c/ProgramData2/x"},
+        {"SimObjects\\Airplanes", "SimObjects/Airplanes"},
+        {"/opt/x y/z", "/opt/x y/z"},
+        {"", ""},
+        {"\xFF\xC3\\x", "\xFF\xC3/x"},  // no text
+        {std::string(5000, 'x'), std::string(5000, 'x')},
+    });
 }
 
 TEST_F(PathsForm, dropsDotsAndBlanksAtTheEndOfNames)
 {
-    const struct {
-        const char* what;
-        std::string windows, expected;
-    } cases[] = {
-        {"empty model", "a\\model.\\model.cfg", "a/model/model.cfg"},
-        {"last name", "a\\model.", "a/model"},
-        {"several", "a. . \\b  \\c", "a/b/c"},
-        {"dots inside stay", "a.b\\c..d", "a.b/c..d"},
-        {"blanks at the front stay", "\\ a\\b", "/ a/b"},
-        {"folder above and this folder stay", "..\\a\\.\\b", "../a/./b"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.expected, native(c.windows)) << c.what;
-    }
+    expectNative({
+        {"a\\model.\\model.cfg", "a/model/model.cfg"},
+        {"a\\model.", "a/model"},
+        {"a. . \\b  \\c", "a/b/c"},
+        {"a.b\\c..d", "a.b/c..d"},
+        {"\\ a\\b", "/ a/b"},
+        {"..\\a\\.\\b", "../a/./b"},
+    });
 }
 
-TEST_F(PathsForm, findsNamesInOtherCase)
+TEST_F(PathsForm, findsNamesInOtherCaseButTheExactNameAndTheFirstBefore)
 {
     folder.write("c/SimObjects/Airplanes/Aircraft.cfg", "x");
-    folder.write("c/\xC3\x9C"
-                 "bersee/\xD0\x96.txt",
-                 "x");
-    EXPECT_EQ(root + "/c/SimObjects/Airplanes/Aircraft.cfg",
-              native("C:\\simobjects\\AIRPLANES\\aircraft.CFG"));
-    EXPECT_EQ(root + "/c/\xC3\x9C"
-                     "bersee/\xD0\x96.txt",
-              native("C:\\\xC3\xBC"
-                     "BERSEE\\\xD0\xB6.TXT"));
-    // What isn't there keeps the user's letters, below what is there.
-    EXPECT_EQ(root + "/c/SimObjects/Boats/x.cfg", native("C:\\SIMOBJECTS\\Boats\\x.cfg"));
-}
-
-TEST_F(PathsForm, prefersTheExactNameAndThenTheFirst)
-{
+    folder.write("c/\u00DCbersee/\u0416.txt", "x");
     folder.write("c/abc/exact", "x");
     folder.write("c/ABC/other", "x");
-    EXPECT_EQ(root + "/c/abc/exact", native("C:\\abc\\exact"));
-    EXPECT_EQ(root + "/c/ABC", native("C:\\Abc"));
+    expectNative({
+        {"C:\\simobjects\\AIRPLANES\\aircraft.CFG", root + "/c/SimObjects/Airplanes/Aircraft.cfg"},
+        {"C:\\\u00FCBERSEE\\\u0436.TXT", root + "/c/\u00DCbersee/\u0416.txt"},
+        // What isn't there keeps the user's letters, below what is there.
+        {"C:\\SIMOBJECTS\\Boats\\x.cfg", root + "/c/SimObjects/Boats/x.cfg"},
+        {"C:\\abc\\exact", root + "/c/abc/exact"},
+        {"C:\\Abc", root + "/c/ABC"},
+    });
 }
 
-TEST_F(PathsForm, survivesNamesThatAreNoText)
+TEST_F(PathsForm, givesTheWindowsFormAndComesBackFromIt)
 {
-    EXPECT_EQ("\xFF\xC3/x", native("\xFF\xC3\\x"));
-    EXPECT_EQ("a/b", native("a/b"));
-    EXPECT_EQ(std::string(5000, 'x'), native(std::string(5000, 'x')));
-}
-
-TEST_F(PathsForm, givesTheWindowsForm)
-{
-    const struct {
-        const char* what;
-        std::string nativePath, expected;
-    } cases[] = {
-        {"on the drive", root + "/c/P3D/x", "C:\\P3D\\x"},
-        {"the drive itself", root + "/c", "C:\\"},
-        {"beside the drive", root + "/cc/x", ""},
-        {"program data", root + "/pd/Lockheed Martin", "C:\\ProgramData\\Lockheed Martin"},
-        {"relative", "output/info", "output\\info"},
-        {"windows already", "C:\\a\\b", "C:\\a\\b"},
+    std::string beside = root + "/cc/x";
+    std::ranges::replace(beside, '/', '\\');
+    const Pairs cases = {
+        {root + "/c/P3D/A b/c.d", "C:\\P3D\\A b\\c.d"},
+        {root + "/cc/x", beside},
+        {root + "/pd/Lockheed Martin", "C:\\ProgramData\\Lockheed Martin"},
+        {"output/info", "output\\info"},
     };
-    for (const auto& c : cases) {
-        std::string expected = c.expected;
-        if (expected.empty()) {
-            expected = c.nativePath;
-            std::replace(expected.begin(), expected.end(), '/', '\\');
-        }
-        EXPECT_EQ(expected, gf_toWindowsForm(c.nativePath)) << c.what;
+    for (const auto& [path, expected] : cases) {
+        EXPECT_EQ(expected, gf_toWindowsForm(path));
+        EXPECT_EQ(path, native(expected));
     }
-}
-
-TEST_F(PathsForm, comesBackFromTheWindowsForm)
-{
-    for (const std::string& path : {root + "/c/A b/c.d", root + "/pd/x", std::string("rel/x"), root + "/z"}) {
-        EXPECT_EQ(path, native(gf_toWindowsForm(path)));
-    }
+    EXPECT_EQ("C:\\", gf_toWindowsForm(root + "/c"));
+    EXPECT_EQ("C:\\a\\b", gf_toWindowsForm("C:\\a\\b"));
 }
 
 }  // namespace vlt

@@ -4,6 +4,7 @@
 #include "platform/user_messages.h"
 #include "support/temp_folder.h"
 
+#include <algorithm>
 #include <csignal>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -11,76 +12,27 @@
 
 namespace vlt {
 
-// Another process that tries to take the lock, tells the result, and holds on until it is let go.
-class OtherProcess
+// Whether another process gets the lock; it has ended then.
+static bool lf_otherProcessTakes()
 {
-public:
-    OtherProcess()
-    {
-        int answer[2];
-        int hold[2];
-        EXPECT_EQ(0, ::pipe(answer));
-        EXPECT_EQ(0, ::pipe(hold));
-        m_id = ::fork();
-        if (m_id == 0) {
-            ::close(hold[1]);
-            char byte = gf_takeInstanceLock() ? 'y' : 'n';
-            const bool told = ::write(answer[1], &byte, 1) == 1;
-            // Returns when the parent closes its end.
-            const auto ended = ::read(hold[0], &byte, 1);
-            ::_exit(told && ended == 0 ? 0 : 1);
-        }
-        ::close(answer[1]);
-        ::close(hold[0]);
-        m_hold = hold[1];
-        char byte = '?';
-        m_took = ::read(answer[0], &byte, 1) == 1 && byte == 'y';
-        ::close(answer[0]);
+    const pid_t id = ::fork();
+    if (id == 0) {
+        ::_exit(gf_takeInstanceLock() ? 1 : 2);
     }
-    ~OtherProcess()
-    {
-        end();
-    }
-    OtherProcess(const OtherProcess&) = delete;
-    OtherProcess& operator=(const OtherProcess&) = delete;
-
-    [[nodiscard]] bool took() const
-    {
-        return m_took;
-    }
-    void end()
-    {
-        if (m_hold < 0) {
-            return;
-        }
-        ::close(m_hold);
-        m_hold = -1;
-        int status = -1;
-        ::waitpid(m_id, &status, 0);
-        EXPECT_EQ(0, status);
-    }
-
-private:
-    pid_t m_id = -1;
-    int m_hold = -1;
-    bool m_took = false;
-};
+    int status = -1;
+    ::waitpid(id, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) > 0) << status;
+    return WEXITSTATUS(status) == 1;
+}
 
 TEST(InstanceLock, belongsToOneProcessUntilItEnds)
 {
     const TempFolder folder;
     const ScopedVariable runtime("VELATRA_RUNTIME", (folder.path() / "new").string());
-    OtherProcess first;
-    EXPECT_TRUE(first.took());
-    {
-        const OtherProcess second;
-        EXPECT_FALSE(second.took());
-    }
+    EXPECT_TRUE(lf_otherProcessTakes());
+    EXPECT_TRUE(gf_takeInstanceLock()) << "the other has ended";
+    EXPECT_FALSE(lf_otherProcessTakes());
     EXPECT_FALSE(gf_takeInstanceLock());
-    first.end();
-    EXPECT_TRUE(gf_takeInstanceLock());
-    const OtherProcess third;
-    EXPECT_FALSE(third.took());
 }
 
 TEST(InstanceLock, doesNotStopTheProgramWithoutAFolder)
@@ -93,27 +45,23 @@ TEST(InstanceLock, doesNotStopTheProgramWithoutAFolder)
 
 TEST(UserMessages, comeInTheirOrder)
 {
-    gf_postUserMessage(UserMessage::StartMain);
-    gf_postUserMessage(UserMessage::Close);
-    gf_postUserMessage(UserMessage::Finish);
-    EXPECT_EQ(UserMessage::StartMain, gf_waitUserMessage());
-    EXPECT_EQ(UserMessage::Close, gf_waitUserMessage());
-    EXPECT_EQ(UserMessage::Finish, gf_waitUserMessage());
+    const UserMessage all[] = {UserMessage::StartMain, UserMessage::Close, UserMessage::Finish};
+    std::ranges::for_each(all, gf_postUserMessage);
+    for (const UserMessage expected : all) {
+        EXPECT_EQ(expected, gf_waitUserMessage());
+    }
 }
 
 TEST(UserMessages, noneIsLostBetweenThreads)
 {
     constexpr int kEach = 1000;
-    std::thread closers([] {
+    const auto post = [](UserMessage message) {
         for (int i = 0; i < kEach; ++i) {
-            gf_postUserMessage(UserMessage::Close);
+            gf_postUserMessage(message);
         }
-    });
-    std::thread starters([] {
-        for (int i = 0; i < kEach; ++i) {
-            gf_postUserMessage(UserMessage::StartMain);
-        }
-    });
+    };
+    std::thread closers(post, UserMessage::Close);
+    std::thread starters(post, UserMessage::StartMain);
     int closes = 0;
     for (int i = 0; i < 2 * kEach; ++i) {
         closes += gf_waitUserMessage() == UserMessage::Close;

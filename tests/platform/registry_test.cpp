@@ -29,37 +29,29 @@ constexpr const char* kTwoVersions = "; written by hand\r\n"
                                      "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Lockheed Martin\\Prepar3D v6]\r\n"
                                      "SetupPath=C:\\P3D v6\r\n";
 
-TEST_F(Registry, readsAValueOfItsKeyOnly)
+TEST_F(Registry, readsAValueOfItsKeyOnlyAndKnowsTheKeysAbove)
 {
     folder.write("registry.ini", kTwoVersions);
     EXPECT_EQ("C:\\P3D v5\\", setupPath());
     EXPECT_EQ("C:\\P3D v6", setupPath("Software\\LOCKHEED martin\\prepar3d V6"));
     EXPECT_EQ(std::nullopt, setupPath("SOFTWARE\\Lockheed Martin"));
-    EXPECT_EQ(std::nullopt,
-              gf_registryText(kCurrentUserKey, "SOFTWARE\\Lockheed Martin\\Prepar3D v5", "SetupPath"));
-    EXPECT_EQ(std::nullopt,
-              gf_registryText(kLocalMachineKey, "SOFTWARE\\Lockheed Martin\\Prepar3D v5", "Setup"));
-}
-
-TEST_F(Registry, knowsKeysAndThoseAboveThem)
-{
-    folder.write("registry.ini", kTwoVersions);
-    EXPECT_TRUE(gf_registryHasKey(kLocalMachineKey, "SOFTWARE\\Lockheed Martin\\Prepar3D v6"));
+    constexpr auto kKey = "SOFTWARE\\Lockheed Martin\\Prepar3D v6";
+    EXPECT_EQ(std::nullopt, gf_registryText(kCurrentUserKey, kKey, "SetupPath"));
+    EXPECT_EQ(std::nullopt, gf_registryText(kLocalMachineKey, kKey, "Setup"));
+    EXPECT_TRUE(gf_registryHasKey(kLocalMachineKey, kKey));
     EXPECT_TRUE(gf_registryHasKey(kLocalMachineKey, "software\\lockheed martin"));
     EXPECT_FALSE(gf_registryHasKey(kLocalMachineKey, "SOFTWARE\\Lockheed Martin\\Prepar3D"));
-    EXPECT_FALSE(gf_registryHasKey(kCurrentUserKey, "SOFTWARE\\Lockheed Martin\\Prepar3D v6"));
+    EXPECT_FALSE(gf_registryHasKey(kCurrentUserKey, kKey));
 }
 
-TEST_F(Registry, isEmptyWithoutAFile)
+TEST_F(Registry, isEmptyWithoutAFileAndDoesNotWaitForAPipe)
 {
+    const auto file = folder.path() / "registry.ini";
     EXPECT_EQ(std::nullopt, setupPath());
-    std::filesystem::create_directories(folder.path() / "registry.ini");
+    ASSERT_EQ(0, ::mkfifo(file.c_str(), 0600));
     EXPECT_EQ(std::nullopt, setupPath());
-}
-
-TEST_F(Registry, doesNotWaitForAPipe)
-{
-    ASSERT_EQ(0, ::mkfifo((folder.path() / "registry.ini").c_str(), 0600));
+    std::filesystem::remove(file);
+    std::filesystem::create_directories(file);
     EXPECT_EQ(std::nullopt, setupPath());
 }
 
@@ -90,38 +82,29 @@ TEST_F(Registry, survivesHostileFiles)
 
 TEST(IniValue, followsTheSystemsRules)
 {
-    const struct {
-        const char* what;
-        const char* ini;
-        std::optional<std::string> expected;
-    } cases[] = {
-        {"plain", "[S]\nk=v", "v"},
-        {"case of section and key", "[s]\nK=v", "v"},
-        {"blanks", " [ S ] \n k \t= v w \n", "v w"},
-        {"quotation marks", "[S]\nk=\" v \"", " v "},
-        {"one quotation mark", "[S]\nk=\"v", "\"v"},
-        {"empty value", "[S]\nk=\n", ""},
-        {"first key counts", "[S]\nk=1\nk=2", "1"},
-        {"first section counts", "[S]\na=1\n[S]\nk=2", std::nullopt},
-        {"comment", "[S]\n;k=1\nk=2", "2"},
-        {"equals in the value", "[S]\nk=a=b", "a=b"},
-        {"key of another section", "[T]\nk=1\n[S]\nx=1\n[U]\nk=2", std::nullopt},
-        {"key before all sections", "k=1\n[S]\n", std::nullopt},
-        {"bracket missing", "[S\nk=v", "v"},
-        {"key without a value sign", "[S]\nk\nk=v", "v"},
-        {"longer key", "[S]\nkk=1", std::nullopt},
-        {"nothing", "", std::nullopt},
+    const std::pair<const char*, std::optional<std::string>> cases[] = {
+        {"[s]\nK=v", "v"},
+        {" [ S ] \n k \t= v w \n", "v w"},
+        {"[S]\nk=\" v \"", " v "},
+        {"[S]\nk=\"v", "\"v"},
+        {"[S]\nk=\n", ""},
+        {"[S]\nk=1\nk=2", "1"},
+        {"[S]\na=1\n[S]\nk=2", std::nullopt},  // the first section counts
+        {"[S]\n;k=1\nk=2", "2"},
+        {"[S]\nk=a=b", "a=b"},
+        {"[T]\nk=1\n[S]\nx=1\n[U]\nk=2", std::nullopt},
+        {"k=1\n[S]\n", std::nullopt},
+        {"[S\nk=v", "v"},  // the bracket may be missing
+        {"[S]\nk\nk=v", "v"},
+        {"[S]\nkk=1", std::nullopt},
+        {"", std::nullopt},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.expected, gf_iniValue(c.ini, "S", "k")) << c.what;
+    for (const auto& [ini, expected] : cases) {
+        EXPECT_EQ(expected, gf_iniValue(ini, "S", "k")) << ini;
     }
-}
-
-TEST(IniFile, losesTheMarkAtItsFront)
-{
     const TempFolder folder;
     const auto file = folder.write("x.ini", "\xEF\xBB\xBF[S]\nk=v");
-    EXPECT_EQ("[S]\nk=v", gf_readIniFile(file));
+    EXPECT_EQ("[S]\nk=v", gf_readIniFile(file)) << "without the mark at its front";
 }
 
 }  // namespace vlt

@@ -2,9 +2,11 @@
 
 #include "core/text.h"
 #include "standin/day_airport.h"
+#include "standin/day_path.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <map>
@@ -12,12 +14,12 @@
 
 namespace vlt {
 
-static DayOptions lf_options(uint64_t seed = 1)
+static BuiltinDay lf_day(uint64_t seed = 1)
 {
     DayOptions options;
     options.seed = seed;
     options.world = "no such folder";
-    return options;
+    return BuiltinDay(options);
 }
 
 static std::string lf_text(const std::vector<DayLine>& lines)
@@ -29,180 +31,152 @@ static std::string lf_text(const std::vector<DayLine>& lines)
     return text;
 }
 
-static double lf_number(std::string_view text)
-{
-    double value = std::nan("");
-    std::from_chars(text.data(), text.data() + text.size(), value);
-    return value;
-}
-
 // One line, read by its places.
 struct Report {
-    std::string hexid, callsign, type, reg;
-    LatLon at;
-    double stamp, altitude, climb, knots, track;
-    bool onGround;
+    explicit Report(std::string_view line) : fields(gf_split(line, ',')) {}
+    double number(size_t place) const
+    {
+        double value = std::nan("");
+        const std::string_view text = fields.at(place);
+        std::from_chars(text.data(), text.data() + text.size(), value);
+        return value;
+    }
+    std::string text(size_t place) const
+    {
+        return std::string(fields.at(place));
+    }
+    LatLon at() const
+    {
+        return {number(2), number(3)};
+    }
+    std::vector<std::string_view> fields;
 };
 
-static Report lf_report(const std::string& line)
+TEST(BuiltinDay, isTheSameForTheSameSeedInAnyStretches)
 {
-    const auto f = gf_split(line, ',');
-    return {std::string(f[1]),
-            std::string(f[9]),
-            std::string(f[10]),
-            std::string(f[11]),
-            {lf_number(f[2]), lf_number(f[3])},
-            lf_number(f[14]),
-            lf_number(f[4]),
-            lf_number(f[5]),
-            lf_number(f[8]),
-            lf_number(f[7]),
-            f[6] == "1"};
-}
-
-static std::map<std::string, std::vector<Report>> lf_byAircraft(const std::vector<DayLine>& lines)
-{
-    std::map<std::string, std::vector<Report>> reports;
-    for (const DayLine& line : lines) {
-        Report report = lf_report(line.text);
-        auto& list = reports[report.hexid];
-        if (list.empty() || list.back().stamp < report.stamp) {
-            list.push_back(std::move(report));
-        }
-    }
-    return reports;
-}
-
-TEST(BuiltinDay, isTheSameForTheSameSeedAndAnotherForAnother)
-{
-    const std::string once = lf_text(BuiltinDay(lf_options()).lines(0, 60));
-    EXPECT_EQ(once, lf_text(BuiltinDay(lf_options()).lines(0, 60)));
-    EXPECT_NE(once, lf_text(BuiltinDay(lf_options(2)).lines(0, 60)));
-}
-
-TEST(BuiltinDay, comesInStretchesWithoutASeam)
-{
-    const BuiltinDay day(lf_options());
+    const BuiltinDay day = lf_day();
     const std::string whole = lf_text(day.lines(100, 160));
+    EXPECT_EQ(whole, lf_text(lf_day().lines(100, 160)));
+    EXPECT_NE(whole, lf_text(lf_day(2).lines(100, 160)));
     EXPECT_EQ(whole, lf_text(day.lines(100, 127.3)) + lf_text(day.lines(127.3, 160)));
 }
 
-TEST(BuiltinDay, writesWholeLinesOfNumbersInRange)
+TEST(BuiltinDay, writesWholeLinesOfNumbersInRangeAndGivesNobodysNameTwice)
 {
-    const auto lines = BuiltinDay(lf_options()).lines(0, 300);
-    ASSERT_GT(lines.size(), 1000u);
-    for (const DayLine& line : lines) {
-        const auto fields = gf_split(line.text, ',');
-        ASSERT_EQ(43u, fields.size()) << line.text;
-        for (const int place : {2, 3, 4, 5, 8, 14, 20, 23, 25}) {
-            ASSERT_TRUE(std::isfinite(lf_number(fields[place]))) << place << " of " << line.text;
+    std::map<std::string, std::set<std::string>> hexidsOf;
+    for (const DayLine& line : lf_day().lines(0, 1200)) {
+        const Report report(line.text);
+        ASSERT_EQ(43u, report.fields.size()) << line.text;
+        for (const size_t place : {2, 3, 4, 5, 8, 14, 20, 23, 25}) {
+            ASSERT_TRUE(std::isfinite(report.number(place))) << place << " of " << line.text;
         }
-        ASSERT_LT(distNm(kDayAirport, lf_report(line.text).at), 90) << line.text;
-    }
-}
-
-TEST(BuiltinDay, hasFortyAircraftInRangeAtAnyTime)
-{
-    const BuiltinDay day(lf_options());
-    for (const double from : {0.0, 600.0, 3000.0}) {
-        std::set<std::string> heard;
-        for (const DayLine& line : day.lines(from, from + 120)) {
-            const Report report = lf_report(line.text);
-            if (report.type != "GRND" && distNm(kDayAirport, report.at) < 40) {
-                heard.insert(report.hexid);
-            }
+        ASSERT_LT(distNm(kDayAirport, report.at()), 90) << line.text;
+        if (report.text(9) != "null") {
+            hexidsOf[report.text(9)].insert(report.text(1));
         }
-        EXPECT_GE(heard.size(), 40u) << "from second " << from;
     }
+    size_t ghosts = 0;
+    for (const auto& [callsign, hexids] : hexidsOf) {
+        EXPECT_EQ(1u, hexids.size()) << callsign;
+        EXPECT_LE(callsign.size(), 9u) << callsign;
+        ghosts += callsign.back() == '_';
+    }
+    EXPECT_GT(ghosts, 0u) << "some aircraft have a twin with _ behind their name";
 }
 
 TEST(BuiltinDay, movesAsItsReportsSay)
 {
     constexpr double kNoiseKnots = 30;  // two positions a few metres off, two seconds apart
     int checked = 0;
-    for (const auto& [hexid, reports] : lf_byAircraft(BuiltinDay(lf_options()).lines(0, 900))) {
-        for (size_t i = 1; i < reports.size(); ++i) {
-            const Report& a = reports[i - 1];
-            const Report& b = reports[i];
-            const double seconds = b.stamp - a.stamp;
-            if (seconds < 2 || seconds > 12 || a.type == "GRND") {
-                continue;
-            }
-            ++checked;
-            const double moved = distNm(a.at, b.at) / seconds * 3600;
-            EXPECT_LT(moved, std::max(a.knots, b.knots) + kNoiseKnots) << a.callsign << " at " << a.stamp;
-            const double climb = (b.altitude - a.altitude) / seconds * 60;
-            if (!a.onGround && !b.onGround) {
-                EXPECT_LT(std::abs(climb), 4500) << a.callsign << " at " << a.stamp;
-                const double turned = std::abs(angleDiff(a.track * kRadPerDeg, b.track * kRadPerDeg));
-                if (std::isfinite(turned) && std::min(a.knots, b.knots) > 40) {
-                    EXPECT_LT(turned * kDegPerRad / seconds, 12) << a.callsign << " at " << a.stamp;
-                }
-            }
+    const std::vector<DayLine> lines = lf_day().lines(0, 900);
+    std::map<std::string, const DayLine*> before;
+    for (const DayLine& line : lines) {
+        const Report b(line.text);
+        const DayLine*& last = before[b.text(1)];
+        const Report a(last == nullptr ? line.text : last->text);
+        const double seconds = b.number(14) - a.number(14);
+        if (last == nullptr || seconds > 0) {
+            last = &line;
+        }
+        if (seconds < 2 || seconds > 12 || a.text(10) == "GRND") {
+            continue;
+        }
+        ++checked;
+        const double fastest = std::max(a.number(8), b.number(8));
+        EXPECT_LT(distNm(a.at(), b.at()) / seconds * 3600, fastest + kNoiseKnots) << line.text;
+        if (a.text(6) != "1" && b.text(6) != "1") {
+            EXPECT_LT(std::abs(b.number(4) - a.number(4)) / seconds * 60, 4500) << line.text;
+            const double turned = std::abs(std::remainder(b.number(7) - a.number(7), 360));
+            EXPECT_FALSE(turned / seconds >= 12 && std::min(a.number(8), b.number(8)) > 40) << line.text;
         }
     }
     EXPECT_GT(checked, 5000);
 }
 
-TEST(BuiltinDay, givesNobodysNameTwice)
+TEST(BuiltinDay, landsOnTheRunwayAndParksAtAStandWithinItsTime)
 {
-    std::map<std::string, std::set<std::string>> hexidsOf;
-    for (const DayLine& line : BuiltinDay(lf_options()).lines(0, 1200)) {
-        const Report report = lf_report(line.text);
-        if (report.callsign != "null") {
-            hexidsOf[report.callsign].insert(report.hexid);
-        }
-    }
-    size_t ghosts = 0;
-    for (const auto& [callsign, hexids] : hexidsOf) {
-        EXPECT_EQ(1u, hexids.size()) << callsign;
-        ghosts += callsign.back() == '_';
-        EXPECT_LE(callsign.size(), 9u) << callsign;
-    }
-    EXPECT_GT(ghosts, 0u) << "some aircraft have a twin with _ behind their name";
-}
-
-TEST(BuiltinDay, landsOnTheRunwayAndParksAtAStand)
-{
-    const BuiltinDay day(lf_options());
-    const std::vector<DayStand> stands = gf_dayStands();
+    const LatLon threshold = gf_fieldPosition(kDayRunways[0].east);
+    const double runway = bearing(threshold, gf_fieldPosition(kDayRunways[0].west));
     int landings = 0;
-    for (const DayFlight& flight : day.flights(0, 1200)) {
+    for (const DayFlight& flight : lf_day().flights(0, 1200)) {
+        const PathState& last = flight.journey.back();
+        EXPECT_LT(last.time, kSchedules[static_cast<size_t>(flight.kind)].longest) << flight.callsign;
         if (flight.kind != FlightKind::Arrival) {
             continue;
         }
         ++landings;
-        const DayRunway& runway = kDayRunways[0];
-        for (const PathState& state : flight.journey) {
-            if (state.feet <= 0) {  // the moment of touchdown
-                const LatLon at = gf_positionAround(state.east, state.north);
-                EXPECT_LT(distNm(at, gf_fieldPosition(runway.east)) * 1852, 500) << flight.callsign;
-                EXPECT_LT(
-                    gf_offLineFeet(gf_fieldPosition(runway.east),
-                                   bearing(gf_fieldPosition(runway.east), gf_fieldPosition(runway.west)), at),
-                    20);
-                EXPECT_NEAR(260, state.heading * kDegPerRad, 1);
-                break;
-            }
-        }
-        const PathState& last = flight.journey.back();
+        const auto touchdown =
+            std::ranges::find_if(flight.journey, [](const PathState& s) { return s.feet <= 0; });
+        ASSERT_NE(flight.journey.end(), touchdown);
+        const LatLon at = gf_positionAround(touchdown->east, touchdown->north);
+        EXPECT_LT(distNm(at, threshold) * 1852, 500) << flight.callsign;
+        EXPECT_LT(gf_offLineFeet(threshold, runway, at), 20);
+        EXPECT_NEAR(260, touchdown->heading * kDegPerRad, 1);
         double nearest = 1e9;
-        for (const DayStand& stand : stands) {
-            const EastNorth at = gf_eastNorth(stand.at);
-            nearest = std::min(nearest, std::hypot(at.east - last.east, at.north - last.north));
+        for (const DayStand& stand : gf_dayStands()) {
+            const EastNorth place = gf_eastNorth(stand.at);
+            nearest = std::min(nearest, std::hypot(place.east - last.east, place.north - last.north));
         }
         EXPECT_LT(nearest, 2) << flight.callsign;
     }
     EXPECT_GE(landings, 5);
 }
 
-TEST(BuiltinDay, lastsNoLongerThanItsTimetableAllows)
+constexpr double kMetresPerSecond = 1852.0 / 3600;  // of a knot
+const double kPi = std::acos(-1);
+
+TEST(Journey, acceleratesEvenlyAndClimbsAsFastAsSlopeAndSpeedSay)
 {
-    const BuiltinDay day(lf_options());
-    for (const DayFlight& flight : day.flights(0, 3600)) {
-        const KindSchedule& schedule = kSchedules[static_cast<size_t>(flight.kind)];
-        EXPECT_LT(flight.journey.back().time, schedule.longest) << flight.callsign;
+    // From 50 to 150 kt over 5000 m: the mean speed is 100 kt, so it takes 5000 / 51.44 s.
+    const auto journey = gf_journey({{{{0, 0, 0, 50, 0}, {0, 5000, 0, 150, 0}}}});
+    const double seconds = 5000 / (100 * kMetresPerSecond);
+    EXPECT_NEAR(seconds, journey.back().time, 2 * kPathStep);
+    EXPECT_NEAR(100, gf_stateAt(journey, seconds / 2).knots, 1);
+    // 1000 ft in 6000 m at 120 kt: 97.2 s, 617 ft/min.
+    const auto climb = gf_journey({{{{0, 0, 0, 120, 0}, {6000, 0, 0, 120, 1000}}}});
+    EXPECT_NEAR(617, climb[20].climb, 1);
+    EXPECT_NEAR(617, gf_stateAt(climb, 70).feet - gf_stateAt(climb, 10).feet, 1);
+}
+
+TEST(Journey, roundsACornerWithItsRadiusAndBanksForIt)
+{
+    constexpr double kRadius = 2000;
+    const auto journey =
+        gf_journey({{{{0, 0, 0, 200, 3000}, {0, 20000, kRadius, 200, 3000}, {20000, 20000, 0, 200, 3000}}}});
+    // North, then a quarter circle about (2000, 18000), then east.
+    double widest = 0;
+    double bank = 0;
+    for (const PathState& state : journey) {
+        if (state.north > 18000.5 && state.east < 1999.5) {
+            widest = std::max(widest, std::abs(std::hypot(state.east - 2000, state.north - 18000) - kRadius));
+        }
+        bank = std::max(bank, state.bank);
     }
+    EXPECT_LT(widest, 1);
+    EXPECT_NEAR(kPi / 2, journey.back().heading, 1e-6);
+    const double speed = 200 * kMetresPerSecond;
+    EXPECT_NEAR((18000 + kRadius * kPi / 2 + 18000) / speed, journey.back().time, 2 * kPathStep);
+    EXPECT_NEAR(std::atan(speed * speed / 9.81 / kRadius), bank, 0.01) << "to the right, so positive";
 }
 
 }  // namespace vlt

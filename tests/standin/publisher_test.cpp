@@ -1,10 +1,11 @@
+// What the tools publish of data/world.
 #include "standin/publisher.h"
 
 #include "core/text.h"
 #include "liveries/database.h"
 #include "liveries/dbase_reader.h"
 #include "liveries/regcode_files.h"
-#include "standin/installed_titles.h"
+#include "standin/airport_files.h"
 #include "standin/world_tables.h"
 #include "support/temp_folder.h"
 #include "support/world.h"
@@ -12,20 +13,23 @@
 #include <gtest/gtest.h>
 #include <pugixml.hpp>
 
-#include <charconv>
 #include <map>
-#include <stdexcept>
 
 namespace vlt {
 
 class PublisherTest : public testing::Test
 {
 protected:
-    PublisherTest()
+    void SetUp() override
     {
         gf_clearWorld();
+        const std::string text = gf_dbaseText(world);
+        EXPECT_EQ(std::string::npos, text.find("G-DBCJ")) << "nothing plain is published";
+        pugi::xml_document document;
+        ASSERT_TRUE(document.load_buffer(text.data(), text.size()));
+        gf_readDbaseSections(document, "world");
     }
-    ~PublisherTest() override
+    void TearDown() override
     {
         gf_clearWorld();
     }
@@ -42,37 +46,24 @@ protected:
         }
         return named;
     }
-    static void load(const std::string& text)
-    {
-        pugi::xml_document document;
-        ASSERT_TRUE(document.load_buffer(text.data(), text.size()));
-        gf_readDbaseSections(document, "world");
-    }
 
+public:
     static inline const std::filesystem::path world =
         std::filesystem::path(VELATRA_SOURCE_DIR) / "data/world";
 };
 
 TEST_F(PublisherTest, theWholeWorldComesBackFromThePublishedDataBase)
 {
-    load(gf_dbaseText(world));
     for (auto& row : rows("types.csv")) {
-        EXPECT_TRUE(isValidModel(row["type"])) << row["type"];
-        EXPECT_EQ(row["category"], kCategoryNames[static_cast<size_t>(categoryOf(row["type"]))])
-            << row["type"];
-        EXPECT_EQ(row["cargo"] == "1", dbase.cargo_types.contains(row["type"])) << row["type"];
+        const std::string& type = row["type"];
+        EXPECT_TRUE(isValidModel(type)) << type;
+        EXPECT_EQ(row["category"], kCategoryNames[static_cast<size_t>(categoryOf(type))]) << type;
+        EXPECT_EQ(row["cargo"] == "1", dbase.cargo_types.contains(type)) << type;
         if (!row["span_m"].empty()) {
-            EXPECT_NEAR(std::stod(row["span_m"]) / 2 / 1852, halfWingspanNm(row["type"]), 1e-9)
-                << row["type"];
+            EXPECT_NEAR(std::stod(row["span_m"]) / 2 / 1852, halfWingspanNm(type), 1e-9) << type;
         }
     }
-    EXPECT_EQ(rows("types.csv").size(), dbase.aircrafts.size());
-    for (auto& row : rows("airlines.csv")) {
-        EXPECT_TRUE(isValidAirline(row["code"])) << row["code"];
-    }
-    const auto registrations = rows("registrations.csv");
-    EXPECT_EQ(registrations.size(), dbase.registrations.size());
-    for (auto row : registrations) {
+    for (auto& row : rows("registrations.csv")) {
         const auto known = dbase.registrations.find(row["reg"]);
         ASSERT_NE(dbase.registrations.end(), known) << row["reg"];
         EXPECT_EQ(row["airl"], known->second.airl) << row["reg"];
@@ -80,88 +71,69 @@ TEST_F(PublisherTest, theWholeWorldComesBackFromThePublishedDataBase)
         EXPECT_EQ(row["opr"], known->second.opr) << row["reg"];
         EXPECT_EQ(row["cargo"] == "1", known->second.cargo) << row["reg"];
     }
-    EXPECT_EQ(rows("similar.csv").size(), dbase.similarTypes.size());
-    EXPECT_EQ(rows("fixes.csv").size(), dbase.fixes.size());
-    EXPECT_EQ(rows("publishers.csv").size(), dbase.publishers.size());
-    EXPECT_EQ(rows("thirdparties.csv").size(), dbase.thirdParties.size());
-    EXPECT_EQ(rows("simaddons.csv").size(), dbase.simaddonsP3D.size());
-    EXPECT_EQ(rows("cargo_operators.csv").size(), dbase.cargo_operators.size());
+    const std::pair<const char*, size_t> sizes[] = {
+        {"types.csv", dbase.aircrafts.size()},
+        {"registrations.csv", dbase.registrations.size()},
+        {"airlines.csv", dbase.ICAO_airlines.size()},
+        {"similar.csv", dbase.similarTypes.size()},
+        {"fixes.csv", dbase.fixes.size()},
+        {"publishers.csv", dbase.publishers.size()},
+        {"thirdparties.csv", dbase.thirdParties.size()},
+        {"simaddons.csv", dbase.simaddonsP3D.size()},
+        {"cargo_operators.csv", dbase.cargo_operators.size()},
+    };
+    for (const auto& [table, size] : sizes) {
+        EXPECT_EQ(rows(table).size(), size) << table;
+    }
 }
 
-TEST_F(PublisherTest, nothingPlainStandsInThePublishedRows)
-{
-    const std::string text = gf_dbaseText(world);
-    EXPECT_EQ(std::string::npos, text.find("G-DBCJ"));
-    EXPECT_EQ(std::string::npos, gf_regcodesText(world).find("reg=\"G-"));
-}
-
-TEST_F(PublisherTest, theRegcodesComeBack)
+TEST_F(PublisherTest, theRegcodesComeBackAndWereNotPlain)
 {
     const std::string text = gf_regcodesText(world);
+    EXPECT_EQ(std::string::npos, text.find("reg=\"G-"));
     pugi::xml_document document;
     ASSERT_TRUE(document.load_buffer(text.data(), text.size()));
     std::vector<RegcodeEntry> entries;
     ASSERT_TRUE(gf_readRegcodeDocument(document, "world", entries));
-    const auto table = rows("regcodes.csv");
+    auto table = rows("regcodes.csv");
     ASSERT_EQ(table.size(), entries.size());
     for (size_t i = 0; i < entries.size(); ++i) {
-        auto row = table[i];
-        EXPECT_EQ(row["title"], entries[i].title);
-        EXPECT_EQ(row["special"] == "1", entries[i].special);
-        EXPECT_EQ(row["reg"], format("{}", fmt::join(entries[i].regcodes, "|")));
+        EXPECT_EQ(table[i]["title"], entries[i].title);
+        EXPECT_EQ(table[i]["special"] == "1", entries[i].special);
+        EXPECT_EQ(table[i]["reg"], format("{}", fmt::join(entries[i].regcodes, "|")));
     }
-}
-
-TEST_F(PublisherTest, theWorldIsOfOnePiece)
-{
-    load(gf_dbaseText(world));
-    std::set<std::string> titles;
-    size_t registered = 0;
-    for (const Livery& livery : gf_worldLiveries(world)) {
-        EXPECT_TRUE(isValidModel(livery.model)) << livery.title;
-        EXPECT_TRUE(isValidAirline(livery.airline)) << livery.title;
-        EXPECT_TRUE(titles.insert(livery.title).second) << livery.title << " stands there twice";
-        if (!livery.atcid.empty()) {
-            ++registered;
-            EXPECT_NE(nullptr, findRegcode(livery.atcid)) << livery.title;
-        }
-    }
-    EXPECT_GT(registered, 100U);
-    size_t installed = 0;
-    for (const InstalledTitle& title : gf_readTitles(world / "titles.csv")) {
-        ++installed;
-        EXPECT_TRUE(titles.contains(title.title)) << title.title;
-    }
-    EXPECT_EQ(titles.size() - 3, installed) << "three liveries are left to be refused";
 }
 
 TEST_F(PublisherTest, tablesThatCannotBePublishedAreNamed)
 {
-    const TempFolder folder;
-    std::filesystem::copy(world, folder.path(), std::filesystem::copy_options::recursive);
+    const auto told = [](const auto& act) {
+        try {
+            act();
+        } catch (const std::exception& e) {
+            return std::string(e.what());
+        }
+        return std::string("nothing");
+    };
     const struct {
-        const char *what, *table, *content, *expected;
+        const char *table, *content, *expected;
     } cases[] = {
-        {"a row too short", "fixes.csv", "wrong,correct\nA,B\nC\n", "fixes.csv:3: 1 cells, not 2"},
-        {"no such column", "fixes.csv", "wrong,right\nA,B\n", "fixes.csv: no column correct"},
-        {"an empty file", "similar.csv", "", "similar.csv: can't be read"},
-        {"a type of five letters", "similar.csv", "types\nA319|A3200\n",
-         "\"A3200\" has no length of a type designator"},
+        {"fixes.csv", "wrong,correct\nA,B\nC\n", "fixes.csv:3: 1 cells, not 2"},
+        {"fixes.csv", "wrong,right\nA,B\n", "fixes.csv: no column correct"},
+        {"similar.csv", "", "similar.csv: can't be read"},
+        {"similar.csv", "types\nA319|A3200\n", "\"A3200\" has no length of a type designator"},
     };
     for (const auto& c : cases) {
-        const std::filesystem::path file = folder.path() / c.table;
+        const TempFolder folder;
+        std::filesystem::copy(world, folder.path(), std::filesystem::copy_options::recursive);
         folder.write(c.table, c.content);
-        try {
-            gf_dbaseText(folder.path());
-            ADD_FAILURE() << c.what;
-        } catch (const std::exception& e) {
-            EXPECT_STREQ(c.expected, e.what()) << c.what;
-        }
-        std::filesystem::copy_file(world / c.table, file, std::filesystem::copy_options::overwrite_existing);
+        EXPECT_EQ(c.expected, told([&] { gf_dbaseText(folder.path()); }));
     }
+    const TempFolder folder;
+    const auto stands = folder.write("stands.csv", "id,lat,lon,heading,radius_m,kind\nA1,x,1,1,1,gate\n");
+    EXPECT_EQ("stands.csv: \"x\" is no number", told([&] { gf_standsOfTable(stands); }));
 }
 
-TEST_F(PublisherTest, theCatalogueHoldsFourLetterCodesInOrder)
+TEST(Catalogue, holdsFourLetterCodesInOrder)
 {
     const std::string text = gf_catalogueText(R"([
         {"icao": "LFBO", "iata": "TLS", "elevation": 499, "lat": 43.6291007996, "lon": 1.3638199568},
@@ -171,15 +143,39 @@ TEST_F(PublisherTest, theCatalogueHoldsFourLetterCodesInOrder)
         {"icao": "EGL", "lat": 1, "lon": 1}, {"lat": 2, "lon": 2}])");
     pugi::xml_document document;
     ASSERT_TRUE(document.load_buffer(text.data(), text.size()));
-    std::vector<std::string> airports;
+    std::string airports;
     for (const pugi::xml_node& node : document.child("airports").children("airport")) {
-        airports.push_back(format("{} {} {} {} {}", node.attribute("code").value(),
-                                  node.attribute("iata") ? node.attribute("iata").value() : "none",
-                                  node.attribute("lat").value(), node.attribute("lon").value(),
-                                  node.attribute("alt").value()));
+        for (const pugi::xml_attribute& attribute : node.attributes()) {
+            airports += format("{} ", attribute.value());
+        }
     }
-    EXPECT_EQ((std::vector<std::string>{"EGLL none 51.4706 -0.461941 0", "LFBO TLS 43.6291 1.36382 499"}),
-              airports);
+    EXPECT_EQ("EGLL 51.4706 -0.461941 0 LFBO TLS 43.6291 1.36382 499 ", airports);
+}
+
+TEST(WorldAirports, doubledIdsAreToldApart)
+{
+    ArchivedAirport airport;
+    airport.stands = {{"A1", 1, 1, 0, 20, "gate", {}}, {"A1", 1, 2, 0, 20, "heli", {}}};
+    pugi::xml_document document;
+    ASSERT_TRUE(document.load_string(gf_archivedText(airport).c_str()));
+    const pugi::xml_node second = document.child("parkpositions").last_child();
+    EXPECT_STREQ("A1-2", second.attribute("id").as_string());
+    EXPECT_TRUE(second.attribute("heli").as_bool());
+}
+
+TEST(WorldAirports, joinTheCatalogueInTheOrderOfTheirCodes)
+{
+    const TempFolder folder;
+    folder.write("base.xml", "<airports><airport code='AAAA'/><airport code='XMMM'/><airport code='ZZZZ'/>"
+                             "</airports>");
+    pugi::xml_document document;
+    ASSERT_TRUE(
+        document.load_string(gf_mergedCatalogue(folder.path() / "base.xml", PublisherTest::world).c_str()));
+    std::string codes;
+    for (const pugi::xml_node& airport : document.child("airports").children()) {
+        codes += std::string(airport.attribute("code").as_string()) + " ";
+    }
+    EXPECT_EQ("AAAA XBRG XMMM XSEE XVEL ZZZZ ", codes);
 }
 
 }  // namespace vlt

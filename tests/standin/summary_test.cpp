@@ -3,12 +3,11 @@
 #include "standin/installed_titles.h"
 #include "standin/motion_breaks.h"
 #include "standin/picture.h"
+#include "support/temp_folder.h"
 #include "test_client.h"
 #include "traffic/geodesy.h"
 
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -22,17 +21,13 @@ constexpr double kFeetPerSecondOf100Knots = 168.78;
 static ObjectLife lf_northbound()
 {
     ObjectLife life;
-    life.id = 20;
-    life.tailNumber = "DLH1";
-    life.model = "A320";
     life.category = "Large";
-    life.createdAt = 0;
     life.firstPositionAt = 0;
     for (int second = 0; second <= 60; ++second) {
         TrackPoint point;
         point.time = second;
-        point.lat = 47.6 + second * kFeetPerSecondOf100Knots / 6076.115 / 60;
         point.lon = 11.5;
+        point.lat = 47.6 + second * kFeetPerSecondOf100Knots / 6076.115 / 60;
         point.altitude = 3000;
         point.agl = 2000;
         point.tas = 100;
@@ -41,11 +36,15 @@ static ObjectLife lf_northbound()
     return life;
 }
 
-static void lf_land(ObjectLife& life)
+// The same on the ground, the nose to the south, at `part` of the speed.
+static void lf_goBackwards(ObjectLife& life, double part)
 {
     for (TrackPoint& point : life.track) {
         point.onGround = true;
         point.agl = 10;
+        point.lat = 47.6 + (point.lat - 47.6) * part;
+        point.heading = std::acos(-1);
+        point.tas *= part;
     }
 }
 
@@ -83,36 +82,22 @@ TEST(MotionBreaks, findsWhatNoAircraftDoesAndNothingElse)
         {"a turn at 9 degrees a second",
          [&](ObjectLife& life) {
              life.track.resize(11);
-             for (int i = 0; i < 11; ++i) {
-                 // Chords of a circle: the way of each second points to the mean of its two
-                 // headings.
-                 life.track[i].heading = gf_normalAngle(i * 9 * deg);
-                 if (i > 0) {
-                     const LatLon to = destination({life.track[i - 1].lat, life.track[i - 1].lon},
-                                                   (i - 0.5) * 9 * deg, kFeetPerSecondOf100Knots);
-                     life.track[i].lat = to.lat;
-                     life.track[i].lon = to.lon;
-                 }
+             // Chords of a circle: the way of each second points to the mean of its two headings.
+             for (int i = 1; i < 11; ++i) {
+                 TrackPoint& point = life.track[i];
+                 point.heading = gf_normalAngle(i * 9 * deg);
+                 const LatLon from{life.track[i - 1].lat, life.track[i - 1].lon};
+                 const LatLon to = destination(from, (i - 0.5) * 9 * deg, kFeetPerSecondOf100Knots);
+                 point.lat = to.lat;
+                 point.lon = to.lon;
              }
          },
          ""},
-        {"pushed back at 5 kt",
-         [&](ObjectLife& life) {
-             lf_land(life);
-             for (TrackPoint& point : life.track) {
-                 point.lat = 47.6 + (point.lat - 47.6) / 20;
-                 point.heading = 180 * deg;
-                 point.tas = 5;
-             }
-         },
-         ""},
+        {"pushed back at 5 kt", [](ObjectLife& life) { lf_goBackwards(life, 0.05); }, ""},
         {"backwards at 100 kt",
-         [&](ObjectLife& life) {
-             lf_land(life);
+         [](ObjectLife& life) {
+             lf_goBackwards(life, 1);
              life.track.resize(4);
-             for (TrackPoint& point : life.track) {
-                 point.heading = 180 * deg;
-             }
          },
          "backward backward "},
     };
@@ -127,91 +112,59 @@ TEST(MotionBreaks, findsWhatNoAircraftDoesAndNothingElse)
     }
 }
 
-static VirtualSimulator& lf_flown(VirtualSimulator& simulator)
-{
-    TestClient client(simulator);
-    client.define();
-    const uint32_t id =
-        client.create("House <A320> & \"more\"", "DLH<1>", {47.6, 11.6, 6000, 0, 0, 90, 0, 0});
-    client.freeze(id);
-    for (int i = 0; i < 100; ++i) {
-        client.setPosition(id, {47.6, 11.6 + i * 1e-4, 0, 0, 1.57, 6000, 0, 150});
-        client.wait(0.1);
-    }
-    SimConnect_AIRemoveObject(client.handle, 4711, 105);
-    return simulator;
-}
-
-static SimulatorOptions lf_options()
+TEST(Summary, tellsAndDrawsAFlightWhateverItsNames)
 {
     SimulatorOptions options;
-    options.titles = {{"House <A320> & \"more\"", "A320", "Large", 9, 0}};
-    return options;
-}
-
-TEST(Summary, countsWhatHappened)
-{
-    VirtualSimulator simulator(lf_options());
-    lf_flown(simulator);
+    options.anyTitle = true;
+    VirtualSimulator simulator(options);
+    {
+        TestClient client(simulator);
+        client.define();
+        const uint32_t id = client.create("House <A320>", "DLH<1>", {47.6, 11.6, 6000, 0, 0, 90, 0, 0});
+        client.freeze(id);
+        for (int i = 0; i < 100; ++i) {
+            client.setPosition(id, {47.6, 11.6 + i * 1e-4, 0, 0, 1.57, 6000, 0, 150});
+            client.wait(0.1);
+        }
+        SimConnect_AIRemoveObject(client.handle, 4711, 105);
+    }
     const auto summary = nlohmann::json::parse(gf_summary(simulator, {"world", "feed", 7, 3, 0, ""}));
     EXPECT_EQ(100, summary["packets"]["SetDataOnSimObject"]);
-    EXPECT_EQ(3, summary["packets"]["TransmitClientEvent"]);
-    EXPECT_EQ(1, summary["created"]);
-    EXPECT_EQ(1, summary["mostAlive"]);
     EXPECT_EQ(0, summary["alive"]) << "the client is gone and its object with it";
-    EXPECT_EQ(7, summary["feedLines"]);
     ASSERT_EQ(1, summary["complaintList"].size());
     EXPECT_EQ("AIRemoveObject", summary["complaintList"][0]["function"]);
     const auto& object = summary["objects"][0];
-    EXPECT_EQ("DLH<1>", object["callsign"]);
     EXPECT_EQ(100, object["positions"]);
     // 99 steps of 0.0001 degrees of longitude, 0.006 nm times the cosine of the latitude; the first
     // sample comes within a second of the first step.
     EXPECT_NEAR(99 * 0.006 * std::cos(47.6 * std::acos(-1) / 180), object["track"]["nm"].get<double>(), 0.05);
-}
 
-TEST(Picture, isWellFormedWhateverTheNames)
-{
-    VirtualSimulator simulator(lf_options());
-    lf_flown(simulator);
     Chart chart;
     chart.title = "A & B <C>";
     chart.airport = gf_dayChartAirport();
     chart.user = {47.6, 11.5};
     chart.lives = simulator.lives();
     ASSERT_EQ(1u, chart.lives.size());
-    ASSERT_NE(kNeverInLife, chart.lives[0].removedAt) << "gone with its client, but to be seen";
     chart.lives[0].tailNumber = "DLH<1>\xff";
     pugi::xml_document document;
     const std::string svg = gf_trafficSvg(chart);
-    const auto result = document.load_string(svg.c_str());
-    ASSERT_TRUE(result) << result.description();
+    ASSERT_TRUE(document.load_string(svg.c_str()));
     EXPECT_EQ(std::string::npos, svg.find("nan"));
-    bool labelled = false;
-    for (const auto& text : document.select_nodes("//*[local-name()='text']")) {
-        labelled = labelled || std::string(text.node().text().as_string()) == "DLH<1>?";
-    }
-    EXPECT_TRUE(labelled);
+    EXPECT_FALSE(document.select_nodes("//*[local-name()='text' and text()='DLH<1>?']").empty());
     EXPECT_FALSE(document.select_nodes("//*[local-name()='polyline']").empty());
-}
-
-TEST(Picture, copesWithNobodyThere)
-{
-    pugi::xml_document document;
-    EXPECT_TRUE(document.load_string(gf_trafficSvg({}).c_str()));
+    EXPECT_TRUE(document.load_string(gf_trafficSvg({}).c_str())) << "nobody there";
 }
 
 TEST(InstalledTitles, readsRowsByTheirHeaderAndLeavesBadOnesOut)
 {
-    const auto file = std::filesystem::temp_directory_path() / "velatra_standin_titles.csv";
-    std::ofstream(file) << "title,cg_ft,model,category,static_pitch_deg\r\n"
-                           "\"House, \"\"new\"\" A320\",9.5,A320,Large,-0.5\r\n"
-                           "No height,,A320,Large,0\n"
-                           ",9,A320,Large,0\n"
-                           "Cut off,9\n"
-                           "Plain,4.2,C172,Light,1\n";
-    const auto titles = gf_readTitles(file);
-    std::filesystem::remove(file);
+    const TempFolder folder;
+    const auto titles =
+        gf_readTitles(folder.write("titles.csv", "title,cg_ft,model,category,static_pitch_deg\r\n"
+                                                 "\"House, \"\"new\"\" A320\",9.5,A320,Large,-0.5\r\n"
+                                                 "No height,,A320,Large,0\n"
+                                                 ",9,A320,Large,0\n"
+                                                 "Cut off,9\n"
+                                                 "Plain,4.2,C172,Light,1\n"));
     ASSERT_EQ(2u, titles.size());
     EXPECT_EQ("House, \"new\" A320", titles[0].title);
     EXPECT_EQ("A320", titles[0].model);

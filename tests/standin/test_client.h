@@ -8,8 +8,6 @@
 #include "standin/virtual_simulator.h"
 
 #include <array>
-#include <cstring>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -60,24 +58,21 @@ public:
         SimConnect_SubscribeToSystemEvent(handle, kTestSubscribedSim, "Sim");
         SimConnect_SubscribeToSystemEvent(handle, kTestAdded, "ObjectAdded");
         SimConnect_SubscribeToSystemEvent(handle, kTestRemoved, "ObjectRemoved");
-        const struct {
-            const char *name, *unit;
-        } position[] = {{"Plane Latitude", "degree"},
-                        {"Plane Longitude", "degree"},
-                        {"Plane Pitch degrees", "radians"},
-                        {"Plane Bank degrees", "radians"},
-                        {"Plane Heading degrees true", "radians"},
-                        {"Plane Altitude", "feet"},
-                        {"Vertical Speed", "feet per second"},
-                        {"Airspeed True", "knots"}};
-        for (const auto& entry : position) {
-            SimConnect_AddToDataDefinition(handle, kTestPosition, entry.name, entry.unit,
-                                           SimDataType::Float64);
-        }
-        SimConnect_AddToDataDefinition(handle, kTestNearby, "Plane Alt Above Ground", "feet",
-                                       SimDataType::Float64);
-        SimConnect_AddToDataDefinition(handle, kTestNearby, "SIM ON GROUND", "Bool", SimDataType::Int64);
-        SimConnect_AddToDataDefinition(handle, kTestNearby, "ATC ID", "", SimDataType::String32);
+        const auto add = [&](uint32_t definition, const char* name, const char* unit,
+                             SimDataType type = SimDataType::Float64) {
+            SimConnect_AddToDataDefinition(handle, definition, name, unit, type);
+        };
+        add(kTestPosition, "Plane Latitude", "degree");
+        add(kTestPosition, "Plane Longitude", "degree");
+        add(kTestPosition, "Plane Pitch degrees", "radians");
+        add(kTestPosition, "Plane Bank degrees", "radians");
+        add(kTestPosition, "Plane Heading degrees true", "radians");
+        add(kTestPosition, "Plane Altitude", "feet");
+        add(kTestPosition, "Vertical Speed", "feet per second");
+        add(kTestPosition, "Airspeed True", "knots");
+        add(kTestNearby, "Plane Alt Above Ground", "feet");
+        add(kTestNearby, "SIM ON GROUND", "Bool", SimDataType::Int64);
+        add(kTestNearby, "ATC ID", "", SimDataType::String32);
         SimConnect_MapClientEventToSimEvent(handle, kTestFreezes[0], "FREEZE_LATITUDE_LONGITUDE_SET");
         SimConnect_MapClientEventToSimEvent(handle, kTestFreezes[1], "FREEZE_ALTITUDE_SET");
         SimConnect_MapClientEventToSimEvent(handle, kTestFreezes[2], "FREEZE_ATTITUDE_SET");
@@ -106,12 +101,8 @@ public:
 
     std::vector<TestMessage> taken(SimMessageId id)
     {
-        std::vector<TestMessage> found;
-        for (const TestMessage& message : messages) {
-            if (message.id == id) {
-                found.push_back(message);
-            }
-        }
+        std::vector<TestMessage> found = messages;
+        std::erase_if(found, [id](const TestMessage& message) { return message.id != id; });
         return found;
     }
 

@@ -11,8 +11,12 @@ namespace vlt {
 class SimConfigTest : public testing::Test
 {
 protected:
+    SimConfigTest()
+    {
+        world.writeRegistry("SimConnect_Port_IPv4=5111\nSimConnect_Port_IPv6=5222\n");
+    }
     // Reads up to three files, in their order; an empty text is no file.
-    std::optional<SimConfig> read(const std::vector<std::string>& files, uint32_t index = 0)
+    static std::optional<SimConfig> read(const std::vector<std::string>& files, uint32_t index = 0)
     {
         const TempFolder configs;
         std::vector<std::filesystem::path> folders;
@@ -24,76 +28,75 @@ protected:
         }
         return gf_readSimConfig(folders, index);
     }
+    // The same for files whose section is [SimConnect]; as one line: protocol, address, port, sizes.
+    static std::string told(std::vector<std::string> files)
+    {
+        for (std::string& file : files) {
+            file.insert(0, file.empty() || file.starts_with('[') ? "" : "[SimConnect]\n");
+        }
+        const SimConfig c = read(files).value();
+        constexpr const char* kProtocols[] = {"auto", "v6", "v4"};
+        std::string line = kProtocols[c.protocol == SimProtocol::IPv6   ? 1
+                                      : c.protocol == SimProtocol::IPv4 ? 2
+                                                                        : 0];
+        line += (c.address.empty() ? " -" : " " + c.address) + (c.port.empty() ? " -" : " " + c.port);
+        return line + " " + std::to_string(c.maxReceiveSize) + (c.disableNagle ? " nodelay" : "");
+    }
+    // The attempts of a chain as one line, the one at `success` (from 1) being the good one.
+    static std::string attempts(const std::string& file, int success = 0)
+    {
+        std::string line;
+        int count = 0;
+        const bool connected =
+            gf_connectByChain(*read({"[SimConnect]\n" + file}), [&](const SimTarget& target) {
+                constexpr const char* kRoads[] = {"pipe ", "v6 ", "v4 "};
+                line += kRoads[static_cast<int>(target.road)];
+                line += target.road == SimRoad::Pipe ? target.name : target.host + " " + target.name;
+                line += "; ";
+                return ++count == success;
+            });
+        return line + (connected ? "connected" : "failed");
+    }
 
     SimWorld world;
 };
 
 TEST_F(SimConfigTest, readsKeysAndDefaults)
 {
-    world.writeRegistry("SimConnect_Port_IPv4=5111\nSimConnect_Port_IPv6=5222\n");
-    const std::string front = "[SimConnect]\n";
     const struct {
         const char* what;
         std::vector<std::string> files;
-        SimConfig expected;
+        const char* expected;
     } cases[] = {
-        {"no file", {"", "", ""}, {}},
+        {"no file", {"", "", ""}, "auto - - 41088"},
         {"all keys",
-         {front + "Protocol=IPv6\nAddress=fe80::1\nPort=500\nMaxReceiveSize=50000\nDisableNagle=1\n"},
-         {SimProtocol::IPv6, "fe80::1", "500", 50000, true}},
-        {"case of letters",
-         {"[simconnect]\nPROTOCOL=ipV4\nport=500\n"},
-         {SimProtocol::IPv4, "", "500", 41088, false}},
-        {"pipe is auto", {front + "Protocol=IPv4", front + "Protocol=pipe"}, {}},
-        {"other words",
-         {front + "Protocol=IPv6", front + "Protocol=TCP"},
-         {SimProtocol::IPv6, "", "", 41088, false}},
-        {"no port with IPv4", {front + "Protocol=IPv4"}, {SimProtocol::IPv4, "", "", 41088, false}},
-        {"port of an earlier file gives way to the registry",
-         {front + "Port=500", front + "Protocol=IPv4"},
-         {SimProtocol::IPv4, "", "5111", 41088, false}},
-        {"of the right family",
-         {front + "Port=500", front + "Protocol=IPv6"},
-         {SimProtocol::IPv6, "", "5222", 41088, false}},
-        {"port of the same file stays",
-         {front + "Protocol=IPv4\nPort=500"},
-         {SimProtocol::IPv4, "", "500", 41088, false}},
-        {"auto leaves the port",
-         {front + "Port=500", front + "Protocol=Auto"},
-         {SimProtocol::Auto, "", "500", 41088, false}},
-        {"later file over earlier",
-         {front + "Address=a\nPort=1", "", front + "Address=b"},
-         {SimProtocol::Auto, "b", "1", 41088, false}},
-        {"small receive size", {front + "MaxReceiveSize=1024"}, {}},
-        {"receive size never falls",
-         {front + "MaxReceiveSize=60000", front + "MaxReceiveSize=50000"},
-         {SimProtocol::Auto, "", "", 60000, false}},
-        {"receive size without sense", {front + "MaxReceiveSize=-1"}, {}},
-        {"receive size that is no number", {front + "MaxReceiveSize=many"}, {}},
-        {"huge receive size",
-         {front + "MaxReceiveSize=99999999999"},
-         {SimProtocol::Auto, "", "", 0xFFFFFFFF, false}},
-        {"nagle by any number", {front + "DisableNagle=-3"}, {SimProtocol::Auto, "", "", 41088, true}},
-        {"nagle off again", {front + "DisableNagle=1", front + "DisableNagle=0"}, {}},
-        {"nagle by a word", {front + "DisableNagle=yes"}, {}},
-        {"section of another index", {"[SimConnect.1]\nPort=500"}, {}},
+         {"Protocol=IPv6\nAddress=fe80::1\nPort=500\nMaxReceiveSize=50000\nDisableNagle=1\n"},
+         "v6 fe80::1 500 50000 nodelay"},
+        {"case of letters", {"[simconnect]\nPROTOCOL=ipV4\nport=500\n"}, "v4 - 500 41088"},
+        {"pipe is auto", {"Protocol=IPv4", "Protocol=pipe"}, "auto - - 41088"},
+        {"other words", {"Protocol=IPv6", "Protocol=TCP"}, "v6 - - 41088"},
+        {"earlier port gives way to the registry", {"Port=500", "Protocol=IPv4"}, "v4 - 5111 41088"},
+        {"of the right family", {"Port=500", "Protocol=IPv6"}, "v6 - 5222 41088"},
+        {"port of the same file stays", {"Protocol=IPv4\nPort=500"}, "v4 - 500 41088"},
+        {"auto leaves the port", {"Port=500", "Protocol=Auto"}, "auto - 500 41088"},
+        {"later file over earlier", {"Address=a\nPort=1", "", "Address=b"}, "auto b 1 41088"},
+        {"small receive size", {"MaxReceiveSize=1024"}, "auto - - 41088"},
+        {"receive size never falls", {"MaxReceiveSize=60000", "MaxReceiveSize=50000"}, "auto - - 60000"},
+        {"receive size without sense", {"MaxReceiveSize=-1"}, "auto - - 41088"},
+        {"receive size that is no number", {"MaxReceiveSize=many"}, "auto - - 41088"},
+        {"huge receive size", {"MaxReceiveSize=99999999999"}, "auto - - 4294967295"},
+        {"nagle by any number", {"DisableNagle=-3"}, "auto - - 41088 nodelay"},
+        {"nagle off again", {"DisableNagle=1", "DisableNagle=0"}, "auto - - 41088"},
+        {"nagle by a word", {"DisableNagle=yes"}, "auto - - 41088"},
+        {"section of another index", {"[SimConnect.1]\nPort=500"}, "auto - - 41088"},
     };
     for (const auto& c : cases) {
-        const auto config = read(c.files);
-        ASSERT_TRUE(config) << c.what;
-        EXPECT_EQ(c.expected.protocol, config->protocol) << c.what;
-        EXPECT_EQ(c.expected.address, config->address) << c.what;
-        EXPECT_EQ(c.expected.port, config->port) << c.what;
-        EXPECT_EQ(c.expected.maxReceiveSize, config->maxReceiveSize) << c.what;
-        EXPECT_EQ(c.expected.disableNagle, config->disableNagle) << c.what;
+        EXPECT_EQ(c.expected, told(c.files)) << c.what;
     }
-}
-
-TEST_F(SimConfigTest, losesThePortWhenTheRegistryHasNone)
-{
-    EXPECT_EQ("", read({"[SimConnect]\nPort=500", "[SimConnect]\nProtocol=IPv4"})->port);
-    world.writeRegistry("SimConnect_Port_IPv4=000000000000000000500\n");
-    EXPECT_EQ("", read({"[SimConnect]\nPort=500", "[SimConnect]\nProtocol=IPv4"})->port);
+    for (const char* registry : {"", "SimConnect_Port_IPv4=000000000000000000500\n"}) {
+        world.writeRegistry(registry);
+        EXPECT_EQ("v4 - - 41088", told({"Port=500", "Protocol=IPv4"})) << "no usable port " << registry;
+    }
 }
 
 TEST_F(SimConfigTest, needsTheSectionOfAnIndexInAnyFile)
@@ -112,83 +115,37 @@ TEST_F(SimConfigTest, looksIntoThreeFolders)
     EXPECT_EQ(expected, gf_simConfigFolders());
 }
 
-// The attempts of a chain as one line, the one at `success` (from 1) being the good one.
-static std::string lf_attempts(const SimConfig& config, int success = 0)
-{
-    std::string line;
-    int count = 0;
-    const bool connected = gf_connectByChain(config, [&](const SimTarget& target) {
-        constexpr const char* kRoads[] = {"pipe ", "v6 ", "v4 "};
-        line += kRoads[static_cast<int>(target.road)];
-        line += target.road == SimRoad::Pipe ? target.name : target.host + " " + target.name;
-        line += "; ";
-        return ++count == success;
-    });
-    return line + (connected ? "connected" : "failed");
-}
-
 TEST_F(SimConfigTest, leadsToTheWaysInTheirOrder)
 {
-    world.writeRegistry("SimConnect_Port_IPv4=5111\nSimConnect_Port_IPv6=5222\n");
     const std::string pipe = std::string("pipe ") + kPipeName + "; ";
+    const std::string six = "v6 ::1 5222; ";
+    const std::string four = "v4 127.0.0.1 5111; ";
     const struct {
-        const char* what;
-        SimConfig config;
+        const char* file;
         int success;
         std::string expected;
     } cases[] = {
-        {"all four", {}, 0, pipe + "v6 ::1 5222; v4 127.0.0.1 5111; " + pipe + "failed"},
-        {"first", {}, 1, pipe + "connected"},
-        {"second", {}, 2, pipe + "v6 ::1 5222; connected"},
-        {"third", {}, 3, pipe + "v6 ::1 5222; v4 127.0.0.1 5111; connected"},
-        {"fourth", {}, 4, pipe + "v6 ::1 5222; v4 127.0.0.1 5111; " + pipe + "connected"},
-        {"pipe by name, default name at the end",
-         {SimProtocol::Auto, "", "own", kMinReceiveSize, false},
-         0,
-         "pipe \\\\.\\pipe\\own; v6 ::1 5222; v4 127.0.0.1 5111; " + pipe + "failed"},
-        {"this machine by its short name",
-         {SimProtocol::Auto, ".", "", kMinReceiveSize, false},
-         2,
-         pipe + "v6 ::1 5222; connected"},
-        {"another machine's pipe",
-         {SimProtocol::Auto, "simpc", "", kMinReceiveSize, false},
-         0,
-         "pipe \\\\simpc\\pipe\\Lockheed Martin Prepar3D v5\\SimConnect; failed"},
-        {"IPv6 of another machine",
-         {SimProtocol::IPv6, "fe80::1", "500", kMinReceiveSize, false},
-         0,
-         "v6 fe80::1 500; failed"},
-        {"IPv6 of this machine",
-         {SimProtocol::IPv6, "::1", "500", kMinReceiveSize, false},
-         0,
-         "v6 ::1 500; v4 127.0.0.1 5111; " + pipe + "failed"},
-        {"IPv6 of this machine without a port",
-         {SimProtocol::IPv6, "::1", "", kMinReceiveSize, false},
-         1,
-         "v4 127.0.0.1 5111; connected"},
-        {"IPv4 of another machine",
-         {SimProtocol::IPv4, "10.0.0.7", "500", kMinReceiveSize, false},
-         0,
-         "v4 10.0.0.7 500; failed"},
-        {"IPv4 of this machine",
-         {SimProtocol::IPv4, "127.0.0.1", "500", kMinReceiveSize, false},
-         0,
-         "v4 127.0.0.1 500; " + pipe + "failed"},
-        {"IPv4 with nothing else", {SimProtocol::IPv4, "", "", kMinReceiveSize, false}, 0, "failed"},
-        {"IPv4 without an address",
-         {SimProtocol::IPv4, "", "500", kMinReceiveSize, false},
-         0,
-         "v4  500; failed"},
+        {"", 0, pipe + six + four + pipe + "failed"},
+        {"", 1, pipe + "connected"},
+        {"", 2, pipe + six + "connected"},
+        {"", 3, pipe + six + four + "connected"},
+        {"", 4, pipe + six + four + pipe + "connected"},
+        {"Port=own", 0, "pipe \\\\.\\pipe\\own; " + six + four + pipe + "failed"},
+        {"Address=.", 2, pipe + six + "connected"},
+        {"Address=simpc", 0, "pipe \\\\simpc\\pipe\\Lockheed Martin Prepar3D v5\\SimConnect; failed"},
+        {"Protocol=IPv6\nAddress=fe80::1\nPort=500", 0, "v6 fe80::1 500; failed"},
+        {"Protocol=IPv6\nAddress=::1\nPort=500", 0, "v6 ::1 500; " + four + pipe + "failed"},
+        {"Protocol=IPv6\nAddress=::1", 1, four + "connected"},
+        {"Protocol=IPv4\nAddress=10.0.0.7\nPort=500", 0, "v4 10.0.0.7 500; failed"},
+        {"Protocol=IPv4\nAddress=127.0.0.1\nPort=500", 0, "v4 127.0.0.1 500; " + pipe + "failed"},
+        {"Protocol=IPv4", 0, "failed"},
+        {"Protocol=IPv4\nPort=500", 0, "v4  500; failed"},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(c.expected, lf_attempts(c.config, c.success)) << c.what;
+        EXPECT_EQ(c.expected, attempts(c.file, c.success)) << c.file;
     }
-}
-
-TEST_F(SimConfigTest, skipsSocketsWithoutAPort)
-{
-    const std::string pipe = std::string("pipe ") + kPipeName + "; ";
-    EXPECT_EQ(pipe + pipe + "failed", lf_attempts({}));
+    world.writeRegistry("");
+    EXPECT_EQ(pipe + pipe + "failed", attempts("")) << "sockets without a port are left out";
 }
 
 }  // namespace vlt
