@@ -15,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -41,12 +42,9 @@ protected:
     }
     static void reset()
     {
-        for (BoolParameter* p : gf_storedBools()) {
-            p->value = p->def;
-        }
-        for (IntParameter* p : gf_storedInts()) {
-            p->value = p->def;
-        }
+        const auto restore = [](auto* p) { p->value = p->def; };
+        std::ranges::for_each(gf_storedBools(), restore);
+        std::ranges::for_each(gf_storedInts(), restore);
         savedMaxLive = -1;
         gf_resetParkAirport();
         gf_clearTables();

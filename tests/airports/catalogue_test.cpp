@@ -20,13 +20,12 @@ TEST_F(CatalogueTest, isReadOnceAndSortedByCode)
         "<airport code='EGLL' lat='51.47' lon='-0.46' alt='83'/><airport code='BAD' lat='nan' lon='1'/>"
         "<airport code='FAR' lat='91' lon='1'/></airports>");
     EXPECT_TRUE(readAirports());
-    ASSERT_EQ(2U, airportCatalogue.size());
-    EXPECT_EQ("EGLL", airportCatalogue[0].code);
     std::filesystem::remove("airports_p3d.xml");
     EXPECT_TRUE(readAirports()) << "the file isn't read again";
-    ASSERT_NE(nullptr, findAirport("LFBO"));
-    EXPECT_EQ("TLS", findAirport("LFBO")->iata);
-    EXPECT_DOUBLE_EQ(499, findAirport("LFBO")->altitude);
+    ASSERT_EQ(2U, airportCatalogue.size());
+    EXPECT_EQ("EGLL", airportCatalogue[0].code);
+    const AirportRecord* found = findAirport("LFBO");
+    EXPECT_TRUE(found != nullptr && found->iata == "TLS" && found->altitude == 499);
     for (const char* code : {"LFB", "LFBOX", "", "lfbo", "ZZZZ"}) {
         EXPECT_EQ(nullptr, findAirport(code)) << code;
     }
@@ -35,13 +34,8 @@ TEST_F(CatalogueTest, isReadOnceAndSortedByCode)
 TEST_F(CatalogueTest, aFieldWithinFiveMilesIsWhereTheUserIs)
 {
     airportCatalogue = {{"XTST", "", 47, 8, 1000}};
-    const struct {
-        double milesNorth;
-        bool found;
-    } cases[] = {{0, true}, {4.99, true}, {5.01, false}, {6, false}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.found, closestAirport({47 + c.milesNorth / 60, 8}) != nullptr) << c.milesNorth;
-    }
+    EXPECT_NE(nullptr, closestAirport({47 + 4.99 / 60, 8}));
+    EXPECT_EQ(nullptr, closestAirport({47 + 5.01 / 60, 8}));
     EXPECT_NE(nullptr, closestAirport({47, 8 + 4.9 / 60 / 0.682}));
     EXPECT_EQ(nullptr, closestAirport({47, 8 + 5.1 / 60 / 0.682}));
 }
@@ -58,8 +52,6 @@ TEST_F(CatalogueTest, ofTwoFieldsTheOneWithTheNearerStandCounts)
         archive(near, gf_airportText(gf_standText("N1", 800)));
         archive(far, gf_airportText(gf_standText("F1", 30)));
         EXPECT_EQ(far, closestAirport({47, 8})->code);
-        EXPECT_NE(std::string::npos,
-                  log().find("stand F1 at neighbouring airport " + far + " is closest at 30 meters"));
         archive(near, gf_airportText(gf_standText("N1", 30)));
         EXPECT_EQ(near, closestAirport({47, 8})->code) << "a tie stays with the nearer one";
         std::filesystem::remove("served/archive/stock/" + near + ".xml");

@@ -26,10 +26,10 @@ protected:
     {
         closeRequested = false;
         ASSERT_TRUE(gf_resetRunState());
-        fs::create_directories(served());
-        fs::create_directories(home());
-        fs::current_path(home());
-        gf_writeZip(served() / "dbase.zip", {{"folder/", ""}, {"dbase.xml", "<new/>"}});
+        fs::create_directories(served);
+        fs::create_directories(home);
+        fs::current_path(home);
+        gf_writeZip(served / "dbase.zip", {{"folder/", ""}, {"dbase.xml", "<new/>"}});
         std::ofstream("target.xml") << "<old/>";
     }
     void TearDown() override
@@ -39,18 +39,9 @@ protected:
         ASSERT_TRUE(gf_resetRunState());
     }
 
-    fs::path served() const
-    {
-        return folder.path() / "served";
-    }
-    fs::path home() const
-    {
-        return folder.path() / "home";
-    }
-
     void serve(FileFault fault)
     {
-        server = std::make_unique<FileServer>(FileServerOptions{served(), 0, fault, ""});
+        server = std::make_unique<FileServer>(FileServerOptions{served, 0, fault, ""});
         address.set("http://127.0.0.1:" + std::to_string(server->start()));
     }
     static std::string target()
@@ -61,57 +52,45 @@ protected:
     // Nothing but the target lies in the working folder, and nothing came beside it.
     void expectNoLeftovers(const char* what) const
     {
-        EXPECT_EQ(1, std::distance(fs::directory_iterator(home()), {})) << what;
+        EXPECT_EQ(1, std::distance(fs::directory_iterator(home), {})) << what;
         EXPECT_EQ(2, std::distance(fs::directory_iterator(folder.path()), {})) << what;
     }
 
     fs::path before = fs::current_path();
     TempFolder folder;
+    const fs::path served = folder.path() / "served";
+    const fs::path home = folder.path() / "home";
     ScopedVariable address{"VELATRA_SERVER", "http://127.0.0.1:9"};
     std::unique_ptr<FileServer> server;
 };
 
 TEST_F(DownloadTest, fetchesTheTextOfAnArchivesFiles)
 {
+    gf_writeZip(served / "dbase.zip",
+                {{"folder/", ""}, {"../escaped.xml", "<a/>"}, {"/absolute.xml", "<b/>"}});
     serve(FileFault::None);
     EXPECT_TRUE(fetchZippedText("dbase.zip", "target.xml"));
-    EXPECT_EQ("<new/>", target());
-    expectNoLeftovers("fetched");
+    EXPECT_EQ("<a/><b/>", target());
+    expectNoLeftovers("an archive's names are not paths");
+    std::ofstream("target.xml") << "<old/>";
+    gf_writeZip(served / "dbase.zip", {{"only/", ""}});
+    EXPECT_FALSE(fetchZippedText("dbase.zip", "target.xml")) << "an archive without files is none";
+    EXPECT_EQ("<old/>", target());
 }
 
 TEST_F(DownloadTest, aBrokenServerLeavesWhatWasThere)
 {
     EXPECT_FALSE(fetchZippedText("dbase.zip", "target.xml")) << "nobody there";
-    const struct {
-        const char* what;
-        FileFault fault;
-    } cases[] = {{"404", FileFault::NotFound},
-                 {"500", FileFault::ServerError},
-                 {"half a body", FileFault::CutBody},
-                 {"a text for a zip", FileFault::NotAZip}};
-    for (const auto& c : cases) {
-        serve(c.fault);
-        EXPECT_FALSE(fetchZippedText("dbase.zip", "target.xml")) << c.what;
-        EXPECT_EQ("<old/>", target()) << c.what;
-        expectNoLeftovers(c.what);
+    const std::pair<const char*, FileFault> cases[] = {{"404", FileFault::NotFound},
+                                                       {"500", FileFault::ServerError},
+                                                       {"half a body", FileFault::CutBody},
+                                                       {"a text for a zip", FileFault::NotAZip}};
+    for (const auto& [what, fault] : cases) {
+        serve(fault);
+        EXPECT_FALSE(fetchZippedText("dbase.zip", "target.xml")) << what;
+        EXPECT_EQ("<old/>", target()) << what;
+        expectNoLeftovers(what);
     }
-}
-
-TEST_F(DownloadTest, anArchivesNamesAreNotPaths)
-{
-    gf_writeZip(served() / "dbase.zip", {{"../escaped.xml", "<a/>"}, {"/absolute.xml", "<b/>"}});
-    serve(FileFault::None);
-    EXPECT_TRUE(fetchZippedText("dbase.zip", "target.xml"));
-    EXPECT_EQ("<a/><b/>", target());
-    expectNoLeftovers("names");
-}
-
-TEST_F(DownloadTest, anArchiveWithoutFilesIsNone)
-{
-    gf_writeZip(served() / "dbase.zip", {{"only/", ""}});
-    serve(FileFault::None);
-    EXPECT_FALSE(fetchZippedText("dbase.zip", "target.xml"));
-    EXPECT_EQ("<old/>", target());
 }
 
 TEST_F(DownloadTest, aStopEndsAWaitForASilentServer)

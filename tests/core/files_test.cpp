@@ -79,20 +79,13 @@ TEST_F(FilesTest, theLogKeepsTwoOlderOnes)
     write("Log00.txt", "long ago");
     logStart();
     logLine("a line");
-    logBanner("parameters");
-    logBanner("");
-    EXPECT_NE(std::string::npos,
-              read("Log.txt").find("(utc) Velatra version 10.10.10 for Prepar3D v5/v6\na line\n"))
-        << "each line is there at once";
+    const std::string log = read("Log.txt");
+    EXPECT_TRUE(log.ends_with("\na line\n")) << "each line is there at once: " << log;
     gf_logEnd();
     logLine("too late");
+    EXPECT_EQ(log, read("Log.txt"));
     EXPECT_EQ("yesterday", read("Log0.txt"));
     EXPECT_EQ("the day before", read("Log00.txt"));
-    const std::string log = read("Log.txt");
-    EXPECT_NE(std::string::npos,
-              log.find("\n***************************** parameters *****************************\n"));
-    EXPECT_NE(std::string::npos, log.find("\n" + std::string(70, '*') + "\n"));
-    EXPECT_EQ(std::string::npos, log.find("too late"));
 }
 
 TEST_F(FilesTest, archivesGiveTheirEntriesAndRefuseWhatIsNone)

@@ -17,17 +17,13 @@ class RunStateTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        reset();
-    }
-    void TearDown() override
-    {
-        reset();
-    }
-    static void reset()
-    {
         closeRequested = false;
         ASSERT_TRUE(gf_resetRunState());
         gf_resetDisplay();
+    }
+    void TearDown() override
+    {
+        SetUp();
     }
 };
 
@@ -42,6 +38,8 @@ TEST_F(RunStateTest, theFirstReasonWins)
     gf_noteSystemError();
     EXPECT_EQ(ExitReason::SystemError, exitReason) << "only this one overrides";
     EXPECT_EQ(0, restartDelaySeconds);
+    EXPECT_FALSE(gf_resetRunState()) << "a close is not forgotten";
+    EXPECT_TRUE(closeRequested);
 }
 
 TEST_F(RunStateTest, ofManyWritersExactlyOneWins)
@@ -64,14 +62,6 @@ TEST_F(RunStateTest, aStopWakesSleepersAtOnce)
     EXPECT_FALSE(gf_sleepUnlessStopping(std::chrono::minutes(1)));
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
     EXPECT_TRUE(gf_sleepUnlessClosing(std::chrono::milliseconds(1))) << "a stop isn't a close";
-}
-
-TEST_F(RunStateTest, aCloseIsNotForgottenByAReset)
-{
-    gf_requestClose();
-    EXPECT_EQ(ExitReason::UserClosedSim, exitReason);
-    EXPECT_FALSE(gf_resetRunState());
-    EXPECT_TRUE(closeRequested);
 }
 
 TEST_F(RunStateTest, anErrorStaysAndAMessageGoesAfter25Seconds)

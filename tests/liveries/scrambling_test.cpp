@@ -1,10 +1,9 @@
 #include "liveries/scrambling.h"
 
-#include "core/text.h"
-
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <algorithm>
+#include <numeric>
 #include <random>
 #include <stdexcept>
 
@@ -26,31 +25,25 @@ static std::string lf_randomCode(std::mt19937& random, size_t length)
 
 TEST(Scrambling, everyCodeComesBackAndStaysInItsAlphabet)
 {
-    struct Rule {
+    const struct {
         const char* what;
-        std::vector<size_t> lengths;
+        size_t shortest, longest;
         std::string (*scramble)(std::string_view);
         std::string (*descramble)(std::string_view);
-    };
-    std::vector<size_t> regcodeLengths(24);
-    for (size_t i = 0; i < regcodeLengths.size(); ++i) {
-        regcodeLengths[i] = i + 1;
-    }
-    const Rule rules[] = {
-        {"type", {2, 3, 4}, gf_scrambleType, gf_descrambleType},
-        {"airline", {3}, gf_scrambleAirline, gf_descrambleAirline},
-        {"regcode", regcodeLengths, gf_scrambleRegcode, gf_descrambleRegcode},
+    } rules[] = {
+        {"type", 2, 4, gf_scrambleType, gf_descrambleType},
+        {"airline", 3, 3, gf_scrambleAirline, gf_descrambleAirline},
+        {"regcode", 1, 24, gf_scrambleRegcode, gf_descrambleRegcode},
     };
     std::mt19937 random(5);
-    for (const Rule& rule : rules) {
-        for (const size_t length : rule.lengths) {
+    for (const auto& rule : rules) {
+        for (size_t length = rule.shortest; length <= rule.longest; ++length) {
             for (int i = 0; i < 200; ++i) {
                 const std::string code = lf_randomCode(random, length);
                 const std::string text = rule.scramble(code);
                 EXPECT_EQ(code, rule.descramble(text)) << rule.what;
-                for (const char c : text) {
-                    EXPECT_TRUE(c >= kFirst && c <= kLast) << rule.what << " " << text;
-                }
+                EXPECT_TRUE(std::ranges::all_of(text, [](char c) { return c >= kFirst && c <= kLast; }))
+                    << text;
                 EXPECT_NE(code, text.substr(0, length)) << rule.what << ": not scrambled at all";
             }
         }
@@ -87,10 +80,8 @@ TEST(Scrambling, plainCharactersComeFromTheirPlaces)
     lf_expectPlaces(gf_descrambleType, 4, {2, 3, 1, 0});
     lf_expectPlaces(gf_descrambleType, 5, {1, 0});
     lf_expectPlaces(gf_descrambleAirline, 6, {3, 4, 1});
-    std::vector<size_t> inOrder;
-    for (size_t i = 0; i < 24; ++i) {
-        inOrder.push_back(i);
-    }
+    std::vector<size_t> inOrder(24);
+    std::iota(inOrder.begin(), inOrder.end(), size_t{0});
     lf_expectPlaces(gf_descrambleRegcode, 24, inOrder);
 }
 
@@ -101,22 +92,11 @@ TEST(Scrambling, theOffsetOfATypeDependsOnThePlaceInTheResultAlone)
     EXPECT_EQ(four.substr(0, 2), gf_descrambleType("MM"));
 }
 
-TEST(Scrambling, aTypeOfOneCharacterReadsNothingBehindIt)
-{
-    const std::vector<char> exact{'A'};
-    EXPECT_EQ(2U, gf_descrambleType({exact.data(), exact.size()}).size());
-}
-
 TEST(Scrambling, airlineTextsOfOtherLengths)
 {
     EXPECT_EQ("BAW", gf_descrambleAirline("BAW"));
     for (const std::string_view bad : {"A", "AB", "ABCD", "ABCDE", "ABCDEFG"}) {
-        try {
-            gf_descrambleAirline(bad);
-            FAIL() << bad;
-        } catch (const std::runtime_error& e) {
-            EXPECT_EQ(format("decrypt airl \"{}\" error", bad), e.what());
-        }
+        EXPECT_THROW(gf_descrambleAirline(bad), std::runtime_error) << bad;
     }
 }
 
@@ -156,23 +136,14 @@ TEST(Scrambling, anyBytesAreDecodedWithoutHarm)
 
 TEST(Scrambling, thePublisherRefusesWhatCannotBeCarried)
 {
-    const struct {
-        const char* what;
-        std::string (*scramble)(std::string_view);
-        const char* code;
-    } cases[] = {
-        {"type of one character", gf_scrambleType, "A"},
-        {"type of five", gf_scrambleType, "PA288"},
-        {"small letters", gf_scrambleType, "a319"},
-        {"a comma", gf_scrambleType, "A,9"},
-        {"airline of two", gf_scrambleAirline, "BA"},
-        {"airline of four", gf_scrambleAirline, "BAWX"},
-        {"airline with a blank", gf_scrambleAirline, "B W"},
-        {"registration of 25", gf_scrambleRegcode, "ABCDEFGHIJKLMNOPQRSTUVWXY"},
-        {"registration with a blank", gf_scrambleRegcode, "G DBCJ"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_THROW(c.scramble(c.code), std::invalid_argument) << c.what;
+    for (const char* code : {"A", "PA288", "a319", "A,9"}) {
+        EXPECT_THROW(gf_scrambleType(code), std::invalid_argument) << code;
+    }
+    for (const char* code : {"BA", "BAWX", "B W"}) {
+        EXPECT_THROW(gf_scrambleAirline(code), std::invalid_argument) << code;
+    }
+    for (const char* code : {"ABCDEFGHIJKLMNOPQRSTUVWXY", "G DBCJ"}) {
+        EXPECT_THROW(gf_scrambleRegcode(code), std::invalid_argument) << code;
     }
 }
 

@@ -61,11 +61,10 @@ TEST(Geodesy, offLineIsMeasuredAcrossTheLine)
 
 TEST(Geodesy, theNullPositionIsASmallBox)
 {
-    EXPECT_TRUE(gf_isNullPosition({0, 0}));
-    EXPECT_TRUE(gf_isNullPosition({0.0009, 0.05}));
-    EXPECT_FALSE(gf_isNullPosition({0.00091, 0.05}));
-    EXPECT_FALSE(gf_isNullPosition({0.0009, 0.0501}));
-    EXPECT_FALSE(gf_isNullPosition({-0.0001, 0.01}));
+    EXPECT_TRUE(gf_isNullPosition({0, 0}) && gf_isNullPosition({0.0009, 0.05}));
+    for (const LatLon outside : {LatLon{0.00091, 0.05}, LatLon{0.0009, 0.0501}, LatLon{-0.0001, 0.01}}) {
+        EXPECT_FALSE(gf_isNullPosition(outside)) << outside.lat;
+    }
 }
 
 }  // namespace vlt

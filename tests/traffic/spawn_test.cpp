@@ -2,6 +2,7 @@
 
 #include "core/parameters.h"
 #include "core/run_state.h"
+#include "core/text.h"
 #include "liveries/liveries.h"
 #include "sim/client.h"
 #include "sim/ids.h"
@@ -64,16 +65,6 @@ protected:
         }
         return ac.stream.size() < before ? Became::Dropped : Became::Waits;
     }
-
-    static std::vector<std::pair<uint32_t, uint32_t>> events()
-    {
-        std::vector<std::pair<uint32_t, uint32_t>> list;
-        for (const QueuedEvent& e : eventQueue) {
-            list.emplace_back(e.event, e.value);
-        }
-        eventQueue.clear();
-        return list;
-    }
 };
 
 TEST_F(SpawnTest, theGateJudgesIdentityAndStream)
@@ -117,65 +108,40 @@ TEST_F(SpawnTest, theGateJudgesIdentityAndStream)
 TEST_F(SpawnTest, theGateKeepsTheUsersWayFree)
 {
     // The aircraft is at 47 N 8 E and flies east; 1 nm is 0.01667 degrees of latitude.
+    using enum Became;
     struct User {
-        bool onGround;
         double lat, lon, altitude, agl, heading, speed;
     };
-    const double north = 0;
+    const double east = std::numbers::pi / 2;
     const struct {
         const char* what;
+        bool userOnGround, aircraftOnGround, held;
         User user;
-        bool aircraftOnGround;
-        bool held;
         Became expected;
     } cases[] = {
-        {"flying user, same track 5 nm ahead",
-         {false, 47, 8.12, 11000, 9000, north, 250},
-         false,
-         false,
-         Became::Dropped},
-        {"the same, 3001 ft above",
-         {false, 47, 8.12, 13001, 9000, north, 250},
-         false,
-         false,
-         Became::Spawned},
-        {"the same, 7 nm ahead", {false, 47, 8.175, 11000, 9000, north, 250}, false, false, Became::Spawned},
-        {"beside the track by 1 nm",
-         {false, 47.01667, 8.05, 11000, 9000, north, 250},
-         false,
-         false,
-         Became::Spawned},
-        {"on the runway before a landing user",
-         {false, 46.985, 8, 300, 300, north, 140},
-         true,
-         false,
-         Became::Dropped},
-        {"the same, user higher", {false, 46.985, 8, 1500, 1000, north, 140}, true, false, Became::Spawned},
-        {"the same, off his line",
-         {false, 46.985, 8, 300, 300, std::numbers::pi / 2, 140},
-         true,
-         false,
-         Became::Spawned},
-        {"held before, and it still lands",
-         {false, 40, 8, 300, 300, north, 140},
-         true,
-         true,
-         Became::Dropped},
-        {"on top of a parked user", {true, 47.0013, 8, 0, 0, north, 0}, true, false, Became::Dropped},
-        {"151 m from a parked user", {true, 47.00136, 8, 0, 0, north, 0}, true, false, Became::Spawned},
-        {"in the air over a parked user", {true, 47, 8, 0, 0, north, 0}, false, false, Became::Spawned},
-        {"held, user taxies", {true, 47.1, 8, 0, 0, north, 8.1}, true, true, Became::Dropped},
-        {"held, user slow, far enough", {true, 47.1, 8, 0, 0, north, 8}, true, true, Became::Spawned},
-        {"held, 400 m off", {true, 47.0036, 8, 0, 0, north, 0}, true, true, Became::Dropped},
+        {"same track, 5 nm ahead", false, false, false, {47, 8.12, 11000, 9000, 0, 250}, Dropped},
+        {"the same, 3001 ft above", false, false, false, {47, 8.12, 13001, 9000, 0, 250}, Spawned},
+        {"the same, 7 nm ahead", false, false, false, {47, 8.175, 11000, 9000, 0, 250}, Spawned},
+        {"1 nm beside", false, false, false, {47.01667, 8.05, 11000, 9000, 0, 250}, Spawned},
+        {"before a landing user", false, true, false, {46.985, 8, 300, 300, 0, 140}, Dropped},
+        {"the same, user higher", false, true, false, {46.985, 8, 1500, 1000, 0, 140}, Spawned},
+        {"the same, off his line", false, true, false, {46.985, 8, 300, 300, east, 140}, Spawned},
+        {"held, and he still lands", false, true, true, {40, 8, 300, 300, 0, 140}, Dropped},
+        {"on top of a parked user", true, true, false, {47.0013, 8, 0, 0, 0, 0}, Dropped},
+        {"151 m from a parked user", true, true, false, {47.00136, 8, 0, 0, 0, 0}, Spawned},
+        {"above a parked user", true, false, false, {47, 8, 0, 0, 0, 0}, Spawned},
+        {"held, user taxies", true, true, true, {47.1, 8, 0, 0, 0, 8.1}, Dropped},
+        {"held, user slow, far enough", true, true, true, {47.1, 8, 0, 0, 0, 8}, Spawned},
+        {"held, 400 m off", true, true, true, {47.0036, 8, 0, 0, 0, 0}, Dropped},
     };
     for (const auto& c : cases) {
         TearDown();
         SetUp();
-        userOnGround = c.user.onGround;
+        userOnGround = c.userOnGround;
         userNow = {c.user.lat, c.user.lon, 0, 0, c.user.heading, c.user.altitude, c.user.agl, c.user.speed};
         LiveAc& ac = gf_addBuffered(20002, "BAW3AK");
         ac.heldForUser = c.held;
-        ac.trackTarget = std::numbers::pi / 2;
+        ac.trackTarget = east;
         if (c.aircraftOnGround) {
             for (PosSample& sample : ac.stream) {
                 sample.airborne = false;
@@ -192,46 +158,31 @@ TEST_F(SpawnTest, theFurthestMakesRoom)
     MAX_LIVE.value = 2;
     gf_addFlying(20001, "FAR1").lat = 50;
     gf_addFlying(20002, "NEAR1").lat = 47.6;
-    LiveAc& nearer = gf_addBuffered(20003, "BAW3AK");
-    EXPECT_EQ(Became::Spawned, gate(nearer));
+    EXPECT_EQ(Became::Spawned, gate(gf_addBuffered(20003, "BAW3AK")));
     EXPECT_EQ(FsState::RemovingFromSim, gf_liveByHexid(20001)->fs);
+    EXPECT_EQ(FsState::Active, gf_liveByHexid(20002)->fs);
+    gf_liveByHexid(20002)->lat = 47.4;
+    MAX_LIVE.value = 1;
+    EXPECT_EQ(Became::Erased, gate(gf_addBuffered(20004, "BAW4AK"))) << "further than all";
     EXPECT_EQ(FsState::Active, gf_liveByHexid(20002)->fs);
 }
 
-TEST_F(SpawnTest, whoIsFurtherThanAllFindsNoRoom)
+TEST_F(SpawnTest, theRegistrationOrTheCallSignTellsTheAirline)
 {
-    MAX_LIVE.value = 1;
-    gf_addFlying(20001, "NEAR1").lat = 47.4;
-    LiveAc& further = gf_addBuffered(20003, "BAW3AK");
-    EXPECT_EQ(Became::Erased, gate(further));
-    EXPECT_EQ(FsState::Active, gf_liveByHexid(20001)->fs);
-}
-
-TEST_F(SpawnTest, theRegistrationKnowsBetterThanTheFeed)
-{
-    const auto& [regcode, known] = *std::ranges::find_if(dbase.registrations, [](const auto& row) {
-        return row.second.opr.empty() && row.second.airl != "PVT";
-    });
-    LiveAc& ac = gf_addBuffered(20002, "");
-    ac.airline = "XXX";
-    ac.regcode = regcode;
-    gate(ac);
-    EXPECT_EQ(known.airl, ac.airline);
-    EXPECT_EQ(known.type, ac.model);
-    EXPECT_EQ(regcode, ac.callsign);
-}
-
-TEST_F(SpawnTest, withoutAnAirlineTheCallSignTells)
-{
+    dbase.registrations["G-KNWN"] = {"RYR", "B738", "", false};
     const struct {
-        const char* callsign;
-        const char* airline;
-    } cases[] = {{"baw12", "BAW"}, {"BAW12", "BAW"}, {"GABCD", "PVT"}, {"BAW", "PVT"}, {"B1W12", "PVT"}};
+        const char *callsign, *airline, *regcode, *expected;  // call sign, airline and model
+    } cases[] = {{"baw12", "", "", "baw12 BAW A319"},         {"BAW12", "", "", "BAW12 BAW A319"},
+                 {"GABCD", "", "", "GABCD PVT A319"},         {"BAW", "", "", "BAW PVT A319"},
+                 {"B1W12", "", "", "B1W12 PVT A319"},         {"", "XXX", "G-KNWN", "G-KNWN RYR B738"},
+                 {"BAW12", "XXX", "G-KNWN", "BAW12 RYR B738"}};
     for (const auto& c : cases) {
+        liveAcs.clear();
         LiveAc& ac = gf_addBuffered(20002, c.callsign);
-        ac.airline.clear();
+        ac.airline = c.airline;
+        ac.regcode = c.regcode;
         gate(ac);
-        EXPECT_EQ(c.airline, ac.airline) << c.callsign;
+        EXPECT_EQ(c.expected, format("{} {} {}", ac.callsign, ac.airline, ac.model)) << c.callsign;
     }
 }
 
@@ -246,21 +197,12 @@ TEST_F(SpawnTest, startsWithTheFirstSamplesPlaceAndAttitude)
     EXPECT_DOUBLE_EQ(47, ac.lat);
     EXPECT_DOUBLE_EQ(10000, ac.alt);
     EXPECT_DOUBLE_EQ(0.2, ac.bank);
-    EXPECT_NEAR(std::numbers::pi / 2, ac.hdg, 0.01);
-    EXPECT_NEAR(2.5 * std::numbers::pi / 180, ac.pitch, 1e-12) << "as with half of 3000 ft/min down";
-    EXPECT_EQ((std::vector<uint32_t>{20002}), spawnStack);
-}
-
-TEST_F(SpawnTest, asksForTheObjectInDegreesAndWithAShortTail)
-{
-    LiveAc& ac = gf_addBuffered(20002, "BAW3AK");
-    spawnLiveAc(ac);
     ac.callsign = "ABCDEFGHIJKLMN";
     makeCreateRequest(20002);
     ASSERT_EQ(1U, liveCreateQueue.size());
     const CreateRequest& request = liveCreateQueue.front();
     EXPECT_NEAR(90, request.heading, 0.5);
-    EXPECT_NEAR(-3, request.pitch, 1e-9);
+    EXPECT_NEAR(2.5, request.pitch, 1e-9) << "degrees, as with half of 3000 ft/min down";
     EXPECT_FALSE(request.onGround);
     EXPECT_EQ("ABCDEFGHIJK", request.tailNumber) << "11 bytes and the zero";
     EXPECT_FALSE(request.title.empty());
@@ -298,57 +240,35 @@ TEST_F(SpawnTest, aRemovalDuringTheSetUpFollowsIt)
     EXPECT_TRUE(liveAcs.empty());
 }
 
-TEST_F(SpawnTest, setsAnAircraftInTheAirUp)
+TEST_F(SpawnTest, setsAnAircraftUpByItsPhase)
 {
+    using Events = std::vector<std::pair<uint32_t, uint32_t>>;
+    const auto setUp = [](LiveAc& ac) {
+        eventQueue.clear();
+        setUpLiveAc(ac);
+        Events list;
+        for (const QueuedEvent& e : eventQueue) {
+            list.emplace_back(e.event, e.value);
+        }
+        return list;
+    };
     LiveAc& ac = gf_addFlying(20002, "BAW3AK");
     ac.fs = FsState::Adding2Sim;
     ac.alt = 9999;
     ac.agl = 1999;
-    setUpLiveAc(ac);
+    const Events inTheAir{{ENGINE_AUTO_START, 0}, {SPOILERS_SET, 0},       {NAV_LIGHTS_SET, 1},
+                          {BEACON_LIGHTS_SET, 1}, {LANDING_LIGHTS_SET, 1}, {TAXI_LIGHTS_SET, 0},
+                          {STROBES_SET, 1},       {LOGO_LIGHTS_SET, 1},    {CABIN_LIGHTS_SET, 0}};
+    EXPECT_EQ(inTheAir, setUp(ac));
     EXPECT_EQ(FsState::Active, ac.fs);
-    EXPECT_EQ((std::vector<std::pair<uint32_t, uint32_t>>{{ENGINE_AUTO_START, 0},
-                                                          {SPOILERS_SET, 0},
-                                                          {NAV_LIGHTS_SET, 1},
-                                                          {BEACON_LIGHTS_SET, 1},
-                                                          {LANDING_LIGHTS_SET, 1},
-                                                          {TAXI_LIGHTS_SET, 0},
-                                                          {STROBES_SET, 1},
-                                                          {LOGO_LIGHTS_SET, 1},
-                                                          {CABIN_LIGHTS_SET, 0}}),
-              events());
-}
-
-TEST_F(SpawnTest, setsAHelicopterOnTheGroundUpWithoutFlaps)
-{
-    LiveAc& ac = gf_addFlying(20002, "BAW3AK");
-    ac.category = AcCategory::Rotorcraft;
-    ac.st = StState::Taxi;
-    ac.stream[0].airborne = false;
-    setUpLiveAc(ac);
-    const auto sent = events();
-    EXPECT_EQ((std::pair<uint32_t, uint32_t>{THROTTLE_SET, 16383}), sent.back());
+    LiveAc& helicopter = gf_addFlying(20003, "HELI1");
+    helicopter.category = AcCategory::Rotorcraft;
+    helicopter.st = StState::Taxi;
+    helicopter.stream[0].airborne = false;
+    const Events sent = setUp(helicopter);
+    EXPECT_EQ((Events::value_type{THROTTLE_SET, 16383}), sent.back());
     EXPECT_TRUE(std::ranges::none_of(
         sent, [](const auto& e) { return e.first == FLAPS_SET || e.first == SPOILERS_SET; }));
-}
-
-TEST_F(SpawnTest, anAircraftComesBackWithAnotherLivery)
-{
-    LiveAc& ac = gf_addFlying(20002, "BAW3AK");
-    ac.lat = 47.01;
-    ac.bank = 0.1;
-    ac.throttleLevel = 3;
-    const uint32_t objectid = ac.objectid;
-    liveryRespawn(ac);
-    EXPECT_EQ(FsState::LiveryRespawn, ac.fs);
-    ASSERT_EQ(3U, ac.stream.size());
-    EXPECT_EQ(tick + 1, ac.stream[0].time);
-    EXPECT_LT(ac.stream[0].time, ac.stream[1].time) << "the stream stays in order";
-    EXPECT_DOUBLE_EQ(47.01, ac.stream[0].lat);
-    EXPECT_DOUBLE_EQ(0.1, ac.stream[0].roll);
-    onObjectRemoved(objectid);
-    EXPECT_EQ(FsState::Buffer, ac.fs);
-    EXPECT_EQ(kNoObject, ac.objectid);
-    EXPECT_EQ(kNoThrottleLevel, ac.throttleLevel);
 }
 
 TEST_F(SpawnTest, aRefusedLiveryIsNotTriedAgain)
@@ -367,25 +287,19 @@ TEST_F(SpawnTest, aRefusedLiveryIsNotTriedAgain)
 TEST_F(SpawnTest, believesStaticDataOnlyWithinReason)
 {
     LiveAc& ac = gf_addFlying(20002, "BAW3AK");
-    const auto tell = [&ac](double cg, double pitchDeg) {
-        handleSimMessage(
-            {ac.objectid, 0, 0, SimMessageKind::StaticData, cg, pitchDeg * std::numbers::pi / 180});
-    };
-    const double usual = 0.7 * std::numbers::pi / 180;
-    tell(12.5, 2.5);
-    EXPECT_DOUBLE_EQ(12.5, ac.staticCg);
-    EXPECT_NEAR(2.5 * std::numbers::pi / 180, ac.staticPitch, 1e-12);
-    tell(35.1, 2.6);
-    EXPECT_DOUBLE_EQ(12.5, ac.staticCg);
-    EXPECT_NEAR(usual, ac.staticPitch, 1e-12);
-    tell(0.9, -1);
-    EXPECT_DOUBLE_EQ(12.5, ac.staticCg);
-    EXPECT_NEAR(usual, ac.staticPitch, 1e-12);
-    tell(35, 0);
-    EXPECT_DOUBLE_EQ(35, ac.staticCg);
-    tell(1, -0.9);
-    EXPECT_DOUBLE_EQ(1, ac.staticCg);
-    EXPECT_NEAR(-0.9 * std::numbers::pi / 180, ac.staticPitch, 1e-12);
+    constexpr double kDeg = std::numbers::pi / 180;
+    const struct {
+        double cg, pitch, expectedCg, expectedPitch;  // feet, degrees
+    } cases[] = {{12.5, 2.5, 12.5, 2.5},
+                 {35.1, 2.6, 12.5, 0.7},
+                 {0.9, -1, 12.5, 0.7},
+                 {35, 0, 35, 0},
+                 {1, -0.9, 1, -0.9}};
+    for (const auto& c : cases) {
+        handleSimMessage({ac.objectid, 0, 0, SimMessageKind::StaticData, c.cg, c.pitch * kDeg});
+        EXPECT_DOUBLE_EQ(c.expectedCg, ac.staticCg) << c.cg;
+        EXPECT_NEAR(c.expectedPitch * kDeg, ac.staticPitch, 1e-12) << c.pitch;
+    }
 }
 
 }  // namespace vlt
