@@ -42,7 +42,7 @@ static std::filesystem::path lf_writeDayAirport(const ReplayToolOptions& options
 {
     for (const ArchivedAirport& airport : gf_worldAirports(options.replay.world)) {
         if (airport.code == kDayAirportCode) {
-            const std::filesystem::path path = options.out / (airport.code + ".xml");
+            std::filesystem::path path = options.out / (airport.code + ".xml");
             std::filesystem::create_directories(options.out);
             std::ofstream(path, std::ios::binary) << gf_archivedText(airport);
             return path;

@@ -144,11 +144,12 @@ TEST_F(AtStand, noiseNeverMovesAParkedAircraft)
 TEST_F(AtStand, threeReportsFartherOutEachAreBelieved)
 {
     LiveAc& ac = parked();
-    for (const double out : {1.0, 4.1, 7.2}) {
+    // The second one is more than half a wing off already, but it is only the second.
+    for (const double out : {1.0, 6.0, 10.0}) {
         hear(ac, -out, 2);
         EXPECT_EQ(1U, ac.stream.size()) << out;
     }
-    hear(ac, -10.3, 2);
+    hear(ac, -13.1, 2);
     EXPECT_EQ(2U, ac.stream.size());
     EXPECT_TRUE(ac.pullOutPending);
     EXPECT_EQ(tick + 1, ac.stream.front().time);
