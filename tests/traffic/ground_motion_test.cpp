@@ -113,6 +113,28 @@ TEST_F(Bends, aChangeOfSpeedOnALongLegIsTakenInTwoSteps)
     EXPECT_EQ(4, liveAcs[0].stream.front().speed);  // the mean of the last case
 }
 
+TEST_F(Bends, theTurnTakesTheRoomThatTheLegGives)
+{
+    // At 10 kt, 5.144 m/s; an airliner's nominal rate is 0.07 degrees a tick.
+    const struct {
+        const char* what;
+        double deg, legM, factor;
+        int32_t limit;
+    } cases[] = {{"a right angle, much room: three times the rate at most", 90, 400, 3, 2000},
+                 {"a sharp bend, less room: by the room", 60, 50, 1.98, 1000},
+                 {"a gentle bend on a long leg: slowly", 20, 400, 0.281, 1000},
+                 {"a gentle bend with no room: faster", 40, 10, 1.683, 1000}};
+    for (const auto& c : cases) {
+        SetUp();
+        LiveAc& ac = taxiing({{0, 0, 10}, {c.legM, 0, 10}});
+        ac.turning = true;
+        ac.turnDeg = c.deg;
+        legTime(ac);
+        EXPECT_NEAR(c.factor, ac.turnRate / ac.turnRateNominal, 0.01) << c.what;
+        EXPECT_EQ(c.limit, ac.lagLimit) << c.what;
+    }
+}
+
 TEST_F(Bends, theCurveLeadsPastTheBendToTheThirdSampleAndTurnsTheNose)
 {
     LiveAc& ac = taxiing({{0, 0, 10}, {40, 0, 10}, {40, -40, 10}, {40, -140, 10}});
