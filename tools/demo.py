@@ -18,7 +18,7 @@ ROOT = Path(__file__).resolve().parent.parent
 INSTALL = ROOT / "build" / "install"
 DEMO = ROOT / "build" / "demo"
 PROGRAM = DEMO / "program"  # the installed program, in a folder that may be written to
-LEAST_OBJECTS = 25
+LEAST_OBJECTS = 15  # within the 10 nm that the automatic range leaves around the airport
 SET_UP_SECONDS = 6  # from the creation of an object to its first move, at most
 
 
