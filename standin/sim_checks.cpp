@@ -12,7 +12,7 @@ namespace vlt {
 constexpr double kLowestAltitude = -2000;  // feet
 constexpr double kHighestAltitude = 70000;
 constexpr double kFastest = 1500;                   // knots
-constexpr double kFastestPush = 20;                  // knots, backwards out of a stand
+constexpr double kFastestPush = 20;                 // knots, backwards out of a stand
 constexpr double kSteepestPitch = 60 * kRadPerDeg;  // no airliner goes there, nor should an engine
 constexpr double kSteepestBank = 80 * kRadPerDeg;
 constexpr size_t kSetDataHeader = 36;

@@ -185,7 +185,9 @@ static void lf_allowSoftLearning()
 {
     softLearningAllowed = !gf_hasGoodQuality(parkApf);
     display.learnSoftEnabled = softLearningAllowed;
-    if (!softLearningAllowed) {
+    if (softLearningAllowed) {
+        usersLearnSoft.reset();  // what is changed from now on is the user's doing
+    } else {
         LEARN_SOFT.value = false;
     }
 }

@@ -271,6 +271,18 @@ TEST_F(ParkAirportTest, anAirportsSettingsEndWithIt)
     }
 }
 
+TEST_F(ParkAirportTest, whatTheUserChangesWhileItIsThereStays)
+{
+    archive("XAAA", gf_airportText(gf_standText("A1", 0)));
+    stand(0);
+    LEARN_SOFT.value = true;
+    load();
+    ASSERT_TRUE(softLearningAllowed);
+    LEARN_SOFT.value = false;
+    closeAirport();
+    EXPECT_FALSE(LEARN_SOFT.value);
+}
+
 TEST_F(ParkAirportTest, groundReportsComeInWhileItIsThere)
 {
     archive("XAAA", gf_airportText(gf_standText("A1", 0)));
