@@ -33,7 +33,7 @@ protected:
             SimConnect_Close(handle);
         }
     }
-    // Opens and takes the opening packet off the wire.
+    // Opens and takes the opening packet off the wire. The peer of a server before must be gone.
     template <typename Server>
     void open(Server& from)
     {
@@ -44,10 +44,12 @@ protected:
     }
     void openPipe()
     {
+        peer.reset();
         open(server.emplace());
     }
     void openTcp()
     {
+        peer.reset();
         tcp.emplace();
         configure(*tcp);
         open(*tcp);
