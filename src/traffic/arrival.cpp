@@ -29,11 +29,12 @@ std::string gf_standName(const StaticAc& ac)
     return stand != nullptr ? stand->id : "unknown";
 }
 
-LiveAc* gf_holderOf(uint32_t standId, StState st, StState otherSt, const LiveAc& except)
+// Another live aircraft that is parked at this stand, nullptr for none.
+static LiveAc* lf_otherParkedAt(uint32_t standId, const LiveAc& ac)
 {
-    const auto found = std::ranges::find_if(liveAcs, [&](const LiveAc& ac) {
-        return ac.standId == standId && (ac.st == st || ac.st == otherSt) && ac.fs == FsState::Active &&
-               &ac != &except;
+    const auto found = std::ranges::find_if(liveAcs, [&](const LiveAc& other) {
+        return other.standId == standId && other.st == StState::Parked && other.fs == FsState::Active &&
+               &other != &ac;
     });
     return found == liveAcs.end() ? nullptr : &*found;
 }
@@ -63,7 +64,7 @@ void gf_takeStand(LiveAc& ac, const ParkPos& stand)
 
 static void lf_removeHolder(const LiveAc& ac, const ParkPos& stand)
 {
-    if (LiveAc* holder = gf_holderOf(stand.index, StState::Parked, StState::Parked, ac)) {
+    if (LiveAc* holder = lf_otherParkedAt(stand.index, ac)) {
         logTalkative(
             format("{:8}: {:8} removed, {} wants to park there", stand.id, holder->callsign, ac.callsign));
         removeAircraftFromSim(*holder, "its stand is wanted");
@@ -161,8 +162,7 @@ void try2Park(LiveAc& ac, bool wide)
 static bool lf_isTaken(const LiveAc& ac)
 {
     const ParkPos* stand = gf_stand(ac.standId);
-    return stand != nullptr && (stand->occupiedByLive ||
-                                gf_holderOf(ac.standId, StState::Parked, StState::Parked, ac) != nullptr);
+    return stand != nullptr && (stand->occupiedByLive || lf_otherParkedAt(ac.standId, ac) != nullptr);
 }
 
 static void lf_park(LiveAc& ac)

@@ -15,10 +15,6 @@ namespace vlt {
 // The id of the stand of an aircraft, "unknown" if it isn't known, "sid==0?" if it has none.
 std::string gf_standName(const StaticAc& ac);
 
-// A live aircraft that holds this stand, active and in one of two phases, other than `except`; nullptr for
-// none.
-LiveAc* gf_holderOf(uint32_t standId, StState st, StState otherSt, const LiveAc& except);
-
 // The two aircraft would touch on these stands.
 bool gf_wouldTouch(double halfSpan, const ParkPos& stand, double otherHalfSpan, const ParkPos& otherStand);
 

@@ -33,11 +33,20 @@ static bool lf_cancelSpawn(uint32_t hexid)
     return std::erase(spawnStack, hexid) > 0;
 }
 
+void gf_releaseStand(const StaticAc& ac)
+{
+    ParkPos* stand = gf_stand(ac.standId);
+    if (stand != nullptr && ac.hexid > kLastStaticHexid) {
+        stand->occupiedByLive = false;
+    }
+}
+
 static void lf_removeWhileAdding(StaticAc& ac)
 {
     if (lf_cancelSpawn(ac.hexid) || lf_cancelCreation(liveCreateQueue, ac) ||
         lf_cancelCreation(staticCreateQueue, ac)) {
         ac.eraseCancelled = true;
+        gf_releaseStand(ac);  // no object will ever stand there
     } else {
         ac.removeWhenAdded = true;
     }
@@ -49,14 +58,6 @@ static void lf_queueRemoval(const StaticAc& ac, std::string_view caller)
         removeWaitQueue.push_back(ac.objectid);
     } else {
         logLine(format("{} removing act {}, with objectid=0 ?", caller, logName(ac)));
-    }
-}
-
-void gf_releaseStand(const StaticAc& ac)
-{
-    ParkPos* stand = gf_stand(ac.standId);
-    if (stand != nullptr && ac.hexid > kLastStaticHexid) {
-        stand->occupiedByLive = false;
     }
 }
 
@@ -150,6 +151,7 @@ static void lf_refused(std::vector<Ac>& table, uint32_t hexid)
         return;
     }
     const Ac refused = *found;
+    gf_releaseStand(refused);
     std::swap(*found, table.back());
     table.pop_back();
     if (!gf_stopping()) {

@@ -11,6 +11,7 @@
 #include "traffic/arrival.h"
 #include "traffic/collision.h"
 #include "traffic/geodesy.h"
+#include "traffic/removal.h"
 #include "traffic/spawn.h"
 #include "traffic/stand_claims.h"
 #include "traffic/stand_spawn.h"
@@ -333,6 +334,25 @@ TEST_F(BirthOnGround, anAdjacentAircraftThatWouldTouchKeepsItAway)
         LiveAc& ac = arriving(1, true);
         EXPECT_EQ(apart > 37.5, gf_birthOnGround(ac)) << apart;
         EXPECT_EQ(apart < 37.5, ac.eraseNow) << apart;
+    }
+}
+
+TEST_F(BirthOnGround, aStandIsFreeAgainIfTheAircraftNeverAppears)
+{
+    for (const bool refused : {false, true}) {
+        SetUp();
+        gf_addStand("A1", 0, 0, 90);
+        LiveAc& ac = arriving(30, true);
+        ASSERT_TRUE(gf_birthOnGround(ac));
+        ASSERT_TRUE(parkApf.stands[0].occupiedByLive);
+        ac.fs = FsState::Adding2Sim;
+        if (refused) {
+            gf_onCreateRefused(ac.hexid);
+        } else {
+            spawnStack.push_back(ac.hexid);
+            removeAircraftFromSim(ac, "test");
+        }
+        EXPECT_FALSE(parkApf.stands[0].occupiedByLive) << refused;
     }
 }
 
