@@ -3,9 +3,9 @@
 #include "airports/catalogue.h"
 #include "airports/loading.h"
 #include "airports/stand_search.h"
-#include "core/paths.h"
-#include "core/text.h"
-#include "core/xml_file.h"
+#include "core/base/paths.h"
+#include "core/base/text.h"
+#include "core/base/xml_file.h"
 #include "liveries/liveries.h"
 #include "traffic/geodesy.h"
 

@@ -1,8 +1,8 @@
 // The engine's budgets: feed lines, ticks, the frame handler.
-#include "core/locks.h"
-#include "core/parameters.h"
-#include "core/run_state.h"
-#include "core/text.h"
+#include "core/base/locks.h"
+#include "core/base/parameters.h"
+#include "core/base/run_state.h"
+#include "core/base/text.h"
 #include "core/traffic_loop.h"
 #include "link/traffic_reader.h"
 #include "sim/client.h"

@@ -1,9 +1,9 @@
 // The livery rooms: one match at each step of the ladder, and a start from stored results, both with
 // 20,000 liveries; the start with 400,000 registrations too.
-#include "core/parameters.h"
-#include "core/random.h"
-#include "core/text.h"
-#include "core/zip_archive.h"
+#include "core/base/parameters.h"
+#include "core/base/random.h"
+#include "core/base/text.h"
+#include "core/base/zip_archive.h"
 #include "liveries/database.h"
 #include "liveries/dbase_reader.h"
 #include "liveries/match_index.h"

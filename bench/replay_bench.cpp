@@ -1,5 +1,5 @@
 // How much faster than time a replay runs.
-#include "core/text.h"
+#include "core/base/text.h"
 #include "standin/replay.h"
 #include "traffic/geodesy.h"
 

@@ -2,8 +2,8 @@
 // list or none, with numbers that can be, and what is saved must read the same again.
 #include "airports/airport_file.h"
 #include "airports/loading.h"
-#include "core/errors.h"
-#include "core/paths.h"
+#include "core/base/errors.h"
+#include "core/base/paths.h"
 
 #include <cmath>
 #include <cstdint>

@@ -1,5 +1,5 @@
 // Any bytes as a datagram of the feed. Whatever is taken must be finite and in bounds.
-#include "core/parameters.h"
+#include "core/base/parameters.h"
 #include "link/traffic_reader.h"
 #include "traffic/traffic.h"
 

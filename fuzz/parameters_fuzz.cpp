@@ -1,6 +1,6 @@
 // Any bytes as parameters.xml. Reading must leave every value in its range and a file that reads the same.
-#include "core/parameters.h"
-#include "core/paths.h"
+#include "core/base/parameters.h"
+#include "core/base/paths.h"
 
 #include <cstdint>
 #include <cstdlib>

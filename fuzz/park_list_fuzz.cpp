@@ -1,9 +1,9 @@
 // Any bytes as my_park_airports.txt. Whatever is read must be airports of the catalogue, each once, and
 // storing a stand must keep the others.
 #include "airports/catalogue.h"
-#include "airports/park_list.h"
-#include "core/paths.h"
-#include "core/text_files.h"
+#include "airports/parking/park_list.h"
+#include "core/base/paths.h"
+#include "core/base/text_files.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // Fuzzes what the simulator may send: the cutting into packets in random pieces, and the reading of
 // a packet's values in a random order.
-#include "sim/packets.h"
-#include "sim/transport/receive_buffer.h"
+#include "sim/wire/packets.h"
+#include "sim/wire/transport/receive_buffer.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 #include "standin/airport_files.h"
 
-#include "core/text.h"
-#include "core/xml_file.h"
+#include "core/base/text.h"
+#include "core/base/xml_file.h"
 #include "standin/day_airport.h"
 #include "standin/day_week.h"
 #include "standin/world_tables.h"

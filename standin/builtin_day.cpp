@@ -1,6 +1,6 @@
 #include "standin/builtin_day.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 #include "standin/day_airport.h"
 
 #include <algorithm>

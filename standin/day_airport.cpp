@@ -1,6 +1,6 @@
 #include "standin/day_airport.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 
 #include <cmath>
 

@@ -1,6 +1,6 @@
 #include "standin/day_fleet.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 #include "standin/installed_titles.h"
 
 #include <algorithm>

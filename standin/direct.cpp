@@ -1,7 +1,7 @@
 #include "standin/direct.h"
 
-#include "sim/packets.h"
-#include "sim/simconnect.h"
+#include "sim/wire/packets.h"
+#include "sim/wire/simconnect.h"
 #include "standin/virtual_simulator.h"
 
 #include <algorithm>

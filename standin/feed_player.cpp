@@ -1,6 +1,6 @@
 #include "standin/feed_player.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 
 #include <algorithm>
 #include <asio/io_context.hpp>

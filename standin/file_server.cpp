@@ -1,6 +1,6 @@
 #include "standin/file_server.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 
 #include <array>
 #include <condition_variable>

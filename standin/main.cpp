@@ -2,7 +2,7 @@
 //
 // The main thread waits for signals and for the clock; the servers and the player have threads of
 // their own.
-#include "core/text.h"
+#include "core/base/text.h"
 #include "standin/day_airport.h"
 #include "standin/feed_player.h"
 #include "standin/file_server.h"

@@ -1,6 +1,6 @@
 #include "standin/picture.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 #include "standin/day_airport.h"
 #include "standin/picture_traffic.h"
 #include "standin/svg_canvas.h"

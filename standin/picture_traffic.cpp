@@ -1,6 +1,6 @@
 #include "standin/picture_traffic.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 
 #include <algorithm>
 #include <array>

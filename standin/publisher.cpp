@@ -1,6 +1,6 @@
 #include "standin/publisher.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 #include "liveries/dbase_reader.h"
 #include "liveries/scrambling.h"
 #include "standin/world_tables.h"

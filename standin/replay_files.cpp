@@ -1,6 +1,6 @@
 #include "standin/replay_files.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 #include "standin/motion_breaks.h"
 #include "standin/sim_checks.h"
 #include "traffic/geodesy.h"

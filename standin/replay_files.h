@@ -3,7 +3,7 @@
 // The same replay writes the same bytes; the only thing that isn't the same twice, its duration, stays out.
 #pragma once
 
-#include "core/text.h"
+#include "core/base/text.h"
 #include "standin/replay.h"
 
 #include <cstdint>

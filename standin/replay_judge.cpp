@@ -1,6 +1,6 @@
 #include "standin/replay_judge.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 #include "traffic/arrival.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "standin/sim_checks.h"
 
-#include "core/text.h"
-#include "sim/packets.h"
+#include "core/base/text.h"
+#include "sim/wire/packets.h"
 #include "traffic/geodesy.h"
 
 #include <array>

@@ -3,7 +3,7 @@
 // Stateless but for the tables in the code; used under the virtual simulator's lock.
 #pragma once
 
-#include "sim/packets.h"
+#include "sim/wire/packets.h"
 #include "standin/sim_object.h"
 
 #include <cstdint>

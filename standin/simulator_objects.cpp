@@ -2,7 +2,7 @@
 // plan.
 #include "standin/virtual_simulator.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 #include "standin/sim_exceptions.h"
 #include "traffic/geodesy.h"
 

@@ -1,6 +1,6 @@
 #include "standin/summary.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 #include "standin/motion_breaks.h"
 #include "traffic/geodesy.h"
 

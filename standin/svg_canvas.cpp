@@ -1,6 +1,6 @@
 #include "standin/svg_canvas.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "standin/virtual_simulator.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 #include "traffic/geodesy.h"
 
 #include <algorithm>

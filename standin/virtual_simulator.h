@@ -8,7 +8,7 @@
 // Any thread: every public function takes the one lock inside. Nothing is called with it held.
 #pragma once
 
-#include "sim/packets.h"
+#include "sim/wire/packets.h"
 #include "standin/sim_checks.h"
 #include "standin/sim_events.h"
 #include "standin/sim_object.h"

@@ -1,6 +1,6 @@
 #include "standin/world_tables.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 #include "standin/installed_titles.h"
 
 #include <algorithm>

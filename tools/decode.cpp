@@ -1,8 +1,8 @@
 #include "tools/decode.h"
 
-#include "core/clock.h"
-#include "core/parameters.h"
-#include "core/run_state.h"
+#include "core/base/clock.h"
+#include "core/base/parameters.h"
+#include "core/base/run_state.h"
 #include "link/traffic_reader.h"
 
 #include <CLI/CLI.hpp>

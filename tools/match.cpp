@@ -1,9 +1,9 @@
 #include "tools/match.h"
 
-#include "core/parameters.h"
-#include "core/random.h"
-#include "core/text.h"
-#include "core/zip_archive.h"
+#include "core/base/parameters.h"
+#include "core/base/random.h"
+#include "core/base/text.h"
+#include "core/base/zip_archive.h"
 #include "liveries/database.h"
 #include "liveries/dbase_reader.h"
 #include "liveries/match_index.h"

@@ -1,8 +1,8 @@
 #include "tools/publish.h"
 
-#include "core/text.h"
-#include "core/xml_file.h"
-#include "core/zip_archive.h"
+#include "core/base/text.h"
+#include "core/base/xml_file.h"
+#include "core/base/zip_archive.h"
 #include "liveries/match_index.h"
 #include "liveries/scan_results.h"
 #include "standin/airport_files.h"

@@ -1,6 +1,6 @@
 #include "tools/replay.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 #include "standin/airport_files.h"
 #include "standin/day_airport.h"
 #include "standin/feed_player.h"

@@ -3,8 +3,8 @@
 #include "airports/airport_file.h"
 #include "airports/loading.h"
 #include "airports/stand_search.h"
-#include "core/parameters.h"
-#include "core/run_state.h"
+#include "core/base/parameters.h"
+#include "core/base/run_state.h"
 #include "link/traffic_reader.h"
 #include "traffic/geodesy.h"
 

@@ -1,10 +1,10 @@
 #include "airports/airport_file.h"
 
-#include "core/errors.h"
-#include "core/log.h"
-#include "core/parameters.h"
-#include "core/text.h"
-#include "core/xml_file.h"
+#include "core/base/errors.h"
+#include "core/base/log.h"
+#include "core/base/parameters.h"
+#include "core/base/text.h"
+#include "core/base/xml_file.h"
 #include "liveries/database.h"
 #include "traffic/geodesy.h"
 

@@ -1,11 +1,11 @@
 #include "airports/airport_lookup.h"
 
 #include "airports/airports.h"
-#include "core/download.h"
-#include "core/log.h"
-#include "core/paths.h"
-#include "core/text.h"
-#include "core/text_files.h"
+#include "core/base/download.h"
+#include "core/base/log.h"
+#include "core/base/paths.h"
+#include "core/base/text.h"
+#include "core/base/text_files.h"
 #include "platform/paths_form.h"
 
 #include <pugixml.hpp>

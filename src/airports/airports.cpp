@@ -1,6 +1,6 @@
 #include "airports/airports.h"
 
-#include "ui/display.h"
+#include "core/base/display.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,10 +1,10 @@
 #include "airports/catalogue.h"
 
 #include "airports/airport_lookup.h"
-#include "core/errors.h"
-#include "core/log.h"
-#include "core/paths.h"
-#include "core/text.h"
+#include "core/base/errors.h"
+#include "core/base/log.h"
+#include "core/base/paths.h"
+#include "core/base/text.h"
 
 #include <pugixml.hpp>
 

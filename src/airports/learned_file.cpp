@@ -1,11 +1,11 @@
 #include "airports/learned_file.h"
 
 #include "airports/airport_file.h"
-#include "core/log.h"
-#include "core/parameters.h"
-#include "core/text.h"
+#include "core/base/display.h"
+#include "core/base/log.h"
+#include "core/base/parameters.h"
+#include "core/base/text.h"
 #include "traffic/geodesy.h"
-#include "ui/display.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,15 +3,15 @@
 #include "airports/airport_file.h"
 #include "airports/airport_lookup.h"
 #include "airports/learned_file.h"
-#include "core/download.h"
-#include "core/errors.h"
-#include "core/log.h"
-#include "core/parameters.h"
-#include "core/paths.h"
-#include "core/text.h"
+#include "core/base/display.h"
+#include "core/base/download.h"
+#include "core/base/errors.h"
+#include "core/base/log.h"
+#include "core/base/parameters.h"
+#include "core/base/paths.h"
+#include "core/base/text.h"
 #include "platform/paths_form.h"
 #include "traffic/geodesy.h"
-#include "ui/display.h"
 
 #include <algorithm>
 #include <bitset>

@@ -1,8 +1,8 @@
 #include "airports/stand_search.h"
 
-#include "core/log.h"
-#include "core/random.h"
-#include "core/text.h"
+#include "core/base/log.h"
+#include "core/base/random.h"
+#include "core/base/text.h"
 #include "liveries/liveries.h"
 
 #include <algorithm>

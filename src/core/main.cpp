@@ -1,15 +1,16 @@
 // The program's entry: the single-instance lock, the log, and the user thread's message loop.
-#include "core/clock.h"
-#include "core/log.h"
+#include "core/base/clock.h"
+#include "core/base/display.h"
+#include "core/base/log.h"
+#include "core/base/parameters.h"
+#include "core/base/run_state.h"
+#include "core/base/text.h"
 #include "core/main_control.h"
-#include "core/parameters.h"
-#include "core/run_state.h"
-#include "core/text.h"
+#include "core/run.h"
 #include "platform/close_signals.h"
 #include "platform/folders.h"
 #include "platform/instance_lock.h"
 #include "platform/user_messages.h"
-#include "ui/display.h"
 #include "ui/status.h"
 
 #include <charconv>

@@ -1,15 +1,16 @@
 #include "core/main_control.h"
 
-#include "airports/park_airport.h"
-#include "airports/park_list.h"
-#include "core/clock.h"
-#include "core/errors.h"
-#include "core/log.h"
-#include "core/parameters.h"
-#include "core/paths.h"
+#include "airports/parking/park_airport.h"
+#include "airports/parking/park_list.h"
+#include "core/base/clock.h"
+#include "core/base/display.h"
+#include "core/base/errors.h"
+#include "core/base/log.h"
+#include "core/base/parameters.h"
+#include "core/base/paths.h"
+#include "core/base/run_state.h"
+#include "core/base/text.h"
 #include "core/run.h"
-#include "core/run_state.h"
-#include "core/text.h"
 #include "liveries/liveries.h"
 #include "liveries/matching.h"
 #include "liveries/scan_results.h"
@@ -18,7 +19,6 @@
 #include "sim/client.h"
 #include "traffic/auto_range.h"
 #include "traffic/flight_plan.h"
-#include "ui/display.h"
 
 #include <atomic>
 #include <chrono>
@@ -32,6 +32,7 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 
 static std::atomic<bool> runEndedInError{false};  // [atomic] worker
+static bool restarting = false;                   // [worker] the last run ended in a restart
 
 // --- the way up
 
@@ -146,7 +147,6 @@ static void lf_countdown()
 // False if the user closes the window meanwhile.
 static bool lf_prepareRestart(ExitReason reason)
 {
-    restarting = true;
     gf_clearError();
     showMessage("Prepare for a restart ...", false);
     if (reason != ExitReason::NewSettings) {

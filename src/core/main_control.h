@@ -13,7 +13,4 @@ void mainControl();
 // The last run has ended without asking for anything: only the user can end the program now.
 bool gf_runEndedInError();
 
-// Ends and joins the threads of the last run. User thread, after the worker was joined.
-void gf_joinRunThreads();
-
 }  // namespace vlt

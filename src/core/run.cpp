@@ -1,16 +1,16 @@
 #include "core/run.h"
 
 #include "airports/catalogue.h"
-#include "airports/park_airport.h"
-#include "core/clock.h"
-#include "core/errors.h"
-#include "core/locks.h"
-#include "core/log.h"
-#include "core/main_control.h"
-#include "core/parameters.h"
-#include "core/paths.h"
-#include "core/run_state.h"
-#include "core/text.h"
+#include "airports/parking/park_airport.h"
+#include "core/base/clock.h"
+#include "core/base/display.h"
+#include "core/base/errors.h"
+#include "core/base/locks.h"
+#include "core/base/log.h"
+#include "core/base/parameters.h"
+#include "core/base/paths.h"
+#include "core/base/run_state.h"
+#include "core/base/text.h"
 #include "core/traffic_loop.h"
 #include "link/traffic_reader.h"
 #include "liveries/database.h"
@@ -21,7 +21,6 @@
 #include "traffic/cycle.h"
 #include "traffic/geodesy.h"
 #include "traffic/traffic.h"
-#include "ui/display.h"
 
 #include <chrono>
 #include <filesystem>
@@ -31,8 +30,6 @@ namespace vlt {
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-
-bool restarting = false;
 
 // Threads of the present run, or of the last one while they end.
 struct RunThreads {

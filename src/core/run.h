@@ -3,8 +3,6 @@
 
 namespace vlt {
 
-extern bool restarting;  // [worker] the last run ended in a restart
-
 // Folders, settings, the data base, and the detection of the simulator and of RealTraffic.
 void prepareRun();
 
@@ -14,6 +12,8 @@ void runTraffic();
 
 // Asks the simulator client and the reader to end, without waiting for them.
 void gf_askRunThreadsToStop();
+// Ends and joins them. The worker, or the user thread once the worker was joined.
+void gf_joinRunThreads();
 
 // Joins the run's threads and puts all state of the run back. False, with the state as it is, if the user
 // has closed the window.

@@ -1,12 +1,13 @@
 #include "core/traffic_loop.h"
 
-#include "airports/park_airport.h"
-#include "core/clock.h"
-#include "core/locks.h"
-#include "core/log.h"
-#include "core/parameters.h"
-#include "core/run_state.h"
-#include "core/text.h"
+#include "airports/parking/park_airport.h"
+#include "core/base/clock.h"
+#include "core/base/display.h"
+#include "core/base/locks.h"
+#include "core/base/log.h"
+#include "core/base/parameters.h"
+#include "core/base/run_state.h"
+#include "core/base/text.h"
 #include "link/traffic_reader.h"
 #include "liveries/liveries.h"
 #include "liveries/matching.h"
@@ -19,7 +20,6 @@
 #include "traffic/spawn.h"
 #include "traffic/stays.h"
 #include "traffic/traffic.h"
-#include "ui/display.h"
 
 #include <algorithm>
 #include <chrono>

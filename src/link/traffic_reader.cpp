@@ -1,11 +1,11 @@
 #include "link/traffic_reader.h"
 
-#include "core/clock.h"
-#include "core/locks.h"
-#include "core/log.h"
-#include "core/parameters.h"
-#include "core/text.h"
-#include "ui/display.h"
+#include "core/base/clock.h"
+#include "core/base/display.h"
+#include "core/base/locks.h"
+#include "core/base/log.h"
+#include "core/base/parameters.h"
+#include "core/base/text.h"
 
 #include <algorithm>
 #include <array>

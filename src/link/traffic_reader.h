@@ -5,7 +5,7 @@
 // are collected. What other threads set for it are shared values: a late one costs one line's judgement.
 #pragma once
 
-#include "core/shared_value.h"
+#include "core/base/shared_value.h"
 #include "link/udp_reader.h"
 #include "traffic/geodesy.h"
 #include "traffic/traffic.h"

@@ -1,9 +1,9 @@
 #include "link/udp_reader.h"
 
-#include "core/log.h"
-#include "core/run_state.h"
-#include "core/text.h"
-#include "ui/display.h"
+#include "core/base/display.h"
+#include "core/base/log.h"
+#include "core/base/run_state.h"
+#include "core/base/text.h"
 
 #include <asio.hpp>
 

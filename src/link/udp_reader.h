@@ -4,7 +4,7 @@
 // failure ends the run with READER ERROR.
 #pragma once
 
-#include "core/shared_value.h"
+#include "core/base/shared_value.h"
 
 #include <array>
 #include <cstdint>

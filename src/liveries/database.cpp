@@ -1,7 +1,7 @@
 #include "liveries/database.h"
 
-#include "core/download.h"
-#include "core/paths.h"
+#include "core/base/download.h"
+#include "core/base/paths.h"
 #include "liveries/dbase_reader.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 #include "liveries/dbase_reader.h"
 
-#include "core/errors.h"
-#include "core/log.h"
-#include "core/paths.h"
-#include "core/text.h"
+#include "core/base/errors.h"
+#include "core/base/log.h"
+#include "core/base/paths.h"
+#include "core/base/text.h"
 #include "liveries/database.h"
 #include "liveries/scrambling.h"
 

@@ -4,7 +4,7 @@
 // those marked [worker, grows].
 #pragma once
 
-#include "core/text.h"
+#include "core/base/text.h"
 #include "traffic/category.h"
 
 #include <array>

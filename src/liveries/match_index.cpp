@@ -1,6 +1,6 @@
 #include "liveries/match_index.h"
 
-#include "core/log.h"
+#include "core/base/log.h"
 #include "liveries/database.h"
 
 #include <algorithm>

@@ -1,14 +1,14 @@
 #include "liveries/matching.h"
 
-#include "core/errors.h"
-#include "core/log.h"
-#include "core/parameters.h"
-#include "core/random.h"
-#include "core/text.h"
+#include "core/base/display.h"
+#include "core/base/errors.h"
+#include "core/base/log.h"
+#include "core/base/parameters.h"
+#include "core/base/random.h"
+#include "core/base/text.h"
 #include "liveries/database.h"
 #include "liveries/match_index.h"
 #include "liveries/regcodes.h"
-#include "ui/display.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
 #include "liveries/regcode_files.h"
 
-#include "core/log.h"
-#include "core/paths.h"
-#include "core/text.h"
-#include "core/text_files.h"
+#include "core/base/log.h"
+#include "core/base/paths.h"
+#include "core/base/text.h"
+#include "core/base/text_files.h"
 #include "liveries/dbase_reader.h"
 #include "liveries/scrambling.h"
 

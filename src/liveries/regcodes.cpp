@@ -1,9 +1,9 @@
 #include "liveries/regcodes.h"
 
-#include "core/download.h"
-#include "core/log.h"
-#include "core/paths.h"
-#include "core/text.h"
+#include "core/base/download.h"
+#include "core/base/log.h"
+#include "core/base/paths.h"
+#include "core/base/text.h"
 #include "liveries/database.h"
 #include "liveries/report_file.h"
 

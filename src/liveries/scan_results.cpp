@@ -1,15 +1,15 @@
 #include "liveries/scan_results.h"
 
-#include "core/errors.h"
-#include "core/log.h"
-#include "core/parameters.h"
-#include "core/paths.h"
-#include "core/text.h"
-#include "core/xml_file.h"
+#include "core/base/display.h"
+#include "core/base/errors.h"
+#include "core/base/log.h"
+#include "core/base/parameters.h"
+#include "core/base/paths.h"
+#include "core/base/text.h"
+#include "core/base/xml_file.h"
 #include "liveries/dbase_reader.h"
 #include "liveries/match_index.h"
 #include "liveries/regcodes.h"
-#include "ui/display.h"
 
 #include <pugixml.hpp>
 

@@ -1,7 +1,7 @@
 #include "liveries/scrambling.h"
 
-#include "core/log.h"
-#include "core/text.h"
+#include "core/base/log.h"
+#include "core/base/text.h"
 
 #include <algorithm>
 #include <array>

@@ -1,16 +1,16 @@
 #include "sim/client.h"
 
-#include "core/clock.h"
-#include "core/errors.h"
-#include "core/locks.h"
-#include "core/log.h"
-#include "core/parameters.h"
-#include "core/run_state.h"
-#include "core/text.h"
+#include "core/base/clock.h"
+#include "core/base/display.h"
+#include "core/base/errors.h"
+#include "core/base/locks.h"
+#include "core/base/log.h"
+#include "core/base/parameters.h"
+#include "core/base/run_state.h"
+#include "core/base/text.h"
 #include "platform/timer.h"
-#include "sim/ids.h"
 #include "sim/user_aircraft.h"
-#include "ui/display.h"
+#include "sim/wire/ids.h"
 
 #include <algorithm>
 #include <chrono>

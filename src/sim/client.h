@@ -6,7 +6,7 @@
 // it. The functions for other rooms take simCallMutex; what comes back is posted to simMessages.
 #pragma once
 
-#include "sim/simconnect.h"
+#include "sim/wire/simconnect.h"
 #include "traffic/traffic.h"
 
 #include <atomic>

@@ -1,7 +1,7 @@
 // What the conversation with the simulator needs beforehand: system events, data definitions, client
 // events. Tables only; runs on the SimClient thread once per connection.
 #include "sim/client.h"
-#include "sim/ids.h"
+#include "sim/wire/ids.h"
 
 #include <algorithm>
 #include <iterator>

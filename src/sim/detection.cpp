@@ -1,11 +1,11 @@
 #include "sim/detection.h"
 
-#include "core/errors.h"
-#include "core/log.h"
-#include "core/parameters.h"
-#include "core/text.h"
+#include "core/base/display.h"
+#include "core/base/errors.h"
+#include "core/base/log.h"
+#include "core/base/parameters.h"
+#include "core/base/text.h"
 #include "platform/registry.h"
-#include "ui/display.h"
 
 #include <algorithm>
 #include <string>

@@ -2,17 +2,17 @@
 // user's record and for setting up a new object, and messageMutex, never both at once.
 #include "sim/client.h"
 
-#include "core/errors.h"
-#include "core/locks.h"
-#include "core/log.h"
-#include "core/parameters.h"
-#include "core/run_state.h"
-#include "core/text.h"
-#include "sim/ids.h"
-#include "sim/packets.h"
+#include "core/base/display.h"
+#include "core/base/errors.h"
+#include "core/base/locks.h"
+#include "core/base/log.h"
+#include "core/base/parameters.h"
+#include "core/base/run_state.h"
+#include "core/base/text.h"
 #include "sim/user_aircraft.h"
+#include "sim/wire/ids.h"
+#include "sim/wire/packets.h"
 #include "traffic/geodesy.h"
-#include "ui/display.h"
 
 #include <algorithm>
 #include <cctype>

@@ -2,11 +2,11 @@
 // tries simCallMutex and leaves at once if it is busy.
 #include "sim/client.h"
 
-#include "core/locks.h"
-#include "core/log.h"
-#include "core/run_state.h"
-#include "core/text.h"
-#include "sim/ids.h"
+#include "core/base/locks.h"
+#include "core/base/log.h"
+#include "core/base/run_state.h"
+#include "core/base/text.h"
+#include "sim/wire/ids.h"
 
 #include <cstring>
 

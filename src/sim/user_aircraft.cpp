@@ -1,13 +1,13 @@
 #include "sim/user_aircraft.h"
 
-#include "core/errors.h"
-#include "core/log.h"
-#include "core/text.h"
+#include "core/base/display.h"
+#include "core/base/errors.h"
+#include "core/base/log.h"
+#include "core/base/text.h"
 #include "liveries/database.h"
 #include "liveries/liveries.h"
 #include "traffic/category.h"
 #include "traffic/geodesy.h"
-#include "ui/display.h"
 
 #include <array>
 

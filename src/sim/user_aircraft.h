@@ -3,7 +3,7 @@
 // The handlers run on the SimClient thread; the results are shared values that the worker reads.
 #pragma once
 
-#include "core/shared_value.h"
+#include "core/base/shared_value.h"
 
 #include <cstdint>
 #include <optional>

@@ -3,7 +3,7 @@
 #include "traffic/air_motion.h"
 
 #include "sim/client.h"
-#include "sim/ids.h"
+#include "sim/wire/ids.h"
 #include "traffic/commands.h"
 #include "traffic/geodesy.h"
 #include "traffic/legs.h"

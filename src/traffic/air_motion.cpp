@@ -1,7 +1,7 @@
 #include "traffic/air_motion.h"
 
-#include "core/log.h"
-#include "core/text.h"
+#include "core/base/log.h"
+#include "core/base/text.h"
 #include "traffic/commands.h"
 #include "traffic/geodesy.h"
 #include "traffic/ground_motion.h"

@@ -1,9 +1,9 @@
 #include "traffic/arrival.h"
 
 #include "airports/stand_search.h"
-#include "core/log.h"
-#include "core/talkative_log.h"
-#include "core/text.h"
+#include "core/base/log.h"
+#include "core/base/talkative_log.h"
+#include "core/base/text.h"
 #include "traffic/geodesy.h"
 #include "traffic/legs.h"
 #include "traffic/removal.h"

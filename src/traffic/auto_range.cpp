@@ -1,7 +1,7 @@
 #include "traffic/auto_range.h"
 
 #include "airports/airports.h"
-#include "core/parameters.h"
+#include "core/base/parameters.h"
 #include "traffic/geodesy.h"
 #include "traffic/traffic.h"
 

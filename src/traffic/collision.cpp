@@ -1,8 +1,8 @@
 #include "traffic/collision.h"
 
-#include "core/parameters.h"
-#include "core/talkative_log.h"
-#include "core/text.h"
+#include "core/base/parameters.h"
+#include "core/base/talkative_log.h"
+#include "core/base/text.h"
 #include "sim/user_aircraft.h"
 #include "traffic/arrival.h"
 #include "traffic/geodesy.h"

@@ -1,7 +1,7 @@
 #include "traffic/commands.h"
 
 #include "sim/client.h"
-#include "sim/ids.h"
+#include "sim/wire/ids.h"
 
 #include <array>
 #include <utility>

@@ -1,11 +1,11 @@
 #include "traffic/flight_plan.h"
 
-#include "core/log.h"
-#include "core/paths.h"
-#include "core/text.h"
+#include "core/base/display.h"
+#include "core/base/log.h"
+#include "core/base/paths.h"
+#include "core/base/text.h"
 #include "platform/folders.h"
 #include "sim/client.h"
-#include "ui/display.h"
 
 #include <filesystem>
 #include <fstream>

@@ -1,9 +1,9 @@
 #include "traffic/identity.h"
 
 #include "airports/catalogue.h"
-#include "core/parameters.h"
-#include "core/talkative_log.h"
-#include "core/text.h"
+#include "core/base/parameters.h"
+#include "core/base/talkative_log.h"
+#include "core/base/text.h"
 #include "liveries/database.h"
 #include "liveries/regcodes.h"
 #include "traffic/arrival.h"

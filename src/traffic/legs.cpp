@@ -1,7 +1,7 @@
 #include "traffic/legs.h"
 
-#include "core/log.h"
-#include "core/text.h"
+#include "core/base/log.h"
+#include "core/base/text.h"
 #include "traffic/air_motion.h"
 #include "traffic/ground_motion.h"
 #include "traffic/removal.h"

@@ -1,6 +1,6 @@
 #include "traffic/performance.h"
 
-#include "core/random.h"
+#include "core/base/random.h"
 
 namespace vlt {
 

@@ -1,9 +1,9 @@
 #include "traffic/runway.h"
 
-#include "core/log.h"
-#include "core/text.h"
+#include "core/base/log.h"
+#include "core/base/text.h"
 #include "sim/client.h"
-#include "sim/ids.h"
+#include "sim/wire/ids.h"
 #include "traffic/commands.h"
 #include "traffic/geodesy.h"
 #include "traffic/legs.h"

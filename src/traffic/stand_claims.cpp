@@ -1,7 +1,7 @@
 #include "traffic/stand_claims.h"
 
-#include "core/talkative_log.h"
-#include "core/text.h"
+#include "core/base/talkative_log.h"
+#include "core/base/text.h"
 #include "traffic/arrival.h"
 #include "traffic/geodesy.h"
 #include "traffic/identity.h"

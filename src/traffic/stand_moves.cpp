@@ -1,9 +1,9 @@
 #include "traffic/stand_moves.h"
 
-#include "core/log.h"
-#include "core/text.h"
+#include "core/base/log.h"
+#include "core/base/text.h"
 #include "sim/client.h"
-#include "sim/ids.h"
+#include "sim/wire/ids.h"
 #include "traffic/arrival.h"
 #include "traffic/commands.h"
 #include "traffic/geodesy.h"

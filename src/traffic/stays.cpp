@@ -1,9 +1,9 @@
 #include "traffic/stays.h"
 
 #include "airports/stand_search.h"
-#include "core/parameters.h"
-#include "core/talkative_log.h"
-#include "core/text.h"
+#include "core/base/parameters.h"
+#include "core/base/talkative_log.h"
+#include "core/base/text.h"
 #include "traffic/arrival.h"
 #include "traffic/removal.h"
 

@@ -2,10 +2,10 @@
 // where the engine knows better than the reports. Worker thread.
 #include "traffic/air_motion.h"
 
-#include "core/log.h"
-#include "core/text.h"
+#include "core/base/log.h"
+#include "core/base/text.h"
 #include "sim/client.h"
-#include "sim/ids.h"
+#include "sim/wire/ids.h"
 #include "traffic/commands.h"
 #include "traffic/geodesy.h"
 #include "traffic/taxi_curve.h"

@@ -1,7 +1,7 @@
 #include "traffic/stops.h"
 
-#include "core/log.h"
-#include "core/text.h"
+#include "core/base/log.h"
+#include "core/base/text.h"
 #include "traffic/arrival.h"
 #include "traffic/geodesy.h"
 #include "traffic/legs.h"

@@ -1,8 +1,8 @@
 #include "traffic/stream.h"
 
-#include "core/log.h"
-#include "core/parameters.h"
-#include "core/text.h"
+#include "core/base/log.h"
+#include "core/base/parameters.h"
+#include "core/base/text.h"
 #include "traffic/geodesy.h"
 #include "traffic/legs.h"
 #include "traffic/removal.h"

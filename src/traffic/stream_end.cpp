@@ -1,6 +1,6 @@
 #include "traffic/stream_end.h"
 
-#include "core/parameters.h"
+#include "core/base/parameters.h"
 #include "traffic/arrival.h"
 #include "traffic/geodesy.h"
 #include "traffic/legs.h"

@@ -1,7 +1,7 @@
 #include "traffic/taxi_curve.h"
 
-#include "core/log.h"
-#include "core/text.h"
+#include "core/base/log.h"
+#include "core/base/text.h"
 #include "traffic/geodesy.h"
 
 #include <algorithm>

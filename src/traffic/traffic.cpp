@@ -1,7 +1,7 @@
 #include "traffic/traffic.h"
 
-#include "core/locks.h"
-#include "core/text.h"
+#include "core/base/locks.h"
+#include "core/base/text.h"
 
 #include <algorithm>
 #include <array>

@@ -8,7 +8,7 @@
 // in feet, speeds in knots, times in ticks of 10 ms. Pitch follows the simulator: negative is nose up.
 #pragma once
 
-#include "core/clock.h"
+#include "core/base/clock.h"
 #include "traffic/category.h"
 
 #include <atomic>

@@ -1,8 +1,8 @@
 #include "ui/status.h"
 
-#include "core/parameters.h"
-#include "core/text.h"
-#include "ui/display.h"
+#include "core/base/display.h"
+#include "core/base/parameters.h"
+#include "core/base/text.h"
 
 #include <nlohmann/json.hpp>
 

@@ -3,8 +3,8 @@
 #include "airports/airport_place.h"
 #include "airports/learned_file.h"
 #include "airports/loading.h"
-#include "core/errors.h"
-#include "core/random.h"
+#include "core/base/errors.h"
+#include "core/base/random.h"
 #include "support/world.h"
 #include "traffic/geodesy.h"
 

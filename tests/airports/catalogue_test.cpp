@@ -1,7 +1,7 @@
 #include "airports/catalogue.h"
 
 #include "airports/airport_place.h"
-#include "core/errors.h"
+#include "core/base/errors.h"
 
 namespace vlt {
 

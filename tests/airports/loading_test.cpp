@@ -2,10 +2,10 @@
 
 #include "airports/airport_lookup.h"
 #include "airports/airport_place.h"
-#include "core/errors.h"
-#include "core/random.h"
+#include "core/base/display.h"
+#include "core/base/errors.h"
+#include "core/base/random.h"
 #include "traffic/geodesy.h"
-#include "ui/display.h"
 
 namespace vlt {
 

@@ -1,12 +1,12 @@
-#include "airports/park_airport.h"
+#include "airports/parking/park_airport.h"
 
 #include "airports/airport_place.h"
-#include "airports/park_list.h"
+#include "airports/parking/park_list.h"
+#include "core/base/display.h"
 #include "link/traffic_reader.h"
 #include "sim/client.h"
 #include "support/feed_line.h"
 #include "traffic/geodesy.h"
-#include "ui/display.h"
 
 #include <cmath>
 

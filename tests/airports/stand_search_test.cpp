@@ -1,8 +1,8 @@
 #include "airports/stand_search.h"
 
 #include "airports/airport_place.h"
-#include "core/random.h"
-#include "core/text.h"
+#include "core/base/random.h"
+#include "core/base/text.h"
 #include "traffic/geodesy.h"
 
 #include <set>

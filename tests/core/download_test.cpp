@@ -1,7 +1,7 @@
-#include "core/download.h"
+#include "core/base/download.h"
 
-#include "core/run_state.h"
-#include "core/zip_archive.h"
+#include "core/base/run_state.h"
+#include "core/base/zip_archive.h"
 #include "standin/file_server.h"
 #include "support/temp_folder.h"
 

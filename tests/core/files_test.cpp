@@ -1,7 +1,7 @@
-#include "core/log.h"
-#include "core/text_files.h"
-#include "core/version.h"
-#include "core/zip_archive.h"
+#include "core/base/log.h"
+#include "core/base/text_files.h"
+#include "core/base/version.h"
+#include "core/base/zip_archive.h"
 #include "support/temp_folder.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
-#include "core/parameters.h"
+#include "core/base/parameters.h"
 
-#include "core/paths.h"
-#include "core/text.h"
-#include "core/version.h"
+#include "core/base/paths.h"
+#include "core/base/text.h"
+#include "core/base/version.h"
 #include "support/temp_folder.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
-#include "core/run_state.h"
+#include "core/base/run_state.h"
 
-#include "core/locks.h"
-#include "ui/display.h"
+#include "core/base/display.h"
+#include "core/base/locks.h"
 
 #include <gtest/gtest.h>
 

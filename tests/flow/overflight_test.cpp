@@ -1,8 +1,8 @@
 // The road of an aircraft that flies past: from its first report to its last position.
-#include "core/locks.h"
-#include "core/parameters.h"
+#include "core/base/locks.h"
+#include "core/base/parameters.h"
 #include "sim/client.h"
-#include "sim/ids.h"
+#include "sim/wire/ids.h"
 #include "support/flight.h"
 #include "traffic/geodesy.h"
 #include "traffic/traffic.h"

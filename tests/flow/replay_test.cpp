@@ -1,5 +1,5 @@
 // The replay itself: the same twice, and hostile recordings, after which the engine still stands.
-#include "core/text.h"
+#include "core/base/text.h"
 #include "standin/day_airport.h"
 #include "standin/replay_files.h"
 #include "support/road.h"

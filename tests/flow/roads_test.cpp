@@ -1,5 +1,5 @@
 // The roads of aircraft, from their first report to the end: every one through the whole engine.
-#include "core/parameters.h"
+#include "core/base/parameters.h"
 #include "support/road.h"
 #include "traffic/geodesy.h"
 

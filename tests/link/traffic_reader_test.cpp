@@ -1,9 +1,9 @@
 #include "link/traffic_reader.h"
 
-#include "core/clock.h"
-#include "core/locks.h"
-#include "core/parameters.h"
-#include "core/run_state.h"
+#include "core/base/clock.h"
+#include "core/base/locks.h"
+#include "core/base/parameters.h"
+#include "core/base/run_state.h"
 #include "support/feed_line.h"
 
 #include <gtest/gtest.h>

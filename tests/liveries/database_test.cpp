@@ -1,7 +1,7 @@
 #include "liveries/database.h"
 
-#include "core/errors.h"
-#include "core/text.h"
+#include "core/base/errors.h"
+#include "core/base/text.h"
 #include "liveries/dbase_reader.h"
 #include "liveries/scrambling.h"
 #include "liveries/workplace.h"

@@ -1,7 +1,7 @@
 #include "liveries/matching.h"
 
-#include "core/errors.h"
-#include "core/parameters.h"
+#include "core/base/errors.h"
+#include "core/base/parameters.h"
 #include "liveries/database.h"
 #include "liveries/match_index.h"
 #include "support/world.h"

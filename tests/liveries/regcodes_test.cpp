@@ -1,7 +1,7 @@
 #include "liveries/regcodes.h"
 
-#include "core/text.h"
-#include "core/zip_archive.h"
+#include "core/base/text.h"
+#include "core/base/zip_archive.h"
 #include "liveries/scrambling.h"
 #include "liveries/workplace.h"
 #include "standin/file_server.h"

@@ -1,12 +1,12 @@
 #include "liveries/scan_results.h"
 
-#include "core/errors.h"
-#include "core/parameters.h"
+#include "core/base/display.h"
+#include "core/base/errors.h"
+#include "core/base/parameters.h"
 #include "liveries/match_index.h"
 #include "liveries/regcodes.h"
 #include "liveries/workplace.h"
 #include "support/world.h"
-#include "ui/display.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // A working folder of its own for one test, with a log that can be read, and no server to be reached.
 #pragma once
 
-#include "core/log.h"
+#include "core/base/log.h"
 #include "support/temp_folder.h"
 
 #include <filesystem>

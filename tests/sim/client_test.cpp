@@ -1,19 +1,19 @@
 #include "sim/client.h"
 
-#include "core/errors.h"
-#include "core/locks.h"
-#include "core/parameters.h"
-#include "core/run_state.h"
+#include "core/base/display.h"
+#include "core/base/errors.h"
+#include "core/base/locks.h"
+#include "core/base/parameters.h"
+#include "core/base/run_state.h"
 #include "liveries/liveries.h"
 #include "sim/detection.h"
-#include "sim/ids.h"
-#include "sim/packets.h"
 #include "sim/user_aircraft.h"
+#include "sim/wire/ids.h"
+#include "sim/wire/packets.h"
 #include "standin/direct.h"
 #include "standin/virtual_simulator.h"
 #include "support/temp_folder.h"
 #include "support/world.h"
-#include "ui/display.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The packets byte by byte, against their published layout.
-#include "sim/packets.h"
+#include "sim/wire/packets.h"
 
 #include <cstring>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // What the tools publish of data/world.
 #include "standin/publisher.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 #include "liveries/database.h"
 #include "liveries/dbase_reader.h"
 #include "liveries/regcode_files.h"

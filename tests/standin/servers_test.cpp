@@ -1,5 +1,5 @@
 // The stand-in's servers over real sockets on ports that the system picks.
-#include "sim/packets.h"
+#include "sim/wire/packets.h"
 #include "standin/feed_player.h"
 #include "standin/file_server.h"
 #include "standin/realtraffic_client.h"

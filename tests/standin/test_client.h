@@ -2,8 +2,8 @@
 // every message kept.
 #pragma once
 
-#include "sim/packets.h"
-#include "sim/simconnect.h"
+#include "sim/wire/packets.h"
+#include "sim/wire/simconnect.h"
 #include "standin/direct.h"
 #include "standin/virtual_simulator.h"
 

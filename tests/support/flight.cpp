@@ -1,8 +1,8 @@
 #include "support/flight.h"
 
-#include "core/parameters.h"
-#include "core/random.h"
-#include "core/run_state.h"
+#include "core/base/parameters.h"
+#include "core/base/random.h"
+#include "core/base/run_state.h"
 #include "core/traffic_loop.h"
 #include "link/traffic_reader.h"
 #include "liveries/liveries.h"

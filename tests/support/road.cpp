@@ -1,6 +1,6 @@
 #include "support/road.h"
 
-#include "core/text.h"
+#include "core/base/text.h"
 #include "standin/day_airport.h"
 #include "support/feed_line.h"
 #include "traffic/geodesy.h"

@@ -2,9 +2,9 @@
 #include "traffic/legs.h"
 #include "traffic/stream_end.h"
 
-#include "core/random.h"
+#include "core/base/random.h"
 #include "sim/client.h"
-#include "sim/ids.h"
+#include "sim/wire/ids.h"
 #include "support/aircraft.h"
 #include "traffic/geodesy.h"
 #include "traffic/performance.h"

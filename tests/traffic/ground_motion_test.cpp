@@ -2,7 +2,7 @@
 #include "traffic/ground_motion.h"
 
 #include "airports/loading.h"
-#include "sim/ids.h"
+#include "sim/wire/ids.h"
 #include "traffic/air_motion.h"
 #include "traffic/geodesy.h"
 #include "traffic/ground_place.h"

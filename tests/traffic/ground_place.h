@@ -1,7 +1,7 @@
 // The engine's tables empty, no airport, and the user far away, before and after every test.
 #pragma once
 
-#include "core/parameters.h"
+#include "core/base/parameters.h"
 #include "sim/client.h"
 #include "support/aircraft.h"
 #include "traffic/arrival.h"

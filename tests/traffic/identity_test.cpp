@@ -2,7 +2,7 @@
 #include "traffic/identity.h"
 
 #include "airports/catalogue.h"
-#include "core/parameters.h"
+#include "core/base/parameters.h"
 #include "liveries/liveries.h"
 #include "sim/client.h"
 #include "sim/user_aircraft.h"

@@ -1,6 +1,6 @@
 #include "traffic/intake.h"
 
-#include "core/parameters.h"
+#include "core/base/parameters.h"
 #include "support/aircraft.h"
 #include "support/world.h"
 #include "traffic/performance.h"

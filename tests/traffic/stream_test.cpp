@@ -1,7 +1,7 @@
 // What becomes of a new report: stops, stands, landings, and the end of the reports.
 #include "traffic/stream.h"
 
-#include "sim/ids.h"
+#include "sim/wire/ids.h"
 #include "traffic/geodesy.h"
 #include "traffic/ground_place.h"
 #include "traffic/stops.h"

@@ -1,7 +1,7 @@
 // What SimConnect.cfg decides, and the order of the ways that follows from it.
-#include "sim/transport/config.h"
+#include "sim/wire/transport/config.h"
 
-#include "sim/transport/chain.h"
+#include "sim/wire/transport/chain.h"
 #include "transport/sim_world.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // The operations over real sockets and pipes, against a simulator's end that the test plays.
-#include "sim/packets.h"
-#include "sim/simconnect.h"
-#include "sim/transport/connection.h"
-#include "sim/transport/io_thread.h"
+#include "sim/wire/packets.h"
+#include "sim/wire/simconnect.h"
+#include "sim/wire/transport/connection.h"
+#include "sim/wire/transport/io_thread.h"
 #include "transport/sim_world.h"
 
 #include <future>

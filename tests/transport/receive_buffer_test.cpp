@@ -1,5 +1,5 @@
 // The byte stream cut into packets, in whatever pieces it comes.
-#include "sim/transport/receive_buffer.h"
+#include "sim/wire/transport/receive_buffer.h"
 
 #include "transport/sim_world.h"
 

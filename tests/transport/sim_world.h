@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/local_pipe.h"
-#include "sim/simconnect.h"
+#include "sim/wire/simconnect.h"
 #include "support/temp_folder.h"
 
 #include <algorithm>

@@ -1,0 +1,356 @@
+#include "airports/parking/park_airport.h"
+
+#include "airports/airport_lookup.h"
+#include "airports/catalogue.h"
+#include "airports/loading.h"
+#include "airports/parking/park_list.h"
+#include "airports/stand_search.h"
+#include "core/base/clock.h"
+#include "core/base/display.h"
+#include "core/base/log.h"
+#include "core/base/parameters.h"
+#include "core/base/text.h"
+#include "link/traffic_reader.h"
+#include "sim/client.h"
+#include "traffic/auto_range.h"
+#include "traffic/removal.h"
+#include "traffic/stays.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+
+namespace vlt {
+
+static constexpr double kAtAirport = 5.0;  // nm from the reference point
+
+static bool loadPending = false;            // [worker] the next look loads the park airport
+static LatLon lastPosition;                 // [worker] of the user at the last look
+static std::optional<bool> usersLearnSoft;  // [worker] LEARN_SOFT as it was before the load
+
+// The last fruitless look for an airport around a user on the ground.
+struct FruitlessLook {
+    LatLon position;
+    int32_t tick = 0;
+};
+static std::optional<FruitlessLook> fruitlessLook;  // [worker]
+
+static LatLon lf_user()
+{
+    return {userNow.lat, userNow.lon};
+}
+
+static bool lf_firstIsParkAirport()
+{
+    return !parkAirports.empty() && parkAirports.front().code == parkApf.code;
+}
+
+// --- becoming and ceasing
+
+bool setParkAirport(std::string_view code)
+{
+    const AirportRecord* airport = findAirport(code);
+    if (airport == nullptr) {
+        return false;
+    }
+    parkApf = Apf{};
+    parkApf.code = airport->code;
+    parkApf.altitude = static_cast<int32_t>(airport->altitude);
+    parkAirport = ParkAirportPlace{airport->lat, airport->lon, airport->altitude};
+    gf_setText(&Display::airportCode, airport->code);
+    logLine(format("The park airport is {}", airport->code));
+    return true;
+}
+
+static void lf_clearDisplay()
+{
+    for (const auto field : {&Display::airportCode, &Display::airportName, &Display::qualityText,
+                             &Display::reservedStandText, &Display::standText}) {
+        gf_setText(field, "");
+    }
+    display.standCount = 0;
+    display.airportAltitude = 0;
+    display.trafficWeek = 0;
+    display.handmade = false;
+    display.flushStaticEnabled = false;
+    display.percentageEnabled = false;
+    display.learnSoftEnabled = true;
+    display.updatesCount = 0;
+}
+
+static void lf_takeUsersSettingsBack()
+{
+    if (usersLearnSoft) {
+        LEARN_SOFT.value = *usersLearnSoft;
+        usersLearnSoft.reset();
+    }
+    MAX_LIVE.value = savedMaxLive.load();
+    gf_keepWithinMaxLive();
+}
+
+void closeAirport()
+{
+    updateCount = 0;
+    airportLoaded = false;
+    softLearningAllowed = true;
+    reservedStand.clear();
+    parkApf = Apf{};
+    parkAirport.reset();
+    trafficReader.setParkAirport(std::nullopt);
+    gf_forgetNearestStand();
+    lf_clearDisplay();
+    lf_takeUsersSettingsBack();
+}
+
+void gf_resetParkAirport()
+{
+    closeAirport();
+    parkAirports.clear();
+    loadPending = false;
+    lastPosition = {};
+    fruitlessLook.reset();
+}
+
+// --- the reserved stand
+
+// A user on the ground here needs a line in the list, and it names the stand.
+static void lf_takeUserStand()
+{
+    const bool here =
+        userOnGround && parkAirport && distNm(lf_user(), {parkAirport->lat, parkAirport->lon}) <= kAtAirport;
+    if (!here) {
+        return;
+    }
+    const std::string& stand = nearestStandId(lf_user());
+    if (lf_firstIsParkAirport()) {
+        if (!stand.empty() && parkAirports.front().stand != stand) {
+            gf_storeStand(stand);
+        }
+        return;
+    }
+    if (std::ranges::find(parkAirports, parkApf.code, &ParkListEntry::code) == parkAirports.end()) {
+        const double distance = distNm(lf_user(), {parkAirport->lat, parkAirport->lon});
+        gf_addParkAirport({parkApf.code, stand, parkAirport->lat, parkAirport->lon, distance});
+    }
+}
+
+static void lf_findReservedStand()
+{
+    const std::string before = reservedStand;
+    const bool listed = lf_firstIsParkAirport() && gf_standById(parkAirports.front().stand) != nullptr;
+    reservedStand = listed ? parkAirports.front().stand : "";
+    if (!before.empty() && before != reservedStand) {
+        logLine(format("reserved stand changed from \"{}\" to \"{}\"", before, reservedStand));
+    }
+    gf_setText(&Display::reservedStandText, reservedStand);
+}
+
+static void lf_markReservedStands()
+{
+    const std::string& usersStand = nearestStandId(lf_user());
+    for (ParkPos& stand : parkApf.stands) {
+        stand.reserved = !stand.id.empty() && (stand.id == reservedStand || stand.id == usersStand);
+    }
+}
+
+void updateReservedStand()
+{
+    lf_takeUserStand();
+    lf_findReservedStand();
+    lf_markReservedStands();
+}
+
+void gf_showUserStand()
+{
+    if (const std::string& stand = nearestStandId(lf_user()); gf_textOf(&Display::standText) != stand) {
+        gf_setText(&Display::standText, stand);
+    }
+}
+
+void gf_noteUserStand()
+{
+    if (!noteStandRequested.exchange(false)) {
+        return;
+    }
+    const std::string& stand = nearestStandId(lf_user());
+    if (!stand.empty() && lf_firstIsParkAirport() && parkAirports.front().stand != stand) {
+        gf_storeStand(stand);
+        updateReservedStand();
+    }
+}
+
+// --- the load
+
+static void lf_allowSoftLearning()
+{
+    softLearningAllowed = !gf_hasGoodQuality(parkApf);
+    display.learnSoftEnabled = softLearningAllowed;
+    if (softLearningAllowed) {
+        usersLearnSoft.reset();  // what is changed from now on is the user's doing
+    } else {
+        LEARN_SOFT.value = false;
+    }
+}
+
+// The park airport's file. The text is empty on success, else what went wrong.
+static std::string lf_readParkedFile()
+{
+    parkApf.stands.clear();
+    gf_forgetNearestStand();
+    const std::string& code = parkApf.code;
+    const std::string path = findAirportFile(code);
+    if (path.empty()) {
+        return format("{} {} not found", "lf_readParkedFile", code);
+    }
+    if (path.find("unknown") != std::string::npos) {
+        return format("{} {} has publisher:{}, {}", "lf_readParkedFile", code, "unknown", path);
+    }
+    parkApf.name.clear();
+    parkApf.publisher.clear();
+    parkApf.altitude = 0;
+    updateCount = 0;
+    usersLearnSoft = LEARN_SOFT.value;
+    if (std::string failed = gf_readApf(path, parkApf); !failed.empty()) {
+        return failed;
+    }
+    lf_allowSoftLearning();
+    parkAirport->elevation = parkApf.altitude;
+    trafficReader.setParkAirport(parkAirport);
+    gf_keepWithinMaxLive();
+    if (AUTO_RANGE.value) {
+        gf_adaptRange();
+    }
+    updateReservedStand();
+    return {};
+}
+
+// A file that can't be used costs the airport its parking, not the user the traffic.
+static std::string lf_tryToReadParkedFile()
+{
+    try {
+        return lf_readParkedFile();
+    } catch (const std::exception& e) {
+        return e.what();
+    }
+}
+
+static void lf_loadNow()
+{
+    loadPending = false;
+    if (const std::string failed = lf_tryToReadParkedFile(); !failed.empty()) {
+        showMessage(failed, true);
+        closeAirport();
+    }
+}
+
+// --- in and out of sight
+
+static bool lf_isInSight(double distance)
+{
+    return distance <= AIRPORT_RANGE.value && userNow.agl <= AIRPORT_HEIGHT.value;
+}
+
+// An airport without a file needn't be asked for again at once: the server would be asked each time.
+static bool lf_lookedInVainLately()
+{
+    constexpr double kMoved = 1.0;  // nm
+    constexpr int32_t kAgainAfter = 300 * kTicksPerSecond;
+    return fruitlessLook && distNm(fruitlessLook->position, lf_user()) < kMoved &&
+           tick - fruitlessLook->tick < kAgainAfter;
+}
+
+static void lf_findAirportAround()
+{
+    fruitlessLook = FruitlessLook{lf_user(), tick};
+    const AirportRecord* airport = closestAirport(lf_user());
+    if (airport == nullptr) {
+        logLine("User aircraft on the ground, no airport in sight");
+        return;
+    }
+    if (findAirportFile(airport->code).empty()) {
+        logLine(format("User aircraft on the ground at {}, no airport file found", airport->code));
+        return;
+    }
+    logLine(format("User aircraft on the ground at {}", airport->code));
+    fruitlessLook.reset();
+    loadPending = setParkAirport(airport->code);
+}
+
+// A folder that can't be read costs the airport, not the run.
+static void lf_lookAround()
+{
+    try {
+        if (!lf_lookedInVainLately()) {
+            lf_findAirportAround();
+        }
+    } catch (const std::exception& e) {
+        logLine(format("{}: {}", "checkInSight", e.what()));
+    }
+}
+
+static void checkInSight()
+{
+    if (userOnGround) {
+        lf_lookAround();
+        return;
+    }
+    if (parkAirports.empty()) {
+        return;
+    }
+    const ParkListEntry& first = parkAirports.front();
+    if (lf_isInSight(first.distance) && setParkAirport(first.code)) {
+        logLine(format("{} in sight at {:.1F} nm", first.code, first.distance));
+        loadPending = true;
+    }
+}
+
+static void checkOutOfSight()
+{
+    if (userOnGround) {
+        return;
+    }
+    const std::string code = parkApf.code;
+    const double distance = distNm(lf_user(), {parkAirport->lat, parkAirport->lon});
+    if (!lf_isInSight(distance)) {
+        logLine(format("\n{} {} is out of sight ({:.1F} nm), parked aircraft will be removed",
+                       timeOfDayString(), code, distance));
+        gf_flushParked();
+        closeAirport();
+        return;
+    }
+    if (parkAirports.empty()) {
+        return;
+    }
+    const ParkListEntry& first = parkAirports.front();
+    if (first.code != code && lf_isInSight(first.distance) && first.distance < distance) {
+        logLine(format("\n{} {} is in sight ({:.1F} nm), parked aircraft at {} will be removed first",
+                       timeOfDayString(), first.code, first.distance, code));
+        gf_flushParked();
+        closeAirport();
+    }
+}
+
+void parkAirportCheck()
+{
+    if (loadPending) {
+        lf_loadNow();
+        return;
+    }
+    if (gf_isNullPosition(lf_user())) {
+        return;
+    }
+    if (lf_user() != lastPosition) {
+        lastPosition = lf_user();
+        gf_sortParkAirports(lastPosition);
+    } else if (!parkAirports.empty()) {
+        ParkListEntry& first = parkAirports.front();
+        first.distance = distNm(lastPosition, {first.lat, first.lon});
+    }
+    if (parkAirport) {
+        checkOutOfSight();
+    } else {
+        checkInSight();
+    }
+}
+
+}  // namespace vlt

@@ -1,0 +1,75 @@
+#include "core/base/log.h"
+
+#include "core/base/clock.h"
+#include "core/base/locks.h"
+#include "core/base/paths.h"
+#include "core/base/run_state.h"
+#include "core/base/text.h"
+#include "core/base/version.h"
+
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+namespace vlt {
+
+static std::ofstream logStream;  // [logMutex]
+
+static void lf_moveOlder(const std::filesystem::path& from, const std::filesystem::path& to)
+{
+    std::error_code none;
+    if (std::filesystem::exists(from, none)) {
+        std::filesystem::rename(from, to, none);
+    }
+}
+
+void logStart()
+{
+    const std::scoped_lock lock(logMutex);
+    lf_moveOlder("Log0.txt", "Log00.txt");
+    lf_moveOlder("Log.txt", "Log0.txt");
+    logStream.open("Log.txt", std::ios::trunc);
+    if (!logStream) {
+        throw std::runtime_error("Failed to write file " + gf_shown(std::filesystem::absolute("Log.txt")));
+    }
+    logStream << format("{} (utc) {} version {} for {}\n", nowString(), kProgramName,
+                        gf_text(kProgramVersion), "Prepar3D v5/v6")
+              << std::flush;
+}
+
+void gf_logEnd()
+{
+    const std::scoped_lock lock(logMutex);
+    logStream.close();
+}
+
+void logLine(std::string_view text)
+{
+    const std::scoped_lock lock(logMutex);
+    if (logStream.is_open()) {
+        logStream << text << '\n' << std::flush;
+    }
+}
+
+void logLineTimed(std::string_view text)
+{
+    logLine(format("{} {}", timeOfDayString(), text));
+}
+
+void logLineUnlessStopping(std::string_view text)
+{
+    if (!gf_stopping()) {
+        logLine(text);
+    }
+}
+
+void logBanner(std::string_view title, int width)
+{
+    if (title.empty()) {
+        logLine(std::string(static_cast<size_t>(width), '*'));
+    } else {
+        logLine(format("{:*^{}}", format(" {} ", title), width));
+    }
+}
+
+}  // namespace vlt

@@ -1,0 +1,80 @@
+#include "core/base/xml_file.h"
+
+#include "core/base/clock.h"
+#include "core/base/log.h"
+#include "core/base/paths.h"
+#include "core/base/text.h"
+#include "core/base/version.h"
+
+#include <fstream>
+#include <sstream>
+
+namespace vlt {
+
+static constexpr std::string_view kCopyright = "Copyright the Velatra developers, MIT licence";
+
+static std::filesystem::path lf_beside(const std::filesystem::path& path)
+{
+    std::filesystem::path beside = path;
+    beside += ".new";
+    return beside;
+}
+
+bool gf_replaceFile(const std::filesystem::path& path, std::string_view text)
+{
+    const std::filesystem::path beside = lf_beside(path);
+    std::error_code error;
+    {
+        std::ofstream file(beside, std::ios::binary | std::ios::trunc);
+        file.write(text.data(), static_cast<std::streamsize>(text.size()));
+        file.flush();
+        if (!file) {
+            std::filesystem::remove(beside, error);
+            return false;
+        }
+    }
+    std::filesystem::rename(beside, path, error);
+    return !error;
+}
+
+bool saveXml(const pugi::xml_document& document, const std::filesystem::path& path)
+{
+    std::ostringstream text;
+    document.save(text);
+    const bool saved = gf_replaceFile(path, text.view());
+    logLine(saved ? format("\"{}\" saved", gf_shown(path))
+                  : format("could not save to \"{}\"", gf_shown(path)));
+    return saved;
+}
+
+void gf_addMeta(pugi::xml_document& document)
+{
+    pugi::xml_node meta = document.append_child("meta");
+    const std::pair<const char*, std::string> infos[] = {
+        {"author", std::string(kProgramName)},
+        {"version", gf_text(kProgramVersion)},
+        {"date", nowString()},
+        {"copyright", std::string(kCopyright)},
+        {"P3D", "v5/v6"},
+    };
+    for (const auto& [name, value] : infos) {
+        pugi::xml_node info = meta.append_child("info");
+        info.append_attribute("name").set_value(name);
+        info.append_attribute("value").set_value(value.c_str());
+    }
+}
+
+std::map<std::string, std::string> gf_readMeta(const pugi::xml_document& document)
+{
+    std::map<std::string, std::string> infos;
+    const pugi::xml_node meta = document.child("meta");
+    if (!meta) {
+        logLine("meta data incorrect?");
+    }
+    for (const pugi::xml_node& info : meta.children("info")) {
+        infos.emplace(info.attribute("name").as_string(), info.attribute("value").as_string());
+    }
+    return infos;
+}
+
+}  // namespace vlt

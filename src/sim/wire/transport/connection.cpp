@@ -1,0 +1,74 @@
+#include "sim/wire/transport/connection.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vlt {
+
+SimConnection::SimConnection(const SimConfig& config) : SimTransport(config), sendArena(kMaxClientPacket)
+{
+    ++livingConnections;
+}
+
+SimConnection::~SimConnection()
+{
+    --livingConnections;
+}
+
+void SimConnection::packetReceived(std::span<const std::byte> packet)
+{
+    const std::scoped_lock lock(m_incomingMutex);
+    m_incoming.emplace_back(packet.begin(), packet.end());
+}
+
+void SimConnection::dropIncoming()
+{
+    const std::scoped_lock lock(m_incomingMutex);
+    m_incoming.clear();
+}
+
+bool SimConnection::takeIncoming(std::vector<std::byte>& packet)
+{
+    const std::scoped_lock lock(m_incomingMutex);
+    if (m_incoming.empty()) {
+        return false;
+    }
+    packet = std::move(m_incoming.front());
+    m_incoming.pop_front();
+    return true;
+}
+
+SimStatus SimConnection::dispatch(SimDispatchFunction function, void* context)
+{
+    if (function) {
+        m_dispatchFunction = function;
+    }
+    if (!m_dispatchFunction) {
+        return kSimFail;
+    }
+    std::vector<std::byte> packet;
+    while (true) {
+        // Asked before the list: packets come before the end, so none can follow an end seen here.
+        const bool ended = closeReason() != CloseReason::None;
+        if (!takeIncoming(packet)) {
+            return ended ? closeStatus() : kSimOk;
+        }
+        if (packet.size() >= kServerHeaderSize) {
+            m_dispatchFunction(packet, context);
+        }
+    }
+}
+
+std::shared_ptr<SimConnection> gf_findConnection(SimHandle handle)
+{
+    const auto found = std::find_if(connections.begin(), connections.end(),
+                                    [&](const auto& connection) { return connection.get() == handle; });
+    return found == connections.end() ? nullptr : *found;
+}
+
+uint32_t gf_sendIdAfter(uint32_t id)
+{
+    return id == UINT32_MAX ? 1 : id + 1;
+}
+
+}  // namespace vlt

@@ -1,0 +1,275 @@
+#include "sim/wire/packets.h"
+#include "sim/wire/simconnect.h"
+#include "sim/wire/transport/connection.h"
+#include "sim/wire/transport/io_thread.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+namespace vlt {
+
+using namespace std::chrono_literals;
+
+// Pauses at the end of a connection: for the last packets to leave, and for what runs to complete.
+constexpr auto kPauseAfterFlush = 100ms;
+constexpr auto kPauseAfterClose = 250ms;
+constexpr auto kPauseForReferences = 250ms;
+constexpr int kPausesForReferences = 20;
+
+static std::shared_ptr<SimConnection> lf_find(SimHandle handle)
+{
+    const std::scoped_lock lock(connectionsMutex);
+    return gf_findConnection(handle);
+}
+
+// Composes one packet in the arena and sends it. Needs connectionsMutex.
+template <typename Compose>
+static SimStatus lf_sendLocked(SimConnection& connection, Compose compose)
+{
+    if (connection.closeReason() != CloseReason::None) {
+        return connection.closeStatus();
+    }
+    // A packet that turns out not to fit has used its id up all the same.
+    connection.nextSendId = gf_sendIdAfter(connection.nextSendId);
+    PacketSpace space{connection.sendArena};
+    const SimStatus status = compose(space, connection.nextSendId);
+    const size_t touched = status == kSimOk ? space.used : space.room.size();
+    const bool sent = status == kSimOk && connection.send(space.room.first(touched));
+    std::fill_n(space.room.begin(), touched, std::byte{0});
+    if (status != kSimOk) {
+        return status;
+    }
+    return sent ? kSimOk : kSimFail;
+}
+
+template <typename Compose>
+static SimStatus lf_send(SimHandle handle, Compose compose)
+{
+    try {
+        const std::scoped_lock lock(connectionsMutex);
+        const auto connection = gf_findConnection(handle);
+        return connection ? lf_sendLocked(*connection, compose) : kSimFail;
+    } catch (const std::exception&) {
+        return kSimFail;
+    }
+}
+
+// Ends what a connection began; `connection` is the owner's reference. The I/O thread ends with the
+// last.
+static bool lf_end(std::shared_ptr<SimConnection> connection)
+{
+    {
+        const std::scoped_lock lock(connectionsMutex);
+        connections.remove(connection);
+    }
+    const bool wasOpen = connection->close(CloseReason::None, kSimOk);
+    connection->start();
+    connection.reset();
+    return wasOpen;
+}
+
+static void lf_endIoThread()
+{
+    bool last = false;
+    {
+        const std::scoped_lock lock(connectionsMutex);
+        last = connections.empty();
+    }
+    for (int i = 0; last && livingConnections > 0 && i < kPausesForReferences; ++i) {
+        std::this_thread::sleep_for(kPauseForReferences);
+    }
+    gf_releaseIoThread();
+}
+
+static std::shared_ptr<SimConnection> lf_connect(const SimConfig& config)
+{
+    std::shared_ptr<SimConnection> connection;
+    const bool connected = gf_connectByChain(config, [&](const SimTarget& target) {
+        connection = std::make_shared<SimConnection>(config);
+        if (connection->connect(target)) {
+            return true;
+        }
+        connection->close(CloseReason::None, kSimOk);
+        connection.reset();
+        return false;
+    });
+    return connected ? connection : nullptr;
+}
+
+static SimStatus lf_open(SimHandle* handle, std::string_view name, const SimConfig& config)
+{
+    const auto connection = lf_connect(config);
+    if (!connection) {
+        return kSimFail;
+    }
+    const std::scoped_lock lock(connectionsMutex);
+    const SimStatus status = lf_sendLocked(
+        *connection, [&](PacketSpace& space, uint32_t id) { return gf_composeOpen(space, id, name); });
+    if (status != kSimOk) {
+        connection->close(CloseReason::None, kSimOk);
+        return status;
+    }
+    connections.push_back(connection);
+    *handle = connection.get();
+    return kSimOk;
+}
+
+SimStatus SimConnect_Open(SimHandle* handle, std::string_view name, uint32_t configIndex)
+{
+    if (!handle || !name.data()) {
+        return kSimInvalidArgument;
+    }
+    *handle = nullptr;
+    const auto config = gf_readSimConfig(gf_simConfigFolders(), configIndex);
+    if (!config) {
+        return kSimInvalidArgument;
+    }
+    gf_holdIoThread();
+    SimStatus status = kSimFail;
+    try {
+        status = lf_open(handle, name, *config);
+    } catch (const std::exception&) {
+        status = kSimFail;
+    }
+    if (status != kSimOk) {
+        lf_endIoThread();
+    }
+    return status;
+}
+
+SimStatus SimConnect_Close(SimHandle handle)
+{
+    auto connection = lf_find(handle);
+    if (!connection) {
+        return kSimFail;
+    }
+    const bool couldFlush = connection->isOpen();
+    std::this_thread::sleep_for(kPauseAfterFlush);
+    connection->dropIncoming();
+    const bool couldClose = lf_end(std::move(connection));
+    std::this_thread::sleep_for(kPauseAfterClose);
+    lf_endIoThread();
+    return couldFlush || couldClose ? kSimOk : kSimFail;
+}
+
+SimStatus SimConnect_CallDispatch(SimHandle handle, SimDispatchFunction function, void* context)
+{
+    const auto connection = lf_find(handle);
+    return connection ? connection->dispatch(function, context) : kSimFail;
+}
+
+SimStatus SimConnect_GetLastSentPacketID(SimHandle handle, uint32_t* sendId)
+{
+    const std::scoped_lock lock(connectionsMutex);
+    const auto connection = gf_findConnection(handle);
+    if (!connection || !sendId) {
+        return kSimFail;
+    }
+    if (connection->closeReason() != CloseReason::None) {
+        return connection->closeStatus();
+    }
+    *sendId = connection->nextSendId;
+    return kSimOk;
+}
+
+SimStatus SimConnect_SubscribeToSystemEvent(SimHandle handle, uint32_t event, std::string_view name)
+{
+    return lf_send(
+        handle, [&](PacketSpace& space, uint32_t id) { return gf_composeSubscribe(space, id, event, name); });
+}
+
+SimStatus SimConnect_AddToDataDefinition(SimHandle handle, uint32_t definition, std::string_view name,
+                                         std::string_view unit, SimDataType type)
+{
+    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
+        return gf_composeAddToDataDefinition(space, id, definition, name, unit, type);
+    });
+}
+
+SimStatus SimConnect_MapClientEventToSimEvent(SimHandle handle, uint32_t event, std::string_view name)
+{
+    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
+        return gf_composeMapClientEvent(space, id, event, name);
+    });
+}
+
+SimStatus SimConnect_AddClientEventToNotificationGroup(SimHandle handle, uint32_t group, uint32_t event,
+                                                       bool maskable)
+{
+    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
+        return gf_composeAddEventToGroup(space, id, group, event, maskable);
+    });
+}
+
+SimStatus SimConnect_SetNotificationGroupPriority(SimHandle handle, uint32_t group, uint32_t priority)
+{
+    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
+        return gf_composeSetGroupPriority(space, id, group, priority);
+    });
+}
+
+SimStatus SimConnect_RequestDataOnSimObject(SimHandle handle, uint32_t request, uint32_t definition,
+                                            uint32_t object, uint32_t period)
+{
+    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
+        return gf_composeRequestData(space, id, request, definition, object, period);
+    });
+}
+
+SimStatus SimConnect_RequestDataOnSimObjectType(SimHandle handle, uint32_t request, uint32_t definition,
+                                                uint32_t radiusM, uint32_t objectType)
+{
+    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
+        return gf_composeRequestDataByType(space, id, request, definition, radiusM, objectType);
+    });
+}
+
+SimStatus SimConnect_SetDataOnSimObject(SimHandle handle, uint32_t definition, uint32_t object,
+                                        std::span<const std::byte> data)
+{
+    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
+        return gf_composeSetData(space, id, definition, object, data);
+    });
+}
+
+SimStatus SimConnect_TransmitClientEvent(SimHandle handle, uint32_t object, uint32_t event, uint32_t data,
+                                         uint32_t group, uint32_t flags)
+{
+    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
+        return gf_composeTransmitClientEvent(space, id, object, event, data, group, flags);
+    });
+}
+
+SimStatus SimConnect_AICreateNonATCAircraft(SimHandle handle, std::string_view title,
+                                            std::string_view tailNumber, const SimInitialPosition& position,
+                                            uint32_t request)
+{
+    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
+        return gf_composeCreate(space, id, title, tailNumber, position, request);
+    });
+}
+
+SimStatus SimConnect_AIReleaseControl(SimHandle handle, uint32_t object, uint32_t request)
+{
+    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
+        return gf_composeReleaseControl(space, id, object, request);
+    });
+}
+
+SimStatus SimConnect_AIRemoveObject(SimHandle handle, uint32_t object, uint32_t request)
+{
+    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
+        return gf_composeRemoveObject(space, id, object, request);
+    });
+}
+
+SimStatus SimConnect_AISetAircraftFlightPlan(SimHandle handle, uint32_t object, std::string_view path,
+                                             uint32_t request)
+{
+    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
+        return gf_composeSetFlightPlan(space, id, object, path, request);
+    });
+}
+
+}  // namespace vlt
