@@ -59,6 +59,8 @@ check() {
     # The sanitizers slow the processes down, not the clocks that the tests judge them by.
     export VELATRA_TEST_SLOWNESS=4
     install_packages "${CHECK_PACKAGES[@]}"
+    echo "== floors"
+    python3 tools/floors.py
     echo "== style"
     git ls-files -z '*.cpp' '*.h' | xargs -0 clang-format --dry-run --Werror
     echo "== address and undefined behaviour sanitizers"

@@ -4,8 +4,7 @@
 #include "traffic/cycle.h"
 #include "traffic/geodesy.h"
 #include "traffic/performance.h"
-#include "traffic/removal.h"
-#include "traffic/spawn.h"
+#include "traffic/sim_answers.h"
 #include "traffic/stream.h"
 #include "traffic/traffic.h"
 

@@ -48,8 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
     lf_readMyParkAirports();
     const std::set<std::string> before = lf_codes();
-    std::vector<std::string> lines;
-    const bool readable = readExtTextFile(kMyParkAirportsFile, lines);
+    const bool readable = readExtTextFile(kMyParkAirportsFile).whole;
     gf_storeStand("A1");
     lf_readMyParkAirports();
     const bool stored = parkAirports.empty() || parkAirports.front().stand == "A1";

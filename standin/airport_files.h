@@ -3,7 +3,7 @@
 // File reading and texts; no state. Throws std::runtime_error for a table that can't be published.
 #pragma once
 
-#include "core/base/clock.h"
+#include "core/base/hours.h"
 
 #include <cstdint>
 #include <filesystem>

@@ -1,7 +1,7 @@
 #include "standin/replay_judge.h"
 
 #include "core/base/text.h"
-#include "traffic/arrival.h"
+#include "traffic/stand_holding.h"
 
 #include <algorithm>
 #include <cmath>

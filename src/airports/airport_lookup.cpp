@@ -1,6 +1,7 @@
 #include "airports/airport_lookup.h"
 
 #include "airports/airports.h"
+#include "core/base/display.h"
 #include "core/base/download.h"
 #include "core/base/log.h"
 #include "core/base/paths.h"
@@ -11,7 +12,6 @@
 #include <pugixml.hpp>
 
 #include <algorithm>
-#include <vector>
 
 namespace vlt {
 
@@ -28,12 +28,15 @@ bool gf_isLocalPath(std::string_view path)
 // A link leads to another airport file; whatever else it says counts as nothing.
 static std::string lf_readLink(const std::filesystem::path& link)
 {
-    std::vector<std::string> lines;
-    if (!readExtTextFile(link, lines) || lines.empty()) {
+    const ExtText text = readExtTextFile(link);
+    if (!text.forUser.empty()) {
+        showMessage(text.forUser, true);
+    }
+    if (!text.whole || text.lines.empty()) {
         return {};
     }
     // The line ends with "xml"; what some editors leave behind it is cut off.
-    const std::string& line = lines.front();
+    const std::string& line = text.lines.front();
     const size_t last = line.rfind('l');
     std::string path = last == std::string::npos ? std::string() : line.substr(0, last + 1);
     const bool leadsSomewhere = path.starts_with("archive/") || gf_isLocalPath(path);

@@ -4,7 +4,7 @@
 // anew with each load. Positions in degrees, angles in radians, distances in nm unless named otherwise.
 #pragma once
 
-#include "core/base/clock.h"
+#include "core/base/hours.h"
 #include "traffic/traffic.h"
 
 #include <atomic>

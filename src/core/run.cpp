@@ -13,7 +13,7 @@
 #include "core/base/text.h"
 #include "core/traffic_loop.h"
 #include "link/traffic_reader.h"
-#include "liveries/database.h"
+#include "liveries/dbase_reader.h"
 #include "platform/folders.h"
 #include "sim/client.h"
 #include "sim/detection.h"

@@ -17,7 +17,7 @@
 #include "traffic/collision.h"
 #include "traffic/cycle.h"
 #include "traffic/identity.h"
-#include "traffic/spawn.h"
+#include "traffic/sim_answers.h"
 #include "traffic/stays.h"
 #include "traffic/traffic.h"
 
@@ -67,7 +67,7 @@ void secondTick()
 {
     if (wasPaused) {
         wasPaused = false;
-        logLine(format("{} Flight resumed", timeOfDayString()));
+        logLineTimed("Flight resumed");
         lf_setIntake(true);
     }
     hourNow = weekHourStamp();
@@ -150,7 +150,7 @@ static void lf_beginPause()
         const std::scoped_lock lock(simCallMutex);
         sendBuffer.clear();
     }
-    logLine(format("{} Flight not running", timeOfDayString()));
+    logLineTimed("Flight not running");
 }
 
 // The flight isn't running: nothing moves, but acknowledgements aren't lost.

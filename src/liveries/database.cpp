@@ -1,11 +1,6 @@
 #include "liveries/database.h"
 
-#include "core/base/download.h"
-#include "core/base/paths.h"
-#include "liveries/dbase_reader.h"
-
 #include <algorithm>
-#include <stdexcept>
 
 namespace vlt {
 
@@ -19,16 +14,6 @@ constexpr size_t kLongestTitlePrefix = 4;  // characters of a registration looke
 //                                       Light Buzjets Large Heavy HighPerf Rotor
 constexpr PerCategory<double> kTypicalSpanM{11,    18,   34,   62,      11,   12};
 // clang-format on
-
-bool readDbase()
-{
-    const std::filesystem::path path = kInputFolder / "temp2.xml";
-    if (!fetchZippedText("dbase.zip", path)) {
-        throw std::runtime_error("data base could not be read from on-line?");
-    }
-    gf_readDbaseFile(path);
-    return true;
-}
 
 AcCategory categoryOf(std::string_view type)
 {

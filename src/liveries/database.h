@@ -1,8 +1,6 @@
-// The data base of the real world: types, categories, wing spans, airlines and registrations, published
-// on the download server.
+// Questions to the data base of the real world: types, categories, wing spans, airlines and registrations.
 //
-// Read once by the worker, before any scan; afterwards `dbase` is only read, by any thread, without a
-// lock. A failure while reading leaves the tables as far as they came.
+// Any thread, without a lock: `dbase` is only read once it stands.
 #pragma once
 
 #include "liveries/liveries.h"
@@ -13,10 +11,6 @@
 #include <string_view>
 
 namespace vlt {
-
-// Fetches the data base from the server and reads it into `dbase`. True when the tables stand. Throws
-// std::runtime_error when it can't be fetched, and what gf_readDbaseFile throws (dbase_reader.h).
-bool readDbase();
 
 // The type's size category. Light for every type that no set of a category holds, also an unknown one.
 AcCategory categoryOf(std::string_view type);

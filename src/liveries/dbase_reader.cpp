@@ -1,5 +1,6 @@
 #include "liveries/dbase_reader.h"
 
+#include "core/base/download.h"
 #include "core/base/errors.h"
 #include "core/base/log.h"
 #include "core/base/paths.h"
@@ -261,6 +262,16 @@ void gf_readDbaseFile(const std::filesystem::path& path)
         throw;
     }
     std::filesystem::remove(path);
+}
+
+bool readDbase()
+{
+    const std::filesystem::path path = kInputFolder / "temp2.xml";
+    if (!fetchZippedText("dbase.zip", path)) {
+        throw std::runtime_error("data base could not be read from on-line?");
+    }
+    gf_readDbaseFile(path);
+    return true;
 }
 
 bool gf_isTrue(std::string_view text)

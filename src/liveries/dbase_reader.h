@@ -1,7 +1,7 @@
-// Reads the published document of the data base into the tables.
+// Reads the data base of the real world, which is published on the download server, into the tables.
 //
-// Worker thread, once per program run. It keeps no state but `dbase`; a failure leaves the tables as far
-// as they came.
+// Worker thread, once per program run, before any scan. It keeps no state but `dbase`; a failure leaves the
+// tables as far as they came.
 #pragma once
 
 #include <pugixml.hpp>
@@ -11,7 +11,11 @@
 
 namespace vlt {
 
-// The part of readDbase that needs no server: reads the file into `dbase` and removes it, whatever
+// Fetches the data base from the server and reads it into `dbase`. True when the tables stand. Throws
+// std::runtime_error when it can't be fetched, and what gf_readDbaseFile throws.
+bool readDbase();
+
+// The part of it that needs no server: reads the file into `dbase` and removes it, whatever
 // happens. Throws UserErrorException 60 for a file that isn't XML, and what gf_readDbaseSections throws;
 // std::filesystem::filesystem_error if the file can't be removed.
 void gf_readDbaseFile(const std::filesystem::path& path);

@@ -1,5 +1,6 @@
 #include "liveries/regcode_files.h"
 
+#include "core/base/display.h"
 #include "core/base/log.h"
 #include "core/base/paths.h"
 #include "core/base/text.h"
@@ -69,9 +70,12 @@ static bool lf_readLine(const std::filesystem::path& path, std::string_view line
 
 bool gf_readRegcodeText(const std::filesystem::path& path, std::vector<RegcodeEntry>& entries)
 {
-    std::vector<std::string> lines;
-    bool good = readExtTextFile(path, lines);
-    for (std::string_view line : lines) {
+    const ExtText text = readExtTextFile(path);
+    if (!text.forUser.empty()) {
+        showMessage(text.forUser, true);
+    }
+    bool good = text.whole;
+    for (std::string_view line : text.lines) {
         if (line.ends_with('\r')) {
             line.remove_suffix(1);
         }

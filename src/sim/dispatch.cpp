@@ -169,8 +169,8 @@ static void lf_onException(PacketReader& body)
     const uint32_t index = body.u32();
     switch (exception) {
     case 3:
-        if (!gf_isNullPosition(lf_userPosition()) && !gf_stopping()) {
-            logLine("SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID");
+        if (!gf_isNullPosition(lf_userPosition())) {
+            logLineUnlessStopping("SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID");
         }
         break;
     case 5:

@@ -1,12 +1,11 @@
-// How an aircraft in the air is configured: gear, flaps, throttle and lights by height and vertical
-// speed. Worker thread.
-#include "traffic/air_motion.h"
+#include "traffic/air_config.h"
 
 #include "sim/client.h"
 #include "sim/wire/ids.h"
-#include "traffic/commands.h"
 #include "traffic/geodesy.h"
-#include "traffic/legs.h"
+#include "traffic/leg_time.h"
+#include "traffic/object_commands.h"
+#include "traffic/stand_holding.h"
 
 namespace vlt {
 

@@ -2,10 +2,11 @@
 
 #include "core/base/log.h"
 #include "core/base/text.h"
-#include "traffic/commands.h"
+#include "traffic/air_config.h"
 #include "traffic/geodesy.h"
 #include "traffic/ground_motion.h"
-#include "traffic/legs.h"
+#include "traffic/leg_time.h"
+#include "traffic/object_commands.h"
 #include "traffic/performance.h"
 
 #include <algorithm>

@@ -5,9 +5,10 @@
 #include "core/base/talkative_log.h"
 #include "core/base/text.h"
 #include "traffic/geodesy.h"
-#include "traffic/legs.h"
+#include "traffic/leg_time.h"
+#include "traffic/object_config.h"
 #include "traffic/removal.h"
-#include "traffic/spawn.h"
+#include "traffic/stand_holding.h"
 #include "traffic/stand_moves.h"
 #include "traffic/stays.h"
 
@@ -20,15 +21,6 @@ static LatLon lf_place(const ParkPos& stand)
     return {stand.lat, stand.lon};
 }
 
-std::string gf_standName(const StaticAc& ac)
-{
-    if (ac.standId == kNoStand) {
-        return "sid==0?";
-    }
-    const ParkPos* stand = gf_stand(ac.standId);
-    return stand != nullptr ? stand->id : "unknown";
-}
-
 // Another live aircraft that is parked at this stand, nullptr for none.
 static LiveAc* lf_otherParkedAt(uint32_t standId, const LiveAc& ac)
 {
@@ -37,27 +29,6 @@ static LiveAc* lf_otherParkedAt(uint32_t standId, const LiveAc& ac)
                &other != &ac;
     });
     return found == liveAcs.end() ? nullptr : &*found;
-}
-
-bool gf_wouldTouch(double halfSpan, const ParkPos& stand, double otherHalfSpan, const ParkPos& otherStand)
-{
-    constexpr double kMargin = 1.1;
-    return (halfSpan + otherHalfSpan) * kMargin >= distNm(lf_place(stand), lf_place(otherStand));
-}
-
-bool gf_keptForUser(const ParkPos& stand)
-{
-    return !stand.id.empty() &&
-           (stand.id == reservedStand || stand.id == nearestStandId({userNow.lat, userNow.lon}));
-}
-
-void gf_takeStand(LiveAc& ac, const ParkPos& stand)
-{
-    ac.standLat = stand.lat;
-    ac.standLon = stand.lon;
-    ac.standHeading = stand.heading;
-    ac.standId = stand.index;
-    ac.soft = stand.cargo;
 }
 
 // --- the way is cleared

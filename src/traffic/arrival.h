@@ -12,18 +12,6 @@
 
 namespace vlt {
 
-// The id of the stand of an aircraft, "unknown" if it isn't known, "sid==0?" if it has none.
-std::string gf_standName(const StaticAc& ac);
-
-// The two aircraft would touch on these stands.
-bool gf_wouldTouch(double halfSpan, const ParkPos& stand, double otherHalfSpan, const ParkPos& otherStand);
-
-// The stand is the reserved one, or the one at which the user is.
-bool gf_keptForUser(const ParkPos& stand);
-
-// The aircraft takes the stand: its place becomes the aircraft's.
-void gf_takeStand(LiveAc& ac, const ParkPos& stand);
-
 // From now on the aircraft is parked, and its reports are watched for a departure.
 void gf_restartStandWatch(LiveAc& ac);
 

@@ -4,9 +4,9 @@
 #include "core/base/talkative_log.h"
 #include "core/base/text.h"
 #include "sim/user_aircraft.h"
-#include "traffic/arrival.h"
 #include "traffic/geodesy.h"
 #include "traffic/removal.h"
+#include "traffic/stand_holding.h"
 
 #include <algorithm>
 #include <cmath>

@@ -7,13 +7,14 @@
 #include "core/base/run_state.h"
 #include "core/base/text.h"
 #include "sim/client.h"
-#include "traffic/air_motion.h"
+#include "traffic/create_request.h"
 #include "traffic/geodesy.h"
 #include "traffic/identity.h"
 #include "traffic/intake.h"
 #include "traffic/legs.h"
 #include "traffic/removal.h"
 #include "traffic/spawn.h"
+#include "traffic/step_motion.h"
 
 #include <algorithm>
 

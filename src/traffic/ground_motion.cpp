@@ -5,9 +5,9 @@
 #include "sim/client.h"
 #include "sim/wire/ids.h"
 #include "traffic/arrival.h"
-#include "traffic/commands.h"
 #include "traffic/geodesy.h"
-#include "traffic/legs.h"
+#include "traffic/leg_time.h"
+#include "traffic/object_commands.h"
 #include "traffic/runway.h"
 #include "traffic/stand_moves.h"
 #include "traffic/taxi_curve.h"
@@ -28,22 +28,6 @@ static double lf_turnToDeg(const LiveAc& ac, double direction)
 }
 
 // --- midpoints
-
-void insertMidpoint(LiveAc& ac)
-{
-    const PosSample& front = ac.stream[0];
-    const PosSample& next = ac.stream[1];
-    PosSample mid = front;
-    mid.lat = (front.lat + next.lat) / 2;
-    mid.lon = std::remainder(front.lon + std::remainder(next.lon - front.lon, 360.0) / 2, 360.0);
-    mid.speed = (front.speed + next.speed) / 2;
-    mid.altitude = (front.altitude + next.altitude) / 2;
-    mid.time = static_cast<int32_t>((int64_t{front.time} + next.time) / 2);
-    mid.airborne = mid.altitude > 0;
-    mid.altitude = std::max(mid.altitude, 0.0);
-    mid.stationary = false;
-    ac.stream.insert(ac.stream.begin() + 1, mid);
-}
 
 void maybeMidpoint(LiveAc& ac)
 {

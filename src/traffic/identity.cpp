@@ -6,9 +6,9 @@
 #include "core/base/text.h"
 #include "liveries/database.h"
 #include "liveries/regcodes.h"
-#include "traffic/arrival.h"
 #include "traffic/geodesy.h"
 #include "traffic/removal.h"
+#include "traffic/stand_holding.h"
 
 #include <algorithm>
 

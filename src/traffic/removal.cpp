@@ -6,45 +6,18 @@
 #include "core/base/run_state.h"
 #include "core/base/text.h"
 #include "liveries/matching.h"
+#include "traffic/create_request.h"
 #include "traffic/flight_plan.h"
 #include "traffic/geodesy.h"
-#include "traffic/spawn.h"
+#include "traffic/stand_holding.h"
 
 #include <algorithm>
 
 namespace vlt {
 
-// Takes the aircraft's request back while it still waits for its turn.
-static bool lf_cancelCreation(std::deque<CreateRequest>& queue, const StaticAc& ac)
-{
-    const std::string tailNumber = gf_tailNumber(ac.callsign);
-    const auto found = std::ranges::find_if(queue, [&](const CreateRequest& request) {
-        return request.tailNumber == tailNumber && request.hexid == ac.hexid;
-    });
-    if (found == queue.end()) {
-        return false;
-    }
-    queue.erase(found);
-    return true;
-}
-
-static bool lf_cancelSpawn(uint32_t hexid)
-{
-    return std::erase(spawnStack, hexid) > 0;
-}
-
-void gf_releaseStand(const StaticAc& ac)
-{
-    ParkPos* stand = gf_stand(ac.standId);
-    if (stand != nullptr && ac.hexid > kLastStaticHexid) {
-        stand->occupiedByLive = false;
-    }
-}
-
 static void lf_removeWhileAdding(StaticAc& ac)
 {
-    if (lf_cancelSpawn(ac.hexid) || lf_cancelCreation(liveCreateQueue, ac) ||
-        lf_cancelCreation(staticCreateQueue, ac)) {
+    if (gf_takeRequestBack(ac)) {
         ac.eraseCancelled = true;
         gf_releaseStand(ac);  // no object will ever stand there
     } else {

@@ -14,9 +14,6 @@ namespace vlt {
 // is a literal, a few words.
 void removeAircraftFromSim(StaticAc& ac, std::string_view why);
 
-// The stand of a live aircraft isn't held by it any more.
-void gf_releaseStand(const StaticAc& ac);
-
 // The simulator confirms that the object is gone: erases its record, or brings it back to the buffer if
 // it only changes its livery.
 void onObjectRemoved(uint32_t objectid);

@@ -4,9 +4,9 @@
 #include "core/base/text.h"
 #include "sim/client.h"
 #include "sim/wire/ids.h"
-#include "traffic/commands.h"
 #include "traffic/geodesy.h"
-#include "traffic/legs.h"
+#include "traffic/leg_time.h"
+#include "traffic/object_commands.h"
 #include "traffic/performance.h"
 
 #include <algorithm>

@@ -297,35 +297,4 @@ void spawnLiveAc(LiveAc& ac)
     }
 }
 
-// --- the request
-
-std::string gf_tailNumber(std::string_view callsign)
-{
-    return std::string(callsign.substr(0, kSimTailNumberWidth - 1));
-}
-
-void makeCreateRequest(uint32_t hexid)
-{
-    const LiveAc* ac = gf_liveByHexid(hexid);
-    if (ac == nullptr) {
-        return;
-    }
-    if (ac->callsign.empty()) {
-        logLine(format("{} {} objectid = 0?", "operator ()", logName(*ac)));
-        return;
-    }
-    CreateRequest request;
-    request.lat = ac->lat;
-    request.lon = ac->lon;
-    request.altitude = ac->alt;
-    request.pitch = ac->pitch * kDegPerRad;
-    request.bank = ac->bank * kDegPerRad;
-    request.heading = ac->hdg * kDegPerRad;
-    request.onGround = !ac->stream.front().airborne;
-    request.tailNumber = gf_tailNumber(ac->callsign);
-    request.title = ac->title;
-    request.hexid = hexid;
-    liveCreateQueue.push_back(std::move(request));
-}
-
 }  // namespace vlt

@@ -2,10 +2,10 @@
 
 #include "core/base/talkative_log.h"
 #include "core/base/text.h"
-#include "traffic/arrival.h"
 #include "traffic/geodesy.h"
 #include "traffic/identity.h"
 #include "traffic/removal.h"
+#include "traffic/stand_holding.h"
 
 #include <algorithm>
 #include <string>

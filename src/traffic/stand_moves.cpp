@@ -4,11 +4,10 @@
 #include "core/base/text.h"
 #include "sim/client.h"
 #include "sim/wire/ids.h"
-#include "traffic/arrival.h"
-#include "traffic/commands.h"
 #include "traffic/geodesy.h"
-#include "traffic/ground_motion.h"
-#include "traffic/legs.h"
+#include "traffic/leg_time.h"
+#include "traffic/object_commands.h"
+#include "traffic/stand_holding.h"
 
 #include <algorithm>
 #include <cmath>

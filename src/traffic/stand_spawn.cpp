@@ -3,8 +3,9 @@
 #include "airports/stand_search.h"
 #include "traffic/arrival.h"
 #include "traffic/geodesy.h"
-#include "traffic/legs.h"
+#include "traffic/leg_time.h"
 #include "traffic/stand_claims.h"
+#include "traffic/stand_holding.h"
 #include "traffic/stays.h"
 
 #include <algorithm>

@@ -4,8 +4,8 @@
 #include "core/base/parameters.h"
 #include "core/base/talkative_log.h"
 #include "core/base/text.h"
-#include "traffic/arrival.h"
 #include "traffic/removal.h"
+#include "traffic/stand_holding.h"
 
 #include <algorithm>
 

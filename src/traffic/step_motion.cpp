@@ -1,13 +1,11 @@
-// One tick of motion: sums only, no bearing or distance. Take-off, flare and touchdown are the places
-// where the engine knows better than the reports. Worker thread.
-#include "traffic/air_motion.h"
+#include "traffic/step_motion.h"
 
 #include "core/base/log.h"
 #include "core/base/text.h"
 #include "sim/client.h"
 #include "sim/wire/ids.h"
-#include "traffic/commands.h"
 #include "traffic/geodesy.h"
+#include "traffic/object_commands.h"
 #include "traffic/taxi_curve.h"
 
 #include <algorithm>

@@ -4,7 +4,7 @@
 #include "core/base/text.h"
 #include "traffic/arrival.h"
 #include "traffic/geodesy.h"
-#include "traffic/legs.h"
+#include "traffic/leg_time.h"
 #include "traffic/removal.h"
 
 #include <algorithm>

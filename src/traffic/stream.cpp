@@ -4,9 +4,10 @@
 #include "core/base/parameters.h"
 #include "core/base/text.h"
 #include "traffic/geodesy.h"
-#include "traffic/legs.h"
+#include "traffic/leg_time.h"
 #include "traffic/removal.h"
 #include "traffic/runway.h"
+#include "traffic/stand_holding.h"
 #include "traffic/stops.h"
 
 #include <algorithm>

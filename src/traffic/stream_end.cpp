@@ -3,8 +3,8 @@
 #include "core/base/parameters.h"
 #include "traffic/arrival.h"
 #include "traffic/geodesy.h"
-#include "traffic/legs.h"
-#include "traffic/removal.h"
+#include "traffic/leg_time.h"
+#include "traffic/stand_holding.h"
 
 #include <algorithm>
 

@@ -78,15 +78,6 @@ void gf_setSt(LiveAc& ac, StState st)
     }
 }
 
-void gf_clearStandFields(StaticAc& ac)
-{
-    ac.standLat = 0;
-    ac.standLon = 0;
-    ac.standHeading = 0;
-    ac.standId = kNoStand;
-    ac.soft = false;
-}
-
 template <typename Fits>
 static LiveAc* lf_find(Fits fits)
 {

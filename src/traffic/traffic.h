@@ -326,9 +326,6 @@ std::string gf_failedKey(const AcBase& ac);
 // Changes the phase and keeps the old one in prevSt; nothing happens if it is the same.
 void gf_setSt(LiveAc& ac, StState st);
 
-// The aircraft has no stand any more.
-void gf_clearStandFields(StaticAc& ac);
-
 // The aircraft with this hexid, object id, or call sign (not removingfromsim); nullptr if there is none.
 // The pointer is good until the next call that may add or erase an aircraft.
 LiveAc* gf_liveByHexid(uint32_t hexid);

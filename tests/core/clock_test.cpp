@@ -1,4 +1,4 @@
-#include "core/base/clock.h"
+#include "core/base/hours.h"
 
 #include <gtest/gtest.h>
 

@@ -63,13 +63,13 @@ TEST_F(FilesTest, readsLinesOfEveryEncoding)
     };
     for (const auto& c : cases) {
         write("text.txt", c.bytes);
-        std::vector<std::string> lines;
-        EXPECT_EQ(c.read, readExtTextFile("text.txt", lines)) << c.what;
-        EXPECT_EQ(c.lines, lines) << c.what;
+        const ExtText text = readExtTextFile("text.txt");
+        EXPECT_EQ(c.read, text.whole) << c.what;
+        EXPECT_EQ(c.read, text.forUser.empty()) << c.what;
+        EXPECT_EQ(c.lines, text.lines) << c.what;
     }
-    std::vector<std::string> none;
-    EXPECT_FALSE(readExtTextFile("missing.txt", none));
-    EXPECT_FALSE(readExtTextFile(".", none)) << "a folder is no text";
+    EXPECT_FALSE(readExtTextFile("missing.txt").whole);
+    EXPECT_FALSE(readExtTextFile(".").whole) << "a folder is no text";
 }
 
 TEST_F(FilesTest, theLogKeepsTwoOlderOnes)
@@ -109,12 +109,14 @@ TEST_F(FilesTest, archivesGiveTheirEntriesAndRefuseWhatIsNone)
 TEST(Version, isReadFromLineAndJson)
 {
     const VersionData expected{1, 2, 3};
-    EXPECT_EQ(expected, gf_parseVersion("1.2.3"));
-    EXPECT_EQ(expected, gf_parseVersion("1-2-3"));
-    EXPECT_EQ(expected, gf_parseVersion(R"({"major":1,"minor":2,"patch":3})"));
-    EXPECT_EQ((VersionData{7, 0, 0}), gf_parseVersion(R"({"major":7})"));
+    EXPECT_EQ(expected, gf_parseVersion("1.2.3").version);
+    EXPECT_EQ(expected, gf_parseVersion("1-2-3").version);
+    EXPECT_EQ(expected, gf_parseVersion(R"({"major":1,"minor":2,"patch":3})").version);
+    EXPECT_EQ((VersionData{7, 0, 0}), gf_parseVersion(R"({"major":7})").version);
     for (const char* bad : {"", "1.2", "99999999999.0.0", "{", "[1]", "null"}) {
-        EXPECT_EQ(VersionData{}, gf_parseVersion(bad)) << bad;
+        const ParsedVersion parsed = gf_parseVersion(bad);
+        EXPECT_EQ(VersionData{}, parsed.version) << bad;
+        EXPECT_EQ(*bad == '\0', parsed.failed.empty()) << bad;
     }
     EXPECT_LT((VersionData{10, 9, 99}), kProgramVersion);
     EXPECT_LT(kProgramVersion, (VersionData{10, 10, 11}));

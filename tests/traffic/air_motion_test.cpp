@@ -6,8 +6,11 @@
 #include "sim/client.h"
 #include "sim/wire/ids.h"
 #include "support/aircraft.h"
+#include "traffic/air_config.h"
 #include "traffic/geodesy.h"
+#include "traffic/leg_time.h"
 #include "traffic/performance.h"
+#include "traffic/step_motion.h"
 #include "traffic/stream.h"
 
 #include <gtest/gtest.h>

@@ -3,12 +3,15 @@
 
 #include "airports/loading.h"
 #include "sim/wire/ids.h"
-#include "traffic/air_motion.h"
+#include "traffic/arrival.h"
 #include "traffic/geodesy.h"
 #include "traffic/ground_place.h"
+#include "traffic/leg_time.h"
 #include "traffic/legs.h"
 #include "traffic/runway.h"
-#include "traffic/stand_moves.h"
+#include "traffic/stand_holding.h"
+#include "traffic/stays.h"
+#include "traffic/step_motion.h"
 #include "traffic/taxi_curve.h"
 
 #include <gtest/gtest.h>

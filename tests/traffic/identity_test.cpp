@@ -8,7 +8,6 @@
 #include "sim/user_aircraft.h"
 #include "support/aircraft.h"
 #include "support/world.h"
-#include "traffic/arrival.h"
 #include "traffic/collision.h"
 #include "traffic/geodesy.h"
 #include "traffic/removal.h"

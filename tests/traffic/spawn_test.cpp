@@ -8,7 +8,10 @@
 #include "sim/wire/ids.h"
 #include "support/aircraft.h"
 #include "support/world.h"
+#include "traffic/create_request.h"
+#include "traffic/object_config.h"
 #include "traffic/removal.h"
+#include "traffic/sim_answers.h"
 
 #include <gtest/gtest.h>
 

@@ -2,9 +2,10 @@
 #include "traffic/stream.h"
 
 #include "sim/wire/ids.h"
+#include "traffic/arrival.h"
 #include "traffic/geodesy.h"
 #include "traffic/ground_place.h"
-#include "traffic/stops.h"
+#include "traffic/stand_holding.h"
 #include "traffic/stream_end.h"
 
 #include <gtest/gtest.h>

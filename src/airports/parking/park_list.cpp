@@ -61,6 +61,15 @@ static bool lf_readLine(std::string_view line, KnownCodes& known)
     return true;
 }
 
+static ExtText lf_text()
+{
+    ExtText text = readExtTextFile(kMyParkAirportsFile);
+    if (!text.forUser.empty()) {
+        showMessage(text.forUser, true);
+    }
+    return text;
+}
+
 static bool lf_readFile(KnownCodes& known)
 {
     constexpr size_t kMany = 3000;
@@ -69,9 +78,9 @@ static bool lf_readFile(KnownCodes& known)
         logLine(gf_shown(kMyParkAirportsFile) + " not found");
         return true;
     }
-    std::vector<std::string> lines;
-    bool clean = readExtTextFile(kMyParkAirportsFile, lines);
-    for (const std::string& line : lines) {
+    const ExtText text = lf_text();
+    bool clean = text.whole;
+    for (const std::string& line : text.lines) {
         if (!gf_trimmed(line).empty()) {
             clean = lf_readLine(line, known) && clean;
         }
@@ -160,8 +169,8 @@ static void lf_store(const ParkListEntry& entry)
         }
         return;
     }
-    std::vector<std::string> lines;
-    if (!readExtTextFile(kMyParkAirportsFile, lines)) {
+    auto [lines, whole, forUser] = lf_text();
+    if (!whole) {
         return;  // what can't be read isn't overwritten
     }
     const auto old =

@@ -5,11 +5,9 @@
 #pragma once
 
 #include <atomic>
-#include <bitset>
 #include <compare>
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 namespace vlt {
 
@@ -22,12 +20,8 @@ struct HourStamp {
 
 inline constexpr size_t kSlotsPerDay = 48;
 
-// A set of half hours of the day; bit n begins at n times 30 minutes.
-using HoursSet = std::bitset<kSlotsPerDay>;
-
-inline std::atomic<bool> simTimeMode{false};  // [atomic] worker: the traffic clock runs on the feed's time
-inline std::atomic<double> lastTimestamp{
-    0.0};  // [atomic] Traffic Reader: last line's time stamp, s since 1970
+inline std::atomic<bool> simTimeMode{false};    // [atomic] worker: the traffic clock runs on the feed's time
+inline std::atomic<double> lastTimestamp{0.0};  // [atomic] Traffic Reader: of the last line, s since 1970
 
 // Now in UTC as "Sun Nov 22 21:16:31 2026".
 std::string nowString();
@@ -43,10 +37,5 @@ int64_t gf_trafficTime();
 HourStamp weekHourStamp();
 // The same for a given time.
 HourStamp gf_hourStamp(int64_t epochSeconds);
-
-// Reads a comma-separated list of slots into `hours`. An item that is no slot is logged and left out.
-void hoursToSet(std::string_view text, HoursSet& hours);
-// The set as a comma-separated list in rising order.
-std::string setToHours(const HoursSet& hours);
 
 }  // namespace vlt

@@ -1,7 +1,6 @@
 // The log: one file, one line per event, each flushed so that a crash leaves it complete.
 //
 // Any thread; every line takes logMutex. Before `logStart`, and after `gf_logEnd`, lines go nowhere.
-// Texts that many lines are lost on shutdown for go through `logLineUnlessStopping`.
 #pragma once
 
 #include <string>

@@ -1,5 +1,6 @@
 #include "core/base/parameters.h"
 
+#include "core/base/display.h"
 #include "core/base/log.h"
 #include "core/base/paths.h"
 #include "core/base/text.h"
@@ -232,7 +233,10 @@ static void lf_migrate()
         return;
     }
     const std::string storedText = PROGRAM_VERSION.value;
-    const VersionData stored = gf_parseVersion(storedText);
+    const auto [stored, failed] = gf_parseVersion(storedText);
+    if (!failed.empty()) {
+        showMessage(format("VersionData exception: {}", failed), true);
+    }
     if (stored != kProgramVersion) {
         PROGRAM_VERSION.value = own;
         saveParameter(PROGRAM_VERSION);

@@ -1,6 +1,5 @@
 #include "core/base/text_files.h"
 
-#include "core/base/display.h"
 #include "core/base/log.h"
 #include "core/base/paths.h"
 #include "core/base/text.h"
@@ -15,13 +14,6 @@
 namespace vlt {
 
 static constexpr char16_t kByteOrderMark = 0xFEFF;
-
-std::string_view gf_encodingName(Encoding encoding)
-{
-    static constexpr std::array<std::string_view, 6> kNames{
-        "ANSI", "Unicode", "Unicode_big_endian", "UTF8_with_BOM", "UTF8_without_BOM", "none_found"};
-    return kNames.at(static_cast<size_t>(encoding));
-}
 
 Encoding detectEncoding(const std::filesystem::path& path)
 {
@@ -87,43 +79,49 @@ static std::optional<std::string> lf_utf8(std::u16string_view line)
     return text;
 }
 
-static void lf_pushLine(std::vector<std::string>& lines, std::string line)
+static void lf_pushLine(ExtText& text, std::string line)
 {
     if (line.ends_with('\r')) {
         line.pop_back();
     }
-    lines.push_back(std::move(line));
+    text.lines.push_back(std::move(line));
 }
 
-static bool lf_read16(std::ifstream& file, bool bigEndian, std::vector<std::string>& lines)
+// Moves a line of UTF-16 to the text. False if it is none, which the text then tells.
+static bool lf_push16(ExtText& text, std::u16string& line)
+{
+    std::optional<std::string> converted = lf_utf8(line);
+    line.clear();
+    text.whole = converted.has_value();
+    if (!text.whole) {
+        text.forUser = "conversion from error from utf16 to utf8, code: lone surrogate";
+        return false;
+    }
+    lf_pushLine(text, std::move(*converted));
+    return true;
+}
+
+static void lf_read16(std::ifstream& file, bool bigEndian, ExtText& text)
 {
     std::u16string line;
-    const auto finish = [&lines, &line] {
-        auto text = lf_utf8(line);
-        if (!text) {
-            showMessage(format("conversion from error from utf16 to utf8, code: {}", "lone surrogate"), true);
-            return false;
-        }
-        lf_pushLine(lines, std::move(*text));
-        line.clear();
-        return true;
-    };
     std::array<unsigned char, 2> bytes{};
     while (file.read(reinterpret_cast<char*>(bytes.data()), bytes.size())) {
         const auto unit =
             static_cast<char16_t>(bigEndian ? bytes[0] << 8 | bytes[1] : bytes[1] << 8 | bytes[0]);
         if (unit == u'\n') {
-            if (!finish()) {
-                return false;
+            if (!lf_push16(text, line)) {
+                return;
             }
         } else if (unit != kByteOrderMark) {
             line += unit;
         }
     }
-    return line.empty() || finish();
+    if (!line.empty()) {
+        lf_push16(text, line);
+    }
 }
 
-static void lf_read8(std::ifstream& file, bool hasMark, std::vector<std::string>& lines)
+static void lf_read8(std::ifstream& file, bool hasMark, ExtText& text)
 {
     constexpr size_t kMarkBytes = 3;
     std::string line;
@@ -133,32 +131,40 @@ static void lf_read8(std::ifstream& file, bool hasMark, std::vector<std::string>
             line.erase(0, kMarkBytes);
         }
         first = false;
-        lf_pushLine(lines, line);
+        lf_pushLine(text, line);
     }
 }
 
-bool readExtTextFile(const std::filesystem::path& path, std::vector<std::string>& lines)
+static void lf_read(const std::filesystem::path& path, ExtText& text)
 {
+    const Encoding encoding = detectEncoding(path);
+    std::ifstream file(path, std::ios::binary);
+    switch (encoding) {
+    case Encoding::none_found:
+        text.whole = false;
+        break;
+    case Encoding::Unicode:
+    case Encoding::Unicode_big_endian:
+        lf_read16(file, encoding == Encoding::Unicode_big_endian, text);
+        break;
+    case Encoding::UTF8_with_BOM:
+    case Encoding::ANSI:
+    case Encoding::UTF8_without_BOM:
+        lf_read8(file, encoding == Encoding::UTF8_with_BOM, text);
+        break;
+    }
+}
+
+ExtText readExtTextFile(const std::filesystem::path& path)
+{
+    ExtText text;
     try {
-        const Encoding encoding = detectEncoding(path);
-        std::ifstream file(path, std::ios::binary);
-        switch (encoding) {
-        case Encoding::none_found:
-            return false;
-        case Encoding::Unicode:
-        case Encoding::Unicode_big_endian:
-            return lf_read16(file, encoding == Encoding::Unicode_big_endian, lines);
-        case Encoding::UTF8_with_BOM:
-        case Encoding::ANSI:
-        case Encoding::UTF8_without_BOM:
-            lf_read8(file, encoding == Encoding::UTF8_with_BOM, lines);
-            return true;
-        }
-        return false;
+        lf_read(path, text);
     } catch (const std::exception& e) {
         logLine(format("gf_readExtTextFileToStringVector {}", e.what()));
-        return false;
+        text.whole = false;
     }
+    return text;
 }
 
 }  // namespace vlt

@@ -5,21 +5,22 @@
 
 #include <filesystem>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace vlt {
 
 enum class Encoding { ANSI, Unicode, Unicode_big_endian, UTF8_with_BOM, UTF8_without_BOM, none_found };
 
-// The encoding's name for the log.
-std::string_view gf_encodingName(Encoding encoding);
-
 // By the file's first two bytes. A file that can't be opened is logged and gives none_found.
 Encoding detectEncoding(const std::filesystem::path& path);
 
-// Reads the file as lines of UTF-8 text, without line ends, into `lines`. False when it can't be read;
-// `lines` then holds what came before.
-bool readExtTextFile(const std::filesystem::path& path, std::vector<std::string>& lines);
+// A text file as read.
+struct ExtText {
+    std::vector<std::string> lines;  // in UTF-8, without line ends; of a file that breaks off, those before
+    bool whole = true;               // false: it couldn't be read, or not to its end
+    std::string forUser;             // what the user should read about that; empty: the log has it all
+};
+
+ExtText readExtTextFile(const std::filesystem::path& path);
 
 }  // namespace vlt

@@ -1,6 +1,5 @@
 #include "core/base/version.h"
 
-#include "core/base/display.h"
 #include "core/base/text.h"
 
 #include <nlohmann/json.hpp>
@@ -26,7 +25,7 @@ static int32_t lf_number(const std::string& digits)
     }
 }
 
-VersionData gf_parseVersion(const std::string& text)
+ParsedVersion gf_parseVersion(const std::string& text)
 {
     if (text.empty()) {
         return {};
@@ -41,13 +40,12 @@ VersionData gf_parseVersion(const std::string& text)
         static const std::regex kThreeNumbers(R"((\d+).(\d+).(\d+))");
         std::smatch groups;
         if (std::regex_match(text, groups, kThreeNumbers)) {
-            return {lf_number(groups[1]), lf_number(groups[2]), lf_number(groups[3])};
+            return {{lf_number(groups[1]), lf_number(groups[2]), lf_number(groups[3])}, {}};
         }
         const auto json = nlohmann::json::parse(text);
-        return {json.value("major", 0), json.value("minor", 0), json.value("patch", 0)};
+        return {{json.value("major", 0), json.value("minor", 0), json.value("patch", 0)}, {}};
     } catch (const std::exception& e) {
-        showMessage(format("{} exception: {}", "VersionData", e.what()), true);
-        return {};
+        return {{}, e.what()};
     }
 }
 

@@ -21,8 +21,14 @@ extern const VersionData kProgramVersion;
 // "{}.{}.{}"
 std::string gf_text(const VersionData& version);
 
+// What a text told of a version.
+struct ParsedVersion {
+    VersionData version;
+    std::string failed;  // why it couldn't be read; empty when it could
+};
+
 // Three numbers with one character between each, or a JSON object with the keys major, minor, patch. An
-// empty text gives no version; anything else that can't be read is shown to the user and gives none.
-VersionData gf_parseVersion(const std::string& text);
+// empty text gives no version.
+ParsedVersion gf_parseVersion(const std::string& text);
 
 }  // namespace vlt

@@ -8,6 +8,7 @@
 
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 namespace vlt {
 
@@ -62,19 +63,6 @@ void gf_addMeta(pugi::xml_document& document)
         info.append_attribute("name").set_value(name);
         info.append_attribute("value").set_value(value.c_str());
     }
-}
-
-std::map<std::string, std::string> gf_readMeta(const pugi::xml_document& document)
-{
-    std::map<std::string, std::string> infos;
-    const pugi::xml_node meta = document.child("meta");
-    if (!meta) {
-        logLine("meta data incorrect?");
-    }
-    for (const pugi::xml_node& info : meta.children("info")) {
-        infos.emplace(info.attribute("name").as_string(), info.attribute("value").as_string());
-    }
-    return infos;
 }
 
 }  // namespace vlt

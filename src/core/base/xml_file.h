@@ -6,8 +6,7 @@
 #include <pugixml.hpp>
 
 #include <filesystem>
-#include <map>
-#include <string>
+#include <string_view>
 
 namespace vlt {
 
@@ -16,9 +15,6 @@ bool saveXml(const pugi::xml_document& document, const std::filesystem::path& pa
 
 // Appends the standard `meta` section.
 void gf_addMeta(pugi::xml_document& document);
-
-// The `info` elements of a document's `meta` section, name to value. No section is logged and gives none.
-std::map<std::string, std::string> gf_readMeta(const pugi::xml_document& document);
 
 // Writes `text` beside `path` and renames it. False on failure.
 bool gf_replaceFile(const std::filesystem::path& path, std::string_view text);

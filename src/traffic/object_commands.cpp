@@ -1,4 +1,4 @@
-#include "traffic/commands.h"
+#include "traffic/object_commands.h"
 
 #include "sim/client.h"
 #include "sim/wire/ids.h"

@@ -1,0 +1,68 @@
+#include "traffic/create_request.h"
+
+#include "core/base/log.h"
+#include "core/base/text.h"
+#include "sim/wire/simconnect.h"
+#include "traffic/geodesy.h"
+
+#include <algorithm>
+#include <deque>
+#include <utility>
+
+namespace vlt {
+
+std::string gf_tailNumber(std::string_view callsign)
+{
+    return std::string(callsign.substr(0, kSimTailNumberWidth - 1));
+}
+
+void makeCreateRequest(uint32_t hexid)
+{
+    const LiveAc* ac = gf_liveByHexid(hexid);
+    if (ac == nullptr) {
+        return;
+    }
+    if (ac->callsign.empty()) {
+        logLine(format("{} {} objectid = 0?", "operator ()", logName(*ac)));
+        return;
+    }
+    CreateRequest request;
+    request.lat = ac->lat;
+    request.lon = ac->lon;
+    request.altitude = ac->alt;
+    request.pitch = ac->pitch * kDegPerRad;
+    request.bank = ac->bank * kDegPerRad;
+    request.heading = ac->hdg * kDegPerRad;
+    request.onGround = !ac->stream.front().airborne;
+    request.tailNumber = gf_tailNumber(ac->callsign);
+    request.title = ac->title;
+    request.hexid = hexid;
+    liveCreateQueue.push_back(std::move(request));
+}
+
+// Takes the aircraft's request back while it still waits for its turn.
+static bool lf_cancelCreation(std::deque<CreateRequest>& queue, const StaticAc& ac)
+{
+    const std::string tailNumber = gf_tailNumber(ac.callsign);
+    const auto found = std::ranges::find_if(queue, [&](const CreateRequest& request) {
+        return request.tailNumber == tailNumber && request.hexid == ac.hexid;
+    });
+    if (found == queue.end()) {
+        return false;
+    }
+    queue.erase(found);
+    return true;
+}
+
+static bool lf_cancelSpawn(uint32_t hexid)
+{
+    return std::erase(spawnStack, hexid) > 0;
+}
+
+bool gf_takeRequestBack(const StaticAc& ac)
+{
+    return lf_cancelSpawn(ac.hexid) || lf_cancelCreation(liveCreateQueue, ac) ||
+           lf_cancelCreation(staticCreateQueue, ac);
+}
+
+}  // namespace vlt

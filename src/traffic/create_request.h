@@ -1,0 +1,22 @@
+// The request for an aircraft's object, from the stack of those that are wanted to the queue that the cycle
+// empties at its pace. Worker thread; the state is `spawnStack` and the two queues.
+#pragma once
+
+#include "traffic/traffic.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace vlt {
+
+// A call sign as it fits the simulator's tail number.
+std::string gf_tailNumber(std::string_view callsign);
+
+// Builds the request for the live aircraft's object and queues it.
+void makeCreateRequest(uint32_t hexid);
+
+// Takes the aircraft's request back while it still waits for its turn. False if the simulator has it already.
+bool gf_takeRequestBack(const StaticAc& ac);
+
+}  // namespace vlt
