@@ -42,6 +42,8 @@ struct StandOption {
 // More stands than any airport has; a file beyond is refused.
 inline constexpr size_t kMostStands = 5000;
 
+inline constexpr uint32_t kNobody = 0;  // no live aircraft has this hexid
+
 // A stand.
 struct ParkPos {
     std::vector<StandOption> options;  // in file order
@@ -49,14 +51,14 @@ struct ParkPos {
     std::vector<uint32_t> neighbours;  // indices of the stands whose circles reach this one, ascending
     double lat = 0;
     double lon = 0;
-    double heading = 0;           // of a parked aircraft, true
-    double radius = 0;            // of the circle that the parked aircraft may fill
-    uint32_t index = kNoStand;    // from 1, the place in the list
-    bool manual = false;          // added by hand in a learned file
-    bool radiusChanged = false;   // learned; overrides the archived radius
-    bool cargoChanged = false;    // learned; overrides the archived flag
-    bool occupiedByLive = false;  // a live aircraft holds it
-    bool reserved = false;        // closed to static parking: for the user
+    double heading = 0;                 // of a parked aircraft, true
+    double radius = 0;                  // of the circle that the parked aircraft may fill
+    uint32_t index = kNoStand;          // from 1, the place in the list
+    uint32_t occupiedByLive = kNobody;  // hexid of the live aircraft that has a claim to it
+    bool manual = false;                // added by hand in a learned file
+    bool radiusChanged = false;         // learned; overrides the archived radius
+    bool cargoChanged = false;          // learned; overrides the archived flag
+    bool reserved = false;              // closed to static parking: for the user
     bool cargo = false;
     bool ramp = false;  // not a gate
     bool heli = false;

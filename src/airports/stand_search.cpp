@@ -123,7 +123,7 @@ uint32_t standAtPosition(LatLon position, const LiveAc& ac, double searchRadius,
 {
     Reached reached;
     for (ParkPos& stand : parkApf.stands) {
-        if (!stand.occupiedByLive) {
+        if (stand.occupiedByLive == kNobody) {
             lf_look(stand, distNm(position, lf_place(stand)), ac, searchRadius, allowFar, reached);
         }
     }

@@ -85,7 +85,7 @@ static void lf_beginApproach(LiveAc& ac)
     standChangeList.push_back(ac.hexid);
     ac.approach = true;
     ac.climbConfigured = false;
-    gf_clearStandFields(ac);
+    gf_forgetStand(ac);
     ac.phaseTicks = 1;
     gf_widenTimeLimits(ac);
 }

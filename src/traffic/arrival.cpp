@@ -16,26 +16,11 @@
 
 namespace vlt {
 
-static LatLon lf_place(const ParkPos& stand)
-{
-    return {stand.lat, stand.lon};
-}
-
-// Another live aircraft that is parked at this stand, nullptr for none.
-static LiveAc* lf_otherParkedAt(uint32_t standId, const LiveAc& ac)
-{
-    const auto found = std::ranges::find_if(liveAcs, [&](const LiveAc& other) {
-        return other.standId == standId && other.st == StState::Parked && other.fs == FsState::Active &&
-               &other != &ac;
-    });
-    return found == liveAcs.end() ? nullptr : &*found;
-}
-
 // --- the way is cleared
 
 static void lf_removeHolder(const LiveAc& ac, const ParkPos& stand)
 {
-    if (LiveAc* holder = lf_otherParkedAt(stand.index, ac)) {
+    if (LiveAc* holder = gf_liveHolder(stand.index, kParked, &ac)) {
         logTalkative(
             format("{:8}: {:8} removed, {} wants to park there", stand.id, holder->callsign, ac.callsign));
         removeAircraftFromSim(*holder, "its stand is wanted");
@@ -46,10 +31,11 @@ static void lf_removeNeighbours(const LiveAc& ac, const ParkPos& stand)
 {
     for (const uint32_t index : stand.neighbours) {
         const ParkPos* neighbour = gf_stand(index);
+        if (neighbour == nullptr || gf_isNullPosition({neighbour->lat, neighbour->lon})) {
+            continue;
+        }
         for (LiveAc& other : liveAcs) {
-            const bool holds = other.standId == index && other.fs == FsState::Active &&
-                               (other.st == StState::Parked || other.st == StState::PushingBack);
-            if (neighbour == nullptr || !holds || &other == &ac || gf_isNullPosition(lf_place(*neighbour)) ||
+            if (&other == &ac || !gf_holds(other, index, kParked | kPushes) ||
                 !gf_wouldTouch(ac.radius, stand, other.radius, *neighbour)) {
                 continue;
             }
@@ -64,32 +50,30 @@ static void lf_removeNeighbours(const LiveAc& ac, const ParkPos& stand)
 // Static aircraft on the stand itself; a creation that still waits is taken back.
 static void lf_clearStand(const LiveAc& ac, const ParkPos& stand)
 {
-    const auto holder = std::ranges::find_if(staticAcs, [&stand](const StaticAc& s) {
-        return s.standId == stand.index && (s.fs == FsState::Active || s.fs == FsState::Adding2Sim);
-    });
-    if (holder == staticAcs.end()) {
+    StaticAc* holder = gf_staticHolder(stand.index, true);
+    if (holder == nullptr) {
         return;
     }
     const bool same = holder->coupledCs1 == ac.callsign || holder->regcode == ac.regcode;
-    std::string line = format("{:8}: {:8} {} makes way for{} {} {}", stand.id, holder->callsign,
-                              holder->regcode, same ? " the same live version" : "", ac.callsign, ac.regcode);
+    const std::string line =
+        format("{:8}: {:8} {} makes way for{} {} {}", stand.id, holder->callsign, holder->regcode,
+               same ? " the same live version" : "", ac.callsign, ac.regcode);
     const bool waiting = holder->fs == FsState::Adding2Sim;
     removeAircraftFromSim(*holder, "makes way for a live aircraft");
-    if (waiting && !holder->eraseCancelled) {
-        return;  // it goes as soon as it shows up
+    if (!waiting) {
+        logTalkative(line);
+    } else if (holder->eraseCancelled) {
+        logTalkative("queued " + line);
     }
-    logTalkative(waiting ? "queued " + line : line);
-    std::erase_if(staticAcs, [](const StaticAc& s) { return s.eraseCancelled; });
 }
 
 void clearStandForLive(const LiveAc& ac, const ParkPos& stand)
 {
     lf_clearStand(ac, stand);
     for (const uint32_t index : stand.neighbours) {
-        const auto beside = std::ranges::find_if(
-            staticAcs, [index](const StaticAc& s) { return s.standId == index && s.fs == FsState::Active; });
+        StaticAc* beside = gf_staticHolder(index);
         const ParkPos* neighbour = gf_stand(index);
-        if (beside == staticAcs.end() || neighbour == nullptr ||
+        if (beside == nullptr || neighbour == nullptr ||
             !gf_wouldTouch(ac.radius, stand, beside->radius, *neighbour)) {
             continue;
         }
@@ -129,13 +113,6 @@ void try2Park(LiveAc& ac, bool wide)
     drive2Stand(ac, *stand);
 }
 
-// Somebody else came first.
-static bool lf_isTaken(const LiveAc& ac)
-{
-    const ParkPos* stand = gf_stand(ac.standId);
-    return stand != nullptr && (stand->occupiedByLive || lf_otherParkedAt(ac.standId, ac) != nullptr);
-}
-
 static void lf_park(LiveAc& ac)
 {
     gf_setSt(ac, StState::Parked);
@@ -156,12 +133,10 @@ static void lf_park(LiveAc& ac)
 void arrivedAtStand(LiveAc& ac)
 {
     constexpr double kAtStand = 2.0 / kMetresPerNm;
-    if (lf_isTaken(ac)) {
-        ParkPos* stand = gf_stand(ac.standId);
-        const bool occupied = stand->occupiedByLive;
+    const ParkPos* stand = gf_stand(ac.standId);
+    if (stand != nullptr && gf_isHeldByOther(*stand, ac)) {  // somebody else came first
         ac.extendCount = 1;
         removeAircraftFromSim(ac, "its stand was taken");
-        stand->occupiedByLive = occupied;  // not by this one
         return;
     }
     if (distNm({ac.lat, ac.lon}, {ac.standLat, ac.standLon}) > kAtStand) {
@@ -198,13 +173,6 @@ void leaveStand(LiveAc& ac)
         gf_endExtension(ac);
     }
     gf_releaseStand(ac);
-}
-
-void gf_restartStandWatch(LiveAc& ac)
-{
-    ac.parkedSince = tick;
-    ac.standDistLast = 0;
-    ac.growingDist = 0;
 }
 
 }  // namespace vlt

@@ -12,9 +12,6 @@
 
 namespace vlt {
 
-// From now on the aircraft is parked, and its reports are watched for a departure.
-void gf_restartStandWatch(LiveAc& ac);
-
 // The stream ends in a stop: looks for the stand there, and drives the aircraft onto it. `wide` allows for
 // 55 m between stop and stand, else 20 m.
 void try2Park(LiveAc& ac, bool wide);

@@ -68,7 +68,7 @@ bool updateLiveAc(LiveAc& ac)
         logLine(format("{}: {} {}, sz:{}, fs:{}, st:{}", "updateLiveAc", e.what(), logName(ac),
                        ac.stream.size(), stateWord(ac.fs), stateWord(ac.st)));
     }
-    return ac.eraseNow || ac.eraseCancelled;
+    return gf_isMarked(ac);
 }
 
 void gf_updateLiveAcs()
@@ -77,7 +77,7 @@ void gf_updateLiveAcs()
     for (LiveAc& ac : liveAcs) {
         erase = updateLiveAc(ac) || erase;
     }
-    if (erase) {
+    if (erase || std::ranges::any_of(staticAcs, gf_isMarked)) {
         gf_eraseMarked();
     }
 }

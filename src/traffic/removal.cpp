@@ -43,7 +43,7 @@ void removeAircraftFromSim(StaticAc& ac, std::string_view why)
         ac.eraseNow = true;
         return;
     }
-    if (ac.removeWhenAdded || ac.fs == FsState::RemovingFromSim) {
+    if (ac.removeWhenAdded || ac.eraseCancelled || ac.fs == FsState::RemovingFromSim) {
         return;
     }
     if (ac.fs == FsState::Adding2Sim) {
@@ -174,9 +174,15 @@ void gf_keepWithinMaxLive()
     }
 }
 
+bool gf_isMarked(const StaticAc& ac)
+{
+    return ac.eraseNow || ac.eraseCancelled;
+}
+
 void gf_eraseMarked()
 {
-    std::erase_if(liveAcs, [](const LiveAc& ac) { return ac.eraseNow || ac.eraseCancelled; });
+    std::erase_if(liveAcs, gf_isMarked);
+    std::erase_if(staticAcs, gf_isMarked);
 }
 
 }  // namespace vlt

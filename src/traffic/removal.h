@@ -32,7 +32,9 @@ void gf_keepWithinMaxLive();
 // Exchanges the object for one with another livery, or another identity, at the same place.
 void liveryRespawn(LiveAc& ac);
 
-// Erases the records that asked for it; the others keep their order.
+// The record is done with: nothing of it is in the simulator, or ever will be.
+bool gf_isMarked(const StaticAc& ac);
+// Erases all such records, live and static; the others keep their order.
 void gf_eraseMarked();
 
 // The distance from the user to a sample, nm.

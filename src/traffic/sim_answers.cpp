@@ -11,6 +11,7 @@
 #include "traffic/geodesy.h"
 #include "traffic/object_config.h"
 #include "traffic/removal.h"
+#include "traffic/stand_holding.h"
 #include "traffic/step_motion.h"
 
 #include <algorithm>
@@ -29,9 +30,7 @@ static void lf_parks(LiveAc& ac)
 {
     ac.stamp = hourNow;
     logLine(format("{:8}: {:8} parks", gf_standName(ac), ac.callsign));
-    const auto parked = std::ranges::find_if(
-        staticAcs, [&ac](const StaticAc& s) { return s.fs == FsState::Active && s.standId == ac.standId; });
-    if (parked != staticAcs.end()) {
+    if (StaticAc* parked = gf_staticHolder(ac.standId)) {
         logLine(format("{:8}: {:8} parks over static {} ? static will be removed ...", gf_standName(ac),
                        ac.callsign, parked->callsign));
         removeAircraftFromSim(*parked, "makes way for a live aircraft");

@@ -198,8 +198,7 @@ void spawnGate(LiveAc& ac)
         ac.stream.pop_front();
         break;
     case Gate::Erase:
-        ac.eraseNow = true;
-        ac.goesBecause = "turned away at the gate";
+        removeAircraftFromSim(ac, "turned away at the gate");
         break;
     case Gate::Wait:
         break;
@@ -232,8 +231,7 @@ static void lf_matchLivery(LiveAc& ac)
     if (!ac.regcode.empty()) {
         failedLiveries.insert(gf_failedKey(ac));
     }
-    ac.eraseNow = true;
-    ac.goesBecause = "no livery fits";
+    removeAircraftFromSim(ac, "no livery fits");
 }
 
 static double lf_initialHeading(const LiveAc& ac)

@@ -39,23 +39,17 @@ static Verdict lf_judgeHolder(const LiveAc& holder, const std::string& callsign)
 
 bool standConflict(const LiveAc& newcomer, uint32_t standId)
 {
-    for (LiveAc& holder : liveAcs) {
-        const bool counts = holder.standId == standId && holder.fs == FsState::Active &&
-                            &holder != &newcomer &&
-                            (holder.st == StState::Parked || holder.st == StState::PushingBack ||
-                             holder.st == StState::PushedBack);
-        if (!counts) {
-            continue;
-        }
-        const Verdict verdict = lf_judgeHolder(holder, newcomer.callsign);
-        if (!verdict.holderStays) {
-            logTalkative(format("{:8}: {:8} {}", gf_standName(holder), holder.callsign,
-                                format(fmt::runtime(verdict.words), newcomer.callsign)));
-            removeAircraftFromSim(holder, "another aircraft wants its stand");
-        }
-        return !verdict.holderStays;
+    LiveAc* holder = gf_liveHolder(standId, kParked | kPushes | kPushed, &newcomer);
+    if (holder == nullptr) {
+        return true;
     }
-    return true;
+    const Verdict verdict = lf_judgeHolder(*holder, newcomer.callsign);
+    if (!verdict.holderStays) {
+        logTalkative(format("{:8}: {:8} {}", gf_standName(*holder), holder->callsign,
+                            format(fmt::runtime(verdict.words), newcomer.callsign)));
+        removeAircraftFromSim(*holder, "another aircraft wants its stand");
+    }
+    return !verdict.holderStays;
 }
 
 bool gf_adjacentBlocked(const LiveAc& newcomer, const ParkPos& stand)
@@ -63,9 +57,7 @@ bool gf_adjacentBlocked(const LiveAc& newcomer, const ParkPos& stand)
     return std::ranges::any_of(stand.neighbours, [&](uint32_t index) {
         const ParkPos* neighbour = gf_stand(index);
         return std::ranges::any_of(liveAcs, [&](const LiveAc& other) {
-            return other.standId == index && other.fs == FsState::Active &&
-                   (other.st == StState::Parked || other.st == StState::PushingBack) &&
-                   other.callsign != newcomer.callsign &&
+            return gf_holds(other, index, kParked | kPushes) && other.callsign != newcomer.callsign &&
                    (neighbour == nullptr || gf_wouldTouch(newcomer.radius, stand, other.radius, *neighbour));
         });
     });

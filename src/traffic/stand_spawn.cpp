@@ -4,6 +4,7 @@
 #include "traffic/arrival.h"
 #include "traffic/geodesy.h"
 #include "traffic/leg_time.h"
+#include "traffic/removal.h"
 #include "traffic/stand_claims.h"
 #include "traffic/stand_holding.h"
 #include "traffic/stays.h"
@@ -34,12 +35,12 @@ static std::optional<LatLon> lf_placeToTest(const LiveAc& ac)
     return creeps ? std::optional(last) : std::nullopt;
 }
 
-static void lf_standAt(LiveAc& ac, ParkPos& stand)
+static void lf_standAt(LiveAc& ac, const ParkPos& stand)
 {
     clearStandForLive(ac, stand);
     gf_takeStand(ac, stand);
     gf_setSt(ac, StState::Parked);
-    stand.occupiedByLive = true;
+    gf_claimStand(ac);
     gf_restartStandWatch(ac);
     ac.stream.resize(1);
     PosSample& front = ac.stream.front();
@@ -59,7 +60,7 @@ bool gf_birthOnGround(LiveAc& ac)
         gf_setSt(ac, StState::Taxi);
         return true;
     }
-    ParkPos* stand = gf_stand(standAtPosition(*place, ac, kWide, ac.stream.front().stationary));
+    const ParkPos* stand = gf_stand(standAtPosition(*place, ac, kWide, ac.stream.front().stationary));
     if (stand == nullptr) {
         if (ac.stream[1].stationary) {
             ac.stream.pop_front();
@@ -68,13 +69,11 @@ bool gf_birthOnGround(LiveAc& ac)
         gf_setSt(ac, StState::Taxi);
         return true;
     }
-    const bool reserved = !reservedStand.empty() && stand->id == reservedStand;
-    if (reserved || (userOnGround && gf_keptForUser(*stand))) {
+    if (gf_isReserved(*stand) || (userOnGround && gf_keptForUser(*stand))) {
         return true;  // it goes on without a stand
     }
     if (!standConflict(ac, stand->index) || gf_adjacentBlocked(ac, *stand)) {
-        ac.eraseNow = true;
-        ac.goesBecause = "no room at its stand";
+        removeAircraftFromSim(ac, "no room at its stand");
         return false;
     }
     lf_standAt(ac, *stand);

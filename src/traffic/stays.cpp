@@ -106,7 +106,7 @@ void gf_flushParked()
         if (ac.st == StState::Parked) {
             removeAircraftFromSim(ac, "the airport is out of sight");
         }
-        gf_clearStandFields(ac);
+        gf_forgetStand(ac);
     }
 }
 
@@ -116,17 +116,12 @@ void clearReservedStand()
     if (reservedStand.empty() || stand == nullptr) {
         return;
     }
-    const auto holds = [stand](const StaticAc& ac) {
-        return ac.standId == stand->index && ac.fs == FsState::Active;
-    };
-    if (const auto s = std::ranges::find_if(staticAcs, holds); s != staticAcs.end()) {
-        removeAircraftFromSim(*s, "the reserved stand stays free");
-        return;
+    StaticAc* holder = gf_staticHolder(stand->index);
+    if (holder == nullptr) {
+        holder = gf_liveHolder(stand->index, kParked);
     }
-    const auto live =
-        std::ranges::find_if(liveAcs, [&](const LiveAc& ac) { return lf_isParked(ac) && holds(ac); });
-    if (live != liveAcs.end()) {
-        removeAircraftFromSim(*live, "the reserved stand stays free");
+    if (holder != nullptr) {
+        removeAircraftFromSim(*holder, "the reserved stand stays free");
     }
 }
 

@@ -144,7 +144,7 @@ static bool lf_afterPushBack(LiveAc& ac, PosSample& sample)
     ac.pushTurnKnown = false;
     ac.pushStage = 0;
     gf_setSt(ac, StState::Taxi);
-    gf_clearStandFields(ac);
+    gf_forgetStand(ac);
     lf_endHolding(ac);
     return true;
 }

@@ -411,7 +411,7 @@ TEST_F(StreamEnd, aParkedAircraftWaitsForAWeekAndNoLongerCountsAsReporting)
     LiveAc& ac = parked();
     ac.extendCount = 0;
     ac.liveAtStand = true;
-    parkApf.stands[0].occupiedByLive = true;
+    gf_claimStand(ac);
     ac.stream.front().time = tick;
     ASSERT_TRUE(extendStream(ac));
     EXPECT_EQ(tick + 60'480'000, ac.stream.back().time);

@@ -14,6 +14,7 @@
 #include "sim/client.h"
 #include "traffic/auto_range.h"
 #include "traffic/removal.h"
+#include "traffic/stand_holding.h"
 #include "traffic/stays.h"
 
 #include <algorithm>
@@ -147,9 +148,8 @@ static void lf_findReservedStand()
 
 static void lf_markReservedStands()
 {
-    const std::string& usersStand = nearestStandId(lf_user());
     for (ParkPos& stand : parkApf.stands) {
-        stand.reserved = !stand.id.empty() && (stand.id == reservedStand || stand.id == usersStand);
+        stand.reserved = gf_keptForUser(stand);
     }
 }
 
