@@ -27,7 +27,7 @@ static void lf_prepareOnce()
 
 static void lf_checkRanges()
 {
-    for (const IntParameter* p : gf_storedInts()) {
+    for (const IntParameter* p : gf_parameters<int32_t>()) {
         if (p->value < p->min || p->value > p->max) {
             std::abort();
         }

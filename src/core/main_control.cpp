@@ -47,11 +47,10 @@ static void lf_testInstallFolder()
 
 static void lf_testStockAirports()
 {
-    const std::filesystem::path stock = gf_toNativeForm(SIM_INSTALL_PATH.value + "\\Scenery");
+    const std::string stock = SIM_INSTALL_PATH.value.load() + "\\Scenery";
     std::error_code error;
-    if (!std::filesystem::is_directory(stock, error)) {
-        showMessage(format("Stock airports path does not exist: {}", SIM_INSTALL_PATH.value + "\\Scenery"),
-                    false);
+    if (!std::filesystem::is_directory(gf_toNativeForm(stock), error)) {
+        showMessage(format("Stock airports path does not exist: {}", stock), false);
     }
 }
 
@@ -126,7 +125,7 @@ static void lf_forgetForNextRun()
 {
     gf_removeFlightPlanFolder();
     for (StringTextbox* p : {&DESTINATION, &BLOCK_CALLSIGN}) {
-        p->value.clear();
+        p->value = "";
         saveParameter(*p);
     }
 }

@@ -227,8 +227,9 @@ void gf_closeSim()
 
 std::string gf_expectedSimVersion()
 {
+    const std::string path = SIM_INSTALL_PATH.value;
     for (const std::string_view mark : {"v5", "V5", "v6", "V6"}) {
-        if (SIM_INSTALL_PATH.value.find(mark) != std::string::npos) {
+        if (path.find(mark) != std::string::npos) {
             return std::string(mark.substr(1));
         }
     }

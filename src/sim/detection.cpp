@@ -57,7 +57,7 @@ void gf_detectSimulator()
     }
     showMessage("P3D not detected?", false);
     if (!lf_foldersGiven()) {
-        ALL_INSTALL_PATH.value.clear();
+        ALL_INSTALL_PATH.value = "";
         throw UserErrorException(kPlainUserError, kNoPath);
     }
 }

@@ -109,7 +109,7 @@ static bool lf_versionFits(std::string_view simName)
         int32_t number;
     };
     static constexpr Version kVersions[] = {{"v5", "V5", 5}, {"v6", "V6", 6}};
-    const std::string& path = SIM_INSTALL_PATH.value;
+    const std::string path = SIM_INSTALL_PATH.value;
     return std::ranges::any_of(kVersions, [&](const Version& v) {
         const bool pathFits =
             path.find(v.inName) != std::string::npos || path.find(v.inPath) != std::string::npos;

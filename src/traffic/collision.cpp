@@ -140,12 +140,12 @@ void gf_checkCollisions()
 
 void gf_serviceBlock()
 {
-    if (!blockChanged.exchange(false) || BLOCK_CALLSIGN.value.empty()) {
+    blockedCallsign = BLOCK_CALLSIGN.value;
+    if (!blockChanged.exchange(false) || blockedCallsign.empty()) {
         return;
     }
-    const auto found = std::ranges::find_if(liveAcs, [](const LiveAc& ac) {
-        return ac.fs == FsState::Active && ac.callsign == BLOCK_CALLSIGN.value;
-    });
+    const auto found = std::ranges::find_if(
+        liveAcs, [](const LiveAc& ac) { return ac.fs == FsState::Active && ac.callsign == blockedCallsign; });
     if (found != liveAcs.end()) {
         removeAircraftFromSim(*found, "blocked by the user");
     }

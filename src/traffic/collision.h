@@ -16,7 +16,7 @@ void gf_checkCollisions();
 // The aircraft would meet the flying user.
 bool collisionUserAir(const LiveAc& ac);
 
-// The user blocks a call sign: its aircraft goes.
+// Takes the call sign that the user blocks over, once a second; if it has changed, its aircraft goes.
 void gf_serviceBlock();
 
 // As at the start of a run.

@@ -144,7 +144,7 @@ static void lf_takeRegistration(LiveAc& ac)
 
 static Gate lf_gateForIdentity(LiveAc& ac)
 {
-    if (!BLOCK_CALLSIGN.value.empty() && BLOCK_CALLSIGN.value == ac.callsign) {
+    if (!blockedCallsign.empty() && blockedCallsign == ac.callsign) {
         return Gate::Erase;
     }
     lf_takeRegistration(ac);

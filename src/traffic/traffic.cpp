@@ -31,6 +31,7 @@ int32_t secondCount = 0;
 bool wasPaused = false;
 bool flareActive = false;
 UserNow userNow;
+std::string blockedCallsign;
 HourStamp hourNow;
 std::optional<ParkAirportPlace> parkAirport;
 
@@ -138,6 +139,7 @@ void gf_clearTables()
     wasPaused = false;
     flareActive = false;
     userNow = {};
+    blockedCallsign.clear();
 }
 
 }  // namespace vlt

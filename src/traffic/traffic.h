@@ -299,6 +299,7 @@ extern int32_t secondCount;              // [worker] counts secondTicks up to a 
 extern bool wasPaused;                   // [worker] the last pass found the flight not running
 extern bool flareActive;                 // [worker] an aircraft is in the flare: object data come faster
 extern UserNow userNow;                  // [worker] snapshot, once a second
+extern std::string blockedCallsign;      // [worker] BLOCK_CALLSIGN, taken over once a second
 extern HourStamp hourNow;                // [worker] the half hour of now
 
 // The park airport, as far as the engine needs it; none until one is known.

@@ -43,8 +43,8 @@ protected:
     static void reset()
     {
         const auto restore = [](auto* p) { p->value = p->def; };
-        std::ranges::for_each(gf_storedBools(), restore);
-        std::ranges::for_each(gf_storedInts(), restore);
+        std::ranges::for_each(gf_parameters<bool>(), restore);
+        std::ranges::for_each(gf_parameters<int32_t>(), restore);
         savedMaxLive = -1;
         gf_resetParkAirport();
         gf_clearTables();

@@ -12,10 +12,9 @@ namespace vlt {
 class LoadingTest : public AirportPlace
 {
 protected:
-    static std::string load(const std::string& path, Apf& apf)
+    static AirportLoad load(const std::string& path = "archive/stock/XTST.xml")
     {
-        apf.code = "XTST";
-        return gf_readApf(path, apf);
+        return gf_readApf(path, "XTST");
     }
     // The learned file of the archived XTST.
     void learn(const std::string& text) const

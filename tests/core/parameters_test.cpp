@@ -27,9 +27,9 @@ protected:
         // Other tests find the defaults.
         std::filesystem::remove(gf_parametersFile());
         const auto restore = [](auto* p) { p->value = p->def; };
-        std::ranges::for_each(gf_storedBools(), restore);
-        std::ranges::for_each(gf_storedInts(), restore);
-        std::ranges::for_each(gf_storedStrings(), restore);
+        std::ranges::for_each(gf_parameters<bool>(), restore);
+        std::ranges::for_each(gf_parameters<int32_t>(), restore);
+        std::ranges::for_each(gf_parameters<std::string>(), restore);
         gf_applyLateralRange();
     }
 

@@ -45,7 +45,7 @@ protected:
         gf_setDirectSimulator(nullptr);
         SetUp();
         gf_clearWorld();
-        SIM_INSTALL_PATH.value.clear();
+        SIM_INSTALL_PATH.value = "";
     }
     void connect()
     {
@@ -340,8 +340,8 @@ TEST_F(ClientTest, findsTheInstalledSimulator)
     };
     for (const auto& c : cases) {
         folder.write("registry.ini", c.registry);
-        SIM_INSTALL_PATH.value.clear();
-        ALL_INSTALL_PATH.value.clear();
+        SIM_INSTALL_PATH.value = "";
+        ALL_INSTALL_PATH.value = "";
         lfolders[2].value = c.lfolder;
         if (c.path == nullptr) {
             EXPECT_THROW(gf_detectSimulator(), UserErrorException) << c.registry;
@@ -351,7 +351,7 @@ TEST_F(ClientTest, findsTheInstalledSimulator)
             EXPECT_EQ(c.path, ALL_INSTALL_PATH.value) << c.registry;
         }
     }
-    lfolders[2].value.clear();
+    lfolders[2].value = "";
 }
 
 }  // namespace vlt

@@ -59,7 +59,7 @@ void Flight::TearDown()
     gf_setDirectSimulator(nullptr);
     gf_clearTables();
     gf_clearWorld();
-    BLOCK_CALLSIGN.value.clear();
+    BLOCK_CALLSIGN.value = "";
     failedLiveries.clear();
 }
 

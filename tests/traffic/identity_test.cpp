@@ -47,7 +47,7 @@ protected:
         SetUp();
         gf_clearWorld();
         userHalfSpan = 0.0;
-        BLOCK_CALLSIGN.value.clear();
+        BLOCK_CALLSIGN.value = "";
     }
     static FeedRecord report(const LiveAc& ac)
     {

@@ -48,7 +48,6 @@ protected:
         gf_clearWorld();
         gf_resetSimClient();
         failedLiveries.clear();
-        BLOCK_CALLSIGN.value.clear();
         MAX_LIVE.value = -1;
         userOnGround = false;
         userNow = {};
@@ -91,7 +90,7 @@ TEST_F(SpawnTest, theGateJudgesIdentityAndStream)
          Became::Erased},
         {"a ghost whose twin is here", [](LiveAc& a) { a.callsign = "TWIN1_"; }, Became::Erased},
         {"a ghost alone", [](LiveAc& a) { a.callsign = "BAW2_"; }, Became::Spawned},
-        {"blocked", [](LiveAc& a) { BLOCK_CALLSIGN.value = a.callsign; }, Became::Erased},
+        {"blocked", [](LiveAc& a) { blockedCallsign = a.callsign; }, Became::Erased},
         {"no livery", [](LiveAc& a) { a.airline = "XXX", a.model = "A388"; }, Became::Erased},
         {"no livery found before", [](LiveAc& a) { failedLiveries.insert(gf_failedKey(a)); }, Became::Erased},
         {"eleven requests wait", [](LiveAc&) { liveCreateQueue.resize(11); }, Became::Dropped},

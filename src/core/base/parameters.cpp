@@ -1,6 +1,7 @@
 #include "core/base/parameters.h"
 
 #include "core/base/display.h"
+#include "core/base/locks.h"
 #include "core/base/log.h"
 #include "core/base/paths.h"
 #include "core/base/text.h"
@@ -8,78 +9,27 @@
 #include "core/base/xml_file.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <filesystem>
-#include <vector>
 
 namespace vlt {
 
 static constexpr int32_t kWholeMetresPerNm = 1852;
 
-// The parameters that stand in the file: hidden ones first, then those with a control.
-static const auto kStoredBools = std::to_array<BoolParameter*>({
-    &RANDOM,
-    &ALWAYS_ON_TOP,
-    &GUID_CHANGES,
-    &AEROWINX,
-    &LEARN_SOFT,
-    &NAV_LIGHTS_WHILE_PARKED,
-    &LOG,
-    &SCAN_LIVERIES,
-    &LIG_AUTOMATIC,
-    &LIG_PRIORITIZE,
-    &SUPPRESS_STUB,
-    &SCAN_AIRPORTS,
-    &AFG_AUTOMATIC,
-    &LIGHT_AIRCRAFT,
-    &HELICOPTERS,
-    &HIGH_PERF_AIRCRAFT,
-    &AUTO_RANGE,
-    &COLLISION_USER_AIR,
-    &COLLISION_USER_GND,
-    &COLLISION_LIVE_PARKED_GND,
-    &INITIAL_LOAD_ONLY,
-    &PARK_SOFT,
-    &PARK_FAKE,
-    &WEEK,
-    &STRAIGHT_PBS_ONLY,
-});
-
-static const auto kStoredInts = std::to_array<IntParameter*>({
-    &CUSTOM_PARKING_PERCENTAGE,
-    &MAIN_WINDOW_X,
-    &MAIN_WINDOW_Y,
-    &LAST_EPOCH_TIME,
-    &HOLDING_THRESHOLD_METERS,
-    &MAX_HOLDING_MINUTES,
-    &P3D_VERSION,
-    &MATCHING_DEPTH,
-    &LATERAL_RANGE,
-    &AUTO_RANGE_ABOVE_HEIGHT,
-    &MAX_LIVE,
-    &AIRPORT_RANGE,
-    &AIRPORT_HEIGHT,
-    &MAX_FIT,
-    &CUSTOM_MAX_PARK,
-});
-
-static std::vector<StringParameter*> lf_storedStrings()
+// Gives each parameter that stands in the file to `act`, in the order of a new file.
+template <typename Act>
+static void lf_forEachInFile(const Act& act)
 {
-    std::vector<StringParameter*> list{&PROGRAM_VERSION, &PROGRAM_INSTALL_PATH, &SIM_INSTALL_PATH,
-                                       &PORT_NUMBER};
-    for (auto& folder : lfolders) {
-        list.push_back(&folder);
-    }
-    for (auto& folder : afolders) {
-        list.push_back(&folder);
-    }
-    list.push_back(&BLOCK_CALLSIGN);
-    list.push_back(&DESTINATION);
-    return list;
+    const auto walk = [&act](const auto& list) {
+        for (auto* p : list) {
+            if (p->kept == Kept::InFile) {
+                act(*p);
+            }
+        }
+    };
+    walk(gf_parameters<bool>());
+    walk(gf_parameters<int32_t>());
+    walk(gf_parameters<std::string>());
 }
-
-static const std::vector<StringParameter*> kStoredStrings = lf_storedStrings();
 
 static std::string lf_fileText(const BoolParameter& p)
 {
@@ -157,11 +107,12 @@ static void lf_read(pugi::xml_document& document, P& p)
 }
 
 // Folder parameters leave no empty lines in the file.
-static void lf_readFolder(pugi::xml_document& document, StringParameter& p)
+template <typename P>
+static void lf_readFolder(pugi::xml_document& document, P& p)
 {
     pugi::xml_node element = lf_find(document, p.name);
-    p.value = element.attribute("value").as_string();
-    if (element && p.value.empty()) {
+    lf_take(p, element.attribute("value"));
+    if (element && lf_fileText(p).empty()) {
         element.parent().remove_child(element);
         logLine(format("Parameter {} removed", p.name));
         return;
@@ -190,36 +141,20 @@ static void lf_makeNew(const std::filesystem::path& file)
     pugi::xml_document document;
     gf_addMeta(document);
     document.append_child("parameters");
-    for (const BoolParameter* p : kStoredBools) {
-        lf_write(document, *p);
-    }
-    for (const IntParameter* p : kStoredInts) {
-        lf_write(document, *p);
-    }
-    for (const StringParameter* p : kStoredStrings) {
-        lf_write(document, *p);
-    }
+    lf_forEachInFile([&document](const auto& p) { lf_write(document, p); });
     saveXml(document, file);
-    PROGRAM_VERSION.value = gf_text(kProgramVersion);
-    saveParameter(PROGRAM_VERSION);
 }
 
 static void lf_readExisting(pugi::xml_document& document, const std::filesystem::path& file)
 {
     logLine(format("from \"{}\"", gf_shown(file)));
-    for (BoolParameter* p : kStoredBools) {
-        lf_read(document, *p);
-    }
-    for (IntParameter* p : kStoredInts) {
-        lf_read(document, *p);
-    }
-    for (StringParameter* p : kStoredStrings) {
-        if (isFolderParameter(p->name)) {
-            lf_readFolder(document, *p);
+    lf_forEachInFile([&document](auto& p) {
+        if (isFolderParameter(p.name)) {
+            lf_readFolder(document, p);
         } else {
-            lf_read(document, *p);
+            lf_read(document, p);
         }
-    }
+    });
     saveXml(document, file);
 }
 
@@ -227,12 +162,12 @@ static void lf_readExisting(pugi::xml_document& document, const std::filesystem:
 static void lf_migrate()
 {
     const std::string own = gf_text(kProgramVersion);
-    if (PROGRAM_VERSION.value == PROGRAM_VERSION.def) {
+    const std::string storedText = PROGRAM_VERSION.value;
+    if (storedText.empty()) {
         PROGRAM_VERSION.value = own;
         saveParameter(PROGRAM_VERSION);
         return;
     }
-    const std::string storedText = PROGRAM_VERSION.value;
     const auto [stored, failed] = gf_parseVersion(storedText);
     if (!failed.empty()) {
         showMessage(format("VersionData exception: {}", failed), true);
@@ -283,22 +218,31 @@ void gf_applyMaxFit()
 void readParameters()
 {
     logBanner("parameters");
-    const std::filesystem::path file = gf_parametersFile();
-    pugi::xml_document document;
-    if (document.load_file(file.c_str())) {
-        lf_readExisting(document, file);
-        lf_migrate();
-    } else {
-        lf_makeNew(file);
+    {
+        const std::scoped_lock lock(parameterMutex);
+        const std::filesystem::path file = gf_parametersFile();
+        pugi::xml_document document;
+        if (document.load_file(file.c_str())) {
+            lf_readExisting(document, file);
+        } else {
+            lf_makeNew(file);
+        }
     }
+    lf_migrate();
     gf_applyLateralRange();
     gf_applyMaxFit();
+}
+
+static bool lf_load(pugi::xml_document& document)
+{
+    const std::scoped_lock lock(parameterMutex);
+    return static_cast<bool>(document.load_file(gf_parametersFile().c_str()));
 }
 
 void gf_readWindowPlace()
 {
     pugi::xml_document document;
-    if (!document.load_file(gf_parametersFile().c_str())) {
+    if (!lf_load(document)) {
         return;
     }
     for (IntParameter* p : {&MAIN_WINDOW_X, &MAIN_WINDOW_Y}) {
@@ -315,6 +259,7 @@ void gf_readWindowPlace()
 template <typename P>
 static void lf_save(const P& p)
 {
+    const std::scoped_lock lock(parameterMutex);
     const std::filesystem::path file = gf_parametersFile();
     pugi::xml_document document;
     bool saved = false;
@@ -354,21 +299,6 @@ void saveParameter(const StringParameter& p)
 bool isFolderParameter(std::string_view name)
 {
     return name.starts_with("lfolder") || name.starts_with("afolder");
-}
-
-std::span<BoolParameter* const> gf_storedBools()
-{
-    return kStoredBools;
-}
-
-std::span<IntParameter* const> gf_storedInts()
-{
-    return kStoredInts;
-}
-
-std::span<StringParameter* const> gf_storedStrings()
-{
-    return kStoredStrings;
 }
 
 }  // namespace vlt

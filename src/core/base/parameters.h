@@ -1,38 +1,58 @@
 // All settings of the program: global objects, mirrored in `parameters.xml`.
 //
 // An object holds a setting's default, range and present value; those with a control also its place on
-// the window. Values are read directly by every room: numbers and switches are shared values, texts are
-// written while nobody else reads them. Writers are the user thread and the worker, one at a time. Each
-// change is saved at once by `saveParameter`; nothing is saved on exit.
+// the window. Each enters itself into the one list of its type, in the order of declaration, which is that of
+// the file. Values may be read and changed by any thread. Each change is saved at once by `saveParameter`,
+// under parameterMutex; nothing is saved on exit.
 #pragma once
 
+#include "core/base/shared_text.h"
 #include "core/base/shared_value.h"
 
 #include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace vlt {
 
+// Whether the parameter stands in the file, or lasts for the program's run only.
+enum class Kept { InFile, InMemory };
+
 struct Parameter {
-    explicit Parameter(std::string key) : name(std::move(key)) {}
+    Parameter(std::string key, Kept where) : name(std::move(key)), kept(where) {}
     Parameter(const Parameter&) = delete;
     Parameter& operator=(const Parameter&) = delete;
     virtual ~Parameter() = default;
 
-    std::string name;  // the key in the file
+    const std::string name;  // the key in the file
+    const Kept kept;
 };
 
 template <typename T>
+struct ParameterOf;
+
+// All parameters of a type, in the order of their declaration.
+template <typename T>
+std::vector<ParameterOf<T>*>& gf_parameters()
+{
+    static std::vector<ParameterOf<T>*> list;
+    return list;
+}
+
+template <typename T>
 struct ParameterOf : Parameter {
-    using Value = std::conditional_t<std::is_same_v<T, std::string>, std::string, SharedValue<T>>;
-    ParameterOf(std::string key, T initial) : ParameterOf(std::move(key), initial, initial, initial) {}
-    ParameterOf(std::string key, T initial, T lowest, T highest)
-        : Parameter(std::move(key)), def(initial), min(lowest), max(highest), value(initial)
+    using Value = std::conditional_t<std::is_same_v<T, std::string>, SharedText, SharedValue<T>>;
+    ParameterOf(std::string key, T initial, Kept where = Kept::InFile)
+        : ParameterOf(std::move(key), initial, initial, initial, where)
     {
+    }
+    ParameterOf(std::string key, T initial, T lowest, T highest, Kept where = Kept::InFile)
+        : Parameter(std::move(key), where), def(initial), min(lowest), max(highest), value(initial)
+    {
+        gf_parameters<T>().push_back(this);
     }
     T def;
     T min;  // no meaning for switches and texts
@@ -52,12 +72,13 @@ using StringParameter = ParameterOf<std::string>;
 
 template <typename T>
 struct ControlParameter : ParameterOf<T>, Control {
-    ControlParameter(std::string key, T initial, Control place)
-        : ParameterOf<T>(std::move(key), initial), Control(place)
+    ControlParameter(std::string key, T initial, Control place, Kept where = Kept::InFile)
+        : ParameterOf<T>(std::move(key), initial, where), Control(place)
     {
     }
-    ControlParameter(std::string key, T initial, T lowest, T highest, Control place)
-        : ParameterOf<T>(std::move(key), initial, lowest, highest), Control(place)
+    ControlParameter(std::string key, T initial, T lowest, T highest, Control place,
+                     Kept where = Kept::InFile)
+        : ParameterOf<T>(std::move(key), initial, lowest, highest, where), Control(place)
     {
     }
 };
@@ -68,10 +89,30 @@ using FloatTextbox = ControlParameter<float>;
 using StringTextbox = ControlParameter<std::string>;
 
 struct Button : Parameter, Control {
-    Button(std::string key, Control place) : Parameter(std::move(key)), Control(place) {}
+    Button(std::string key, Control place) : Parameter(std::move(key), Kept::InMemory), Control(place) {}
 };
 
 // clang-format off
+// Hidden: in the file only.
+inline BoolParameter   RANDOM                   {"RANDOM", true};  // random choice among liveries
+inline IntParameter    CUSTOM_PARKING_PERCENTAGE{"CUSTOM_PARKING_PERCENTAGE", -1, -1, 100};  // -1 the airports' own
+inline IntParameter    MAIN_WINDOW_X            {"MAIN_WINDOW_X", 400, -30000, 30000};  // pixels
+inline IntParameter    MAIN_WINDOW_Y            {"MAIN_WINDOW_Y",  20, -30000, 30000};  // pixels
+inline IntParameter    LAST_EPOCH_TIME          {"LAST_EPOCH_TIME", 0, 0, 2147483647};  // stored only
+inline IntParameter    HOLDING_THRESHOLD_METERS {"HOLDING_THRESHOLD_METERS", 250, 10, 4000};
+inline IntParameter    MAX_HOLDING_MINUTES      {"MAX_HOLDING_MINUTES", 20, 1, 60};
+inline IntParameter    P3D_VERSION              {"P3D_VERSION", 5, 5, 6};  // where the path doesn't tell
+inline StringParameter PROGRAM_VERSION          {"PROGRAM_VERSION", ""};  // of the last start
+inline StringParameter PROGRAM_INSTALL_PATH     {"PROGRAM_INSTALL_PATH", ""};
+inline StringParameter SIM_INSTALL_PATH         {"SIM_INSTALL_PATH", ""};
+inline StringParameter PORT_NUMBER              {"PORT_NUMBER", "10747"};  // of the position server
+inline StringParameter lfolders[10] = {  // extra livery folders, in order of priority
+    {"lfolder0", ""}, {"lfolder1", ""}, {"lfolder2", ""}, {"lfolder3", ""}, {"lfolder4", ""},
+    {"lfolder5", ""}, {"lfolder6", ""}, {"lfolder7", ""}, {"lfolder8", ""}, {"lfolder9", ""}};
+inline StringParameter afolders[10] = {  // extra airport folders
+    {"afolder0", ""}, {"afolder1", ""}, {"afolder2", ""}, {"afolder3", ""}, {"afolder4", ""},
+    {"afolder5", ""}, {"afolder6", ""}, {"afolder7", ""}, {"afolder8", ""}, {"afolder9", ""}};
+
 // Switches with a check box.                                          id     y
 inline Checkbox ALWAYS_ON_TOP            {"ALWAYS_ON_TOP",             true,  {32771, 147}};  // the window stays above others
 inline Checkbox GUID_CHANGES             {"GUID_CHANGES",              true,  {32773, 203}};  // respawn for a better livery
@@ -105,38 +146,18 @@ inline IntTextbox AUTO_RANGE_ABOVE_HEIGHT {"AUTO_RANGE_ABOVE_HEIGHT", 49000, 180
 inline IntTextbox MAX_LIVE                {"MAX_LIVE",                -1,    -1,   300, {32821, 315}};  // -1 no limit
 inline IntTextbox AIRPORT_RANGE           {"AIRPORT_RANGE",           20,     8,    30, {32841, 343}};  // nm
 inline IntTextbox AIRPORT_HEIGHT          {"AIRPORT_HEIGHT",          18000, 2000, 45000, {32842, 343}};  // feet
-inline IntTextbox parking_percentage      {"parking_percentage",      30,     0,   100, {32848, 371}};  // never stored here
+inline IntTextbox parking_percentage      {"parking_percentage",      30,     0,   100, {32848, 371}, Kept::InMemory};  // the airport's
 inline IntTextbox MAX_FIT                 {"MAX_FIT",                 47,     0,    47, {32853, 371}};  // half-hour steps
 inline IntTextbox CUSTOM_MAX_PARK         {"CUSTOM_MAX_PARK",         -1,    -1,   500, {32865, 315}};  // -1 no limit
 
 // Other parameters with a control.
-inline FloatTextbox  MAX_FIT_FL       {"MAX_FIT_FL", 24.0F, 0.5F, 24.0F, {32855, 371}};  // hours of MAX_FIT; not stored
-inline StringTextbox ALL_INSTALL_PATH {"ALL_INSTALL_PATH", "", {32788, 119}};  // SIM_INSTALL_PATH as shown; not stored
+inline FloatTextbox  MAX_FIT_FL       {"MAX_FIT_FL", 24.0F, 0.5F, 24.0F, {32855, 371}, Kept::InMemory};  // hours of MAX_FIT
+inline StringTextbox ALL_INSTALL_PATH {"ALL_INSTALL_PATH", "", {32788, 119}, Kept::InMemory};  // SIM_INSTALL_PATH as shown
 inline StringTextbox BLOCK_CALLSIGN   {"BLOCK_CALLSIGN",   "", {32828, 259}};  // emptied at each run's end
 inline StringTextbox DESTINATION      {"DESTINATION",      "", {32840, 343}};  // emptied at each run's end
 inline Button        UNBLOCK          {"Unblock",      {32829, 257}};
 inline Button        FLUSH_STATIC     {"Flush static", {32858, 369}};
 inline Button        RE_READ          {"Re-read",      {32838, 341}};
-
-// Hidden: in the file only.
-inline BoolParameter   RANDOM                   {"RANDOM", true};  // random choice among liveries
-inline IntParameter    CUSTOM_PARKING_PERCENTAGE{"CUSTOM_PARKING_PERCENTAGE", -1, -1, 100};  // -1 the airports' own
-inline IntParameter    MAIN_WINDOW_X            {"MAIN_WINDOW_X", 400, -30000, 30000};  // pixels
-inline IntParameter    MAIN_WINDOW_Y            {"MAIN_WINDOW_Y",  20, -30000, 30000};  // pixels
-inline IntParameter    LAST_EPOCH_TIME          {"LAST_EPOCH_TIME", 0, 0, 2147483647};  // stored only
-inline IntParameter    HOLDING_THRESHOLD_METERS {"HOLDING_THRESHOLD_METERS", 250, 10, 4000};
-inline IntParameter    MAX_HOLDING_MINUTES      {"MAX_HOLDING_MINUTES", 20, 1, 60};
-inline IntParameter    P3D_VERSION              {"P3D_VERSION", 5, 5, 6};  // where the path doesn't tell
-inline StringParameter PROGRAM_VERSION          {"PROGRAM_VERSION", ""};  // of the last start
-inline StringParameter PROGRAM_INSTALL_PATH     {"PROGRAM_INSTALL_PATH", ""};
-inline StringParameter SIM_INSTALL_PATH         {"SIM_INSTALL_PATH", ""};
-inline StringParameter PORT_NUMBER              {"PORT_NUMBER", "10747"};  // of the position server
-inline StringParameter lfolders[10] = {  // extra livery folders, in order of priority
-    {"lfolder0", ""}, {"lfolder1", ""}, {"lfolder2", ""}, {"lfolder3", ""}, {"lfolder4", ""},
-    {"lfolder5", ""}, {"lfolder6", ""}, {"lfolder7", ""}, {"lfolder8", ""}, {"lfolder9", ""}};
-inline StringParameter afolders[10] = {  // extra airport folders
-    {"afolder0", ""}, {"afolder1", ""}, {"afolder2", ""}, {"afolder3", ""}, {"afolder4", ""},
-    {"afolder5", ""}, {"afolder6", ""}, {"afolder7", ""}, {"afolder8", ""}, {"afolder9", ""}};
 // clang-format on
 
 // Follow LATERAL_RANGE.
@@ -175,10 +196,5 @@ void saveParameter(const StringParameter& p);
 
 // The parameter names one of the extra folders, which leave no empty lines in the file.
 bool isFolderParameter(std::string_view name);
-
-// The parameters that stand in the file, in the order of a new one.
-std::span<BoolParameter* const> gf_storedBools();
-std::span<IntParameter* const> gf_storedInts();
-std::span<StringParameter* const> gf_storedStrings();
 
 }  // namespace vlt
