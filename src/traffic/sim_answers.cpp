@@ -15,7 +15,8 @@
 #include "traffic/step_motion.h"
 
 #include <algorithm>
-#include <cmath>
+#include <utility>
+#include <vector>
 
 namespace vlt {
 
@@ -122,13 +123,18 @@ void handleSimMessage(const SimMessage& message)
     }
 }
 
+// The handlers write files and log lines: meanwhile the SimClient thread goes on posting.
 void gf_handleSimMessages()
 {
-    const std::scoped_lock lock(messageMutex);
-    for (const SimMessage& message : simMessages) {
+    static std::vector<SimMessage> taken;  // [worker] keeps its room from tick to tick
+    taken.clear();
+    {
+        const std::scoped_lock lock(messageMutex);
+        std::swap(taken, simMessages);
+    }
+    for (const SimMessage& message : taken) {
         handleSimMessage(message);
     }
-    simMessages.clear();
 }
 
 // --- two seconds from the acknowledgement to the set-up
