@@ -93,8 +93,10 @@ std::string gf_checkForm(std::span<const std::byte> packet, const ClientHeader& 
 
 std::string gf_checkSendId(uint32_t previous, uint32_t sendId)
 {
-    const uint32_t expected = previous == UINT32_MAX ? 1 : previous + 1;
-    return sendId == expected ? std::string() : format("send id {} after {}", sendId, previous);
+    // Counted in a circle, where the half ahead is later.
+    const uint32_t ahead = sendId - previous;
+    const bool later = sendId != 0 && ahead != 0 && ahead <= UINT32_MAX / 2;
+    return later ? std::string() : format("send id {} after {}", sendId, previous);
 }
 
 std::string gf_checkState(const SimObject& object)

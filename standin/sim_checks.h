@@ -40,7 +40,8 @@ std::string gf_functionName(uint32_t function);
 // and the size that its function has.
 std::string gf_checkForm(std::span<const std::byte> packet, const ClientHeader& header);
 
-// Send ids rise by 1 from 1 and go from 0xFFFFFFFF to 1.
+// Send ids rise from 1 and go from 0xFFFFFFFF to 1. Some are left out: a packet that couldn't be composed has
+// used its id up.
 std::string gf_checkSendId(uint32_t previous, uint32_t sendId);
 
 // An object's state after a write: finite, and where an aircraft can be.

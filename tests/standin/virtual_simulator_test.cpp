@@ -231,6 +231,30 @@ TEST_F(VirtualSimulatorTest, noticesAJumpThatTheSpeedDoesNotExplain)
     EXPECT_GT(simulator.lives()[0].worstStepFeet, 5 * 6076) << "0.1 degrees are 6 nm";
 }
 
+TEST_F(VirtualSimulatorTest, countsAPacketThatCannotBeComposedAsOverTheWire)
+{
+    uint32_t before = 0;
+    uint32_t after = 0;
+    SimConnect_GetLastSentPacketID(client.handle, &before);
+    EXPECT_EQ(kSimTextTooLong, SimConnect_SubscribeToSystemEvent(client.handle, 1, std::string(256, 'x')));
+    SimConnect_GetLastSentPacketID(client.handle, &after);
+    EXPECT_EQ(before + 1, after);
+    EXPECT_GT(createFrozen("DLH1"), kVirtualUserId);
+    EXPECT_EQ(0u, simulator.counts().complaints) << reasonOf(0);
+}
+
+TEST(VirtualSimulator, wantsSendIdsThatRiseAndNever0)
+{
+    const struct {
+        uint32_t previous, sendId;
+        bool fine;
+    } cases[] = {{0, 1, true},          {7, 9, true},           {7, 7, false}, {7, 6, false},
+                 {UINT32_MAX, 1, true}, {UINT32_MAX, 0, false}, {7, 0, false}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.fine, gf_checkSendId(c.previous, c.sendId).empty()) << c.previous << ' ' << c.sendId;
+    }
+}
+
 TEST(VirtualSimulator, checksHeadersOfRawPackets)
 {
     const struct {
@@ -240,7 +264,7 @@ TEST(VirtualSimulator, checksHeadersOfRawPackets)
     } cases[] = {
         {"8 bytes", 8, 35, 0xF0000005, 1, 8},       {"size field 40", 40, 35, 0xF0000005, 1, 36},
         {"version 34", 36, 34, 0xF0000005, 1, 36},  {"unknown function", 36, 35, 0xF0000099, 1, 36},
-        {"40 bytes", 40, 35, 0xF0000005, 1, 40},    {"send id 2", 36, 35, 0xF0000005, 2, 36},
+        {"40 bytes", 40, 35, 0xF0000005, 1, 40},    {"send id 0", 36, 35, 0xF0000005, 0, 36},
         {"before Open", 24, 35, 0xF000002C, 1, 24},
     };
     for (const auto& c : cases) {

@@ -191,6 +191,7 @@ TEST_F(Operations, sendNothingOfATextThatIsTooLong)
     EXPECT_EQ(kSimOk, SimConnect_AICreateNonATCAircraft(handle, "T", "G", {}, 1));
     const Bytes packet = peer->read(344);
     EXPECT_EQ(344U, gf_u32At(packet, 0));
+    EXPECT_EQ(3U, gf_u32At(packet, 12)) << "the first has used its id up";
     EXPECT_EQ(Bytes(255), Bytes(packet.begin() + 17, packet.begin() + 272));
 }
 

@@ -100,6 +100,11 @@ private:
 
 }  // namespace
 
+uint32_t gf_sendIdAfter(uint32_t id)
+{
+    return id == UINT32_MAX ? 1 : id + 1;
+}
+
 SimStatus gf_composeOpen(PacketSpace& space, uint32_t sendId, std::string_view name)
 {
     return Composer(space, SimFunction::Open, sendId)

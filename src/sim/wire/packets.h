@@ -39,6 +39,9 @@ enum class SimFunction : uint32_t {
     AISetAircraftFlightPlan = 0x2D,
 };
 
+// The send id after `id`: counts up, and goes from the largest to 1, since 0 is "none".
+uint32_t gf_sendIdAfter(uint32_t id);
+
 // Where a composed packet goes: the unused rest of a zeroed arena. `used` is the packet's length after
 // a composer has succeeded.
 struct PacketSpace {

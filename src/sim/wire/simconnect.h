@@ -1,9 +1,10 @@
 // The simulator's operations as Velatra calls them, with the ids and constants of the conversation.
 //
-// Two libraries serve these functions: velatra_transport over a socket or pipe, velatra_direct by the
-// virtual simulator in the same process. Which one is a choice of the link, so there is no interface
-// class. Every call may come from any thread, but the dispatch function runs on the thread that calls
-// SimConnect_CallDispatch. Callers outside the SimClient thread hold `simCallMutex`.
+// Two libraries serve them: velatra_transport over a socket or pipe, velatra_direct by the virtual
+// simulator in the same process. Which one is a choice of the link, so there is no interface class; the
+// requests are composed once for both (send_packet.h). Every call may come from any thread, but the dispatch
+// function runs on the thread that calls SimConnect_CallDispatch. Callers outside the SimClient thread hold
+// `simCallMutex`.
 #pragma once
 
 #include <cstddef>

@@ -66,9 +66,4 @@ std::shared_ptr<SimConnection> gf_findConnection(SimHandle handle)
     return found == connections.end() ? nullptr : *found;
 }
 
-uint32_t gf_sendIdAfter(uint32_t id)
-{
-    return id == UINT32_MAX ? 1 : id + 1;
-}
-
 }  // namespace vlt

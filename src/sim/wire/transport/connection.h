@@ -50,7 +50,4 @@ inline std::atomic<int> livingConnections = 0;                 // [atomic] liste
 // connectionsMutex.
 std::shared_ptr<SimConnection> gf_findConnection(SimHandle handle);
 
-// The send id after `id`: counts up, and goes from the largest to 1, since 0 is "none".
-uint32_t gf_sendIdAfter(uint32_t id);
-
 }  // namespace vlt

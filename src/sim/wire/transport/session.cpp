@@ -1,4 +1,6 @@
+// A conversation over the wire from opening to close, and how its packets are sent.
 #include "sim/wire/packets.h"
+#include "sim/wire/send_packet.h"
 #include "sim/wire/simconnect.h"
 #include "sim/wire/transport/connection.h"
 #include "sim/wire/transport/io_thread.h"
@@ -24,8 +26,7 @@ static std::shared_ptr<SimConnection> lf_find(SimHandle handle)
 }
 
 // Composes one packet in the arena and sends it. Needs connectionsMutex.
-template <typename Compose>
-static SimStatus lf_sendLocked(SimConnection& connection, Compose compose)
+static SimStatus lf_sendLocked(SimConnection& connection, const ComposePacket& compose)
 {
     if (connection.closeReason() != CloseReason::None) {
         return connection.closeStatus();
@@ -41,18 +42,6 @@ static SimStatus lf_sendLocked(SimConnection& connection, Compose compose)
         return status;
     }
     return sent ? kSimOk : kSimFail;
-}
-
-template <typename Compose>
-static SimStatus lf_send(SimHandle handle, Compose compose)
-{
-    try {
-        const std::scoped_lock lock(connectionsMutex);
-        const auto connection = gf_findConnection(handle);
-        return connection ? lf_sendLocked(*connection, compose) : kSimFail;
-    } catch (const std::exception&) {
-        return kSimFail;
-    }
 }
 
 // Ends what a connection began; `connection` is the owner's reference. The I/O thread ends with the
@@ -173,103 +162,15 @@ SimStatus SimConnect_GetLastSentPacketID(SimHandle handle, uint32_t* sendId)
     return kSimOk;
 }
 
-SimStatus SimConnect_SubscribeToSystemEvent(SimHandle handle, uint32_t event, std::string_view name)
+SimStatus gf_sendPacket(SimHandle handle, const ComposePacket& compose)
 {
-    return lf_send(
-        handle, [&](PacketSpace& space, uint32_t id) { return gf_composeSubscribe(space, id, event, name); });
-}
-
-SimStatus SimConnect_AddToDataDefinition(SimHandle handle, uint32_t definition, std::string_view name,
-                                         std::string_view unit, SimDataType type)
-{
-    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
-        return gf_composeAddToDataDefinition(space, id, definition, name, unit, type);
-    });
-}
-
-SimStatus SimConnect_MapClientEventToSimEvent(SimHandle handle, uint32_t event, std::string_view name)
-{
-    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
-        return gf_composeMapClientEvent(space, id, event, name);
-    });
-}
-
-SimStatus SimConnect_AddClientEventToNotificationGroup(SimHandle handle, uint32_t group, uint32_t event,
-                                                       bool maskable)
-{
-    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
-        return gf_composeAddEventToGroup(space, id, group, event, maskable);
-    });
-}
-
-SimStatus SimConnect_SetNotificationGroupPriority(SimHandle handle, uint32_t group, uint32_t priority)
-{
-    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
-        return gf_composeSetGroupPriority(space, id, group, priority);
-    });
-}
-
-SimStatus SimConnect_RequestDataOnSimObject(SimHandle handle, uint32_t request, uint32_t definition,
-                                            uint32_t object, uint32_t period)
-{
-    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
-        return gf_composeRequestData(space, id, request, definition, object, period);
-    });
-}
-
-SimStatus SimConnect_RequestDataOnSimObjectType(SimHandle handle, uint32_t request, uint32_t definition,
-                                                uint32_t radiusM, uint32_t objectType)
-{
-    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
-        return gf_composeRequestDataByType(space, id, request, definition, radiusM, objectType);
-    });
-}
-
-SimStatus SimConnect_SetDataOnSimObject(SimHandle handle, uint32_t definition, uint32_t object,
-                                        std::span<const std::byte> data)
-{
-    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
-        return gf_composeSetData(space, id, definition, object, data);
-    });
-}
-
-SimStatus SimConnect_TransmitClientEvent(SimHandle handle, uint32_t object, uint32_t event, uint32_t data,
-                                         uint32_t group, uint32_t flags)
-{
-    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
-        return gf_composeTransmitClientEvent(space, id, object, event, data, group, flags);
-    });
-}
-
-SimStatus SimConnect_AICreateNonATCAircraft(SimHandle handle, std::string_view title,
-                                            std::string_view tailNumber, const SimInitialPosition& position,
-                                            uint32_t request)
-{
-    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
-        return gf_composeCreate(space, id, title, tailNumber, position, request);
-    });
-}
-
-SimStatus SimConnect_AIReleaseControl(SimHandle handle, uint32_t object, uint32_t request)
-{
-    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
-        return gf_composeReleaseControl(space, id, object, request);
-    });
-}
-
-SimStatus SimConnect_AIRemoveObject(SimHandle handle, uint32_t object, uint32_t request)
-{
-    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
-        return gf_composeRemoveObject(space, id, object, request);
-    });
-}
-
-SimStatus SimConnect_AISetAircraftFlightPlan(SimHandle handle, uint32_t object, std::string_view path,
-                                             uint32_t request)
-{
-    return lf_send(handle, [&](PacketSpace& space, uint32_t id) {
-        return gf_composeSetFlightPlan(space, id, object, path, request);
-    });
+    try {
+        const std::scoped_lock lock(connectionsMutex);
+        const auto connection = gf_findConnection(handle);
+        return connection ? lf_sendLocked(*connection, compose) : kSimFail;
+    } catch (const std::exception&) {
+        return kSimFail;
+    }
 }
 
 }  // namespace vlt
