@@ -4,6 +4,7 @@
 #pragma once
 
 #include "sim/wire/packets.h"
+#include "standin/packet_writer.h"
 #include "standin/sim_object.h"
 
 #include <cstdint>

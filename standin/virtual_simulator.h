@@ -9,6 +9,7 @@
 #pragma once
 
 #include "sim/wire/packets.h"
+#include "standin/packet_writer.h"
 #include "standin/sim_checks.h"
 #include "standin/sim_events.h"
 #include "standin/sim_object.h"

@@ -1,6 +1,8 @@
 // The packets byte by byte, against their published layout.
 #include "sim/wire/packets.h"
 
+#include "standin/packet_writer.h"
+
 #include <cstring>
 #include <gtest/gtest.h>
 #include <map>

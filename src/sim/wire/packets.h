@@ -1,5 +1,5 @@
-// The packets that go to the simulator: one composer per operation, as bytes ready for the wire, and
-// the readers of the simulator's side that stands in for it.
+// The packets that go to the simulator: one composer per operation, as bytes ready for the wire, and a
+// reader of the packets of both sides.
 //
 // Used by both libraries that serve the operations, so that what the tests drive in process is byte
 // for byte what goes over the wire. Stateless; any thread.
@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
-#include <vector>
 
 namespace vlt {
 
@@ -104,25 +103,6 @@ private:
     std::span<const std::byte> take(size_t bytes);
     std::span<const std::byte> m_bytes;
     size_t m_at = 0;
-};
-
-// Writes little-endian values one after the other into a growing buffer: the stand-in's messages.
-class PacketWriter
-{
-public:
-    // Begins a message of the simulator: size (filled in by `finish`), version, id.
-    explicit PacketWriter(SimMessageId id);
-    PacketWriter& u32(uint32_t value);
-    PacketWriter& i64(int64_t value);
-    PacketWriter& f32(float value);
-    PacketWriter& f64(double value);
-    PacketWriter& text(std::string_view value, size_t width);  // cut to width - 1, zero-padded
-    PacketWriter& textV(std::string_view value);               // with its closing zero
-    // The finished message; the writer is spent.
-    std::vector<std::byte> finish();
-
-private:
-    std::vector<std::byte> m_bytes;
 };
 
 }  // namespace vlt
