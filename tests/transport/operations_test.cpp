@@ -299,7 +299,7 @@ TEST_F(Operations, dispatchEveryMessageInOrderOnTheCallersThread)
 TEST_F(Operations, dispatchToTheLastFunctionGiven)
 {
     openPipe();
-    EXPECT_GT(0, SimConnect_CallDispatch(handle, nullptr, nullptr));
+    EXPECT_EQ(kSimFail, SimConnect_CallDispatch(handle, nullptr, nullptr));
     EXPECT_EQ(kSimOk, SimConnect_CallDispatch(handle, gf_keepMessage, &messages));
     peer->write(gf_message(20, 4));
     while (messages.empty()) {

@@ -14,7 +14,7 @@
 
 namespace vlt {
 
-// 0 is success, a negative number a failure; its bits are those of the system's status codes.
+// kSimOk, or a failure: every other value, with the bits of the system's status codes.
 using SimStatus = int32_t;
 inline constexpr SimStatus kSimOk = 0;
 inline constexpr SimStatus kSimFail = static_cast<SimStatus>(0x80004005);
@@ -78,12 +78,12 @@ inline constexpr size_t kSimNameWidth = 256;
 inline constexpr size_t kSimTailNumberWidth = 12;
 inline constexpr size_t kSimPathWidth = 260;
 
-// Opens a connection to the simulator and sends the opening packet with `name`. Negative while the
+// Opens a connection to the simulator and sends the opening packet with `name`. A failure while the
 // simulator isn't there.
 SimStatus SimConnect_Open(SimHandle* handle, std::string_view name, uint32_t configIndex);
 // Ends the connection; the handle is dead afterwards.
 SimStatus SimConnect_Close(SimHandle handle);
-// Gives every message that has arrived to `function`, on this thread. Negative once the connection is
+// Gives every message that has arrived to `function`, on this thread. A failure once the connection is
 // broken and everything before that was given.
 SimStatus SimConnect_CallDispatch(SimHandle handle, SimDispatchFunction function, void* context);
 // The send id of the last packet, by which an exception names its cause.
