@@ -3,6 +3,7 @@
 #include "sim/wire/simconnect.h"
 #include "sim/wire/transport/connection.h"
 #include "sim/wire/transport/io_thread.h"
+#include "sim/wire/transport/pauses.h"
 #include "transport/sim_world.h"
 
 #include <future>
@@ -27,11 +28,18 @@ constexpr auto kNobody = static_cast<SimStatus>(0x80004005);
 class Operations : public testing::Test
 {
 protected:
+    Operations()
+    {
+        transportPauses.afterFlush = 0ms;
+        transportPauses.afterClose = 0ms;
+        transportPauses.betweenLooks = 1ms;
+    }
     ~Operations() override
     {
         if (handle) {
             SimConnect_Close(handle);
         }
+        transportPauses = {};
     }
     // Opens and takes the opening packet off the wire. The peer of a server before must be gone.
     template <typename Server>
@@ -126,6 +134,7 @@ TEST_F(Operations, failAtOnceWithoutASimulatorOrArguments)
 
 TEST_F(Operations, giveUpASilentMachine)
 {
+    transportPauses.connect = 100ms;
     TcpServer silent;
     silent.acceptor().listen(0);
     // Once its queue is full the system answers no further connect.
@@ -138,7 +147,17 @@ TEST_F(Operations, giveUpASilentMachine)
     configure(silent);
     const auto before = std::chrono::steady_clock::now();
     EXPECT_EQ(kNobody, SimConnect_Open(&handle, "Velatra", 0));
-    EXPECT_LT(std::chrono::steady_clock::now() - before, 4s);
+    EXPECT_LT(std::chrono::steady_clock::now() - before, 2s);
+}
+
+TEST_F(Operations, giveUpAPipeThatStaysBusy)
+{
+    transportPauses.busyPipe = 100ms;
+    const PipeServer busy(kPipeName, 0);
+    asio::io_context context;
+    asio::local::stream_protocol::socket other(context);
+    other.connect(gf_localPipeFile(kPipeName).string());
+    EXPECT_EQ(kNobody, SimConnect_Open(&handle, "Velatra", 0));
 }
 
 TEST_F(Operations, waitForAPipeThatServesOthers)
@@ -373,6 +392,7 @@ TEST_F(Operations, giveTheStatusOfABrokenConnectionAndRefuseADeadHandle)
 
 TEST_F(Operations, sendWhatIsWaitingBeforeTheyClose)
 {
+    transportPauses.afterFlush = TransportPauses().afterFlush;
     openPipe();
     for (uint32_t i = 0; i < 100; ++i) {
         ASSERT_EQ(kSimOk, SimConnect_AIRemoveObject(handle, i, 105));

@@ -4,20 +4,12 @@
 #include "sim/wire/simconnect.h"
 #include "sim/wire/transport/connection.h"
 #include "sim/wire/transport/io_thread.h"
+#include "sim/wire/transport/pauses.h"
 
 #include <algorithm>
-#include <chrono>
 #include <thread>
 
 namespace vlt {
-
-using namespace std::chrono_literals;
-
-// Pauses at the end of a connection: for the last packets to leave, and for what runs to complete.
-constexpr auto kPauseAfterFlush = 100ms;
-constexpr auto kPauseAfterClose = 250ms;
-constexpr auto kPauseForReferences = 250ms;
-constexpr int kPausesForReferences = 20;
 
 static std::shared_ptr<SimConnection> lf_find(SimHandle handle)
 {
@@ -65,8 +57,10 @@ static void lf_endIoThread()
         const std::scoped_lock lock(connectionsMutex);
         last = connections.empty();
     }
-    for (int i = 0; last && livingConnections > 0 && i < kPausesForReferences; ++i) {
-        std::this_thread::sleep_for(kPauseForReferences);
+    auto waited = TransportPauses::Time::zero();
+    while (last && livingConnections > 0 && waited < transportPauses.completions) {
+        std::this_thread::sleep_for(transportPauses.betweenLooks);
+        waited += transportPauses.betweenLooks;
     }
     gf_releaseIoThread();
 }
@@ -134,10 +128,10 @@ SimStatus SimConnect_Close(SimHandle handle)
         return kSimFail;
     }
     const bool couldFlush = connection->isOpen();
-    std::this_thread::sleep_for(kPauseAfterFlush);
+    std::this_thread::sleep_for(transportPauses.afterFlush);
     connection->dropIncoming();
     const bool couldClose = lf_end(std::move(connection));
-    std::this_thread::sleep_for(kPauseAfterClose);
+    std::this_thread::sleep_for(transportPauses.afterClose);
     lf_endIoThread();
     return couldFlush || couldClose ? kSimOk : kSimFail;
 }

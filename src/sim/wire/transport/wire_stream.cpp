@@ -1,20 +1,14 @@
 #include "sim/wire/transport/wire_stream.h"
 
+#include "sim/wire/transport/pauses.h"
+
 #include <asio/post.hpp>
-#include <chrono>
 #include <future>
 #include <memory>
 
 namespace vlt {
 
 using asio::ip::tcp;
-using namespace std::chrono_literals;
-
-// The end of the program waits for an attempt that is under way, so these stay short.
-constexpr std::chrono::milliseconds kLookupLimit = 1s;
-constexpr std::chrono::milliseconds kConnectLimit = 2s;
-// A pipe that is there but serves another client at the moment.
-constexpr std::chrono::milliseconds kPipeBusyLimit = 5s;
 
 WireStream::WireStream(asio::io_context& context) : m_context(context), m_stream(tcp::socket(context)) {}
 
@@ -36,7 +30,7 @@ static Found lf_lookUp(asio::io_context& context, const SimTarget& target)
                                promise->set_value({error, error ? tcp::endpoint() : *results.begin()});
                            });
     auto found = promise->get_future();
-    if (found.wait_for(kLookupLimit) != std::future_status::ready) {
+    if (found.wait_for(transportPauses.lookUp) != std::future_status::ready) {
         return {asio::error::timed_out, {}};
     }
     return found.get();
@@ -51,7 +45,7 @@ static std::error_code lf_connect(asio::io_context& context, tcp::socket& socket
     const auto promise = std::make_shared<std::promise<std::error_code>>();
     auto connected = promise->get_future();
     socket.async_connect(found.endpoint, [promise](std::error_code error) { promise->set_value(error); });
-    if (connected.wait_for(kConnectLimit) == std::future_status::ready) {
+    if (connected.wait_for(transportPauses.connect) == std::future_status::ready) {
         return connected.get();
     }
     // On the I/O thread, so that the socket isn't closed under a completion. One that succeeds at
@@ -70,7 +64,8 @@ static std::error_code lf_connect(asio::io_context& context, tcp::socket& socket
 std::error_code WireStream::connect(const SimTarget& target)
 {
     if (target.road == SimRoad::Pipe) {
-        return gf_connectLocalStream(m_stream.emplace<LocalStream>(m_context), target.name, kPipeBusyLimit);
+        return gf_connectLocalStream(m_stream.emplace<LocalStream>(m_context), target.name,
+                                     transportPauses.busyPipe);
     }
     return lf_connect(m_context, m_stream.emplace<tcp::socket>(m_context), target);
 }
