@@ -16,7 +16,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -29,12 +28,6 @@ static std::string lf_line(double lat, double timestamp)
         "null,adsb_icao,-1,280.0,447.0,0.78,-1,-0.53,-1,104.1,1792.0,none,A3,-1,-1,-1,-1,null,0.0,-1,-1,"
         "-1,-1,-1,1,0,0",
         lat, timestamp);
-}
-
-static void lf_hear(const std::string& line)
-{
-    std::memcpy(trafficReader.buffer.data(), line.data(), line.size());
-    trafficReader.takeDatagram(line.size());
 }
 
 static void lf_prepareReader(bool open)
@@ -52,7 +45,7 @@ static void lf_lineOutOfRange(benchmark::State& state)
     lf_prepareReader(true);
     const std::string line = lf_line(52.3, 1717665811.8);
     for (auto _ : state) {
-        lf_hear(line);
+        trafficReader.take(line);
     }
 }
 BENCHMARK(lf_lineOutOfRange)->Name("feed/out_of_range");
@@ -63,7 +56,7 @@ static void lf_lineInRange(benchmark::State& state)
     lf_prepareReader(true);
     const std::string line = lf_line(47.3, 1717665811.8);
     for (auto _ : state) {
-        lf_hear(line);
+        trafficReader.take(line);
         if (feedQueue.size() > kFull) {
             feedQueue.clear();
         }
@@ -140,7 +133,7 @@ static void lf_tick(benchmark::State& state)
     for (auto _ : state) {
         for (int i = 0; i < 2; ++i) {
             stamp += 0.001;
-            lf_hear(lf_line(47.3, stamp));
+            trafficReader.take(lf_line(47.3, stamp));
         }
         const auto begin = Clock::now();
         trafficTick();

@@ -3,11 +3,9 @@
 #include "link/traffic_reader.h"
 #include "traffic/traffic.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <initializer_list>
 
 using namespace vlt;
@@ -24,14 +22,12 @@ static bool lf_isSound(const PosSample& s)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    size = std::min(size, kDatagramLimit + 10);
-    std::memcpy(trafficReader.buffer.data(), data, std::min(size, kDatagramLimit));
     intakeOpen = true;
     trafficReader.setParkAirport(ParkAirportPlace{47, 8, 1400});
     LATERAL_RANGE.value = 100;
     lateralRangeNm = 100000;
     trafficReader.collectCallsigns = size % 2 == 0;
-    trafficReader.takeDatagram(size);
+    trafficReader.take({reinterpret_cast<const char*>(data), size});
     for (const FeedRecord& record : feedQueue) {
         if (!lf_isSound(record.sample) || record.hexid <= kLastStaticHexid ||
             !std::isfinite(record.timestamp)) {

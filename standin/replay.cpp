@@ -24,7 +24,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cstring>
 #include <stdexcept>
 
 namespace vlt {
@@ -108,6 +107,7 @@ static void lf_resetEngine()
         throw std::runtime_error("the replay was asked to end");
     }
     trafficReader.reset();
+    currentQnh = 1013;
     gf_resetSimClient();
     gf_clearTables();
     gf_resetParkAirport();
@@ -246,8 +246,7 @@ private:
             ++m_result.feedLines["no datagram"];
             return;
         }
-        std::memcpy(trafficReader.buffer.data(), line.data(), line.size());
-        trafficReader.takeDatagram(line.size());
+        trafficReader.take(line);
         ++m_result.feedLines[std::string(gf_outcomeText(trafficReader.outcome))];
         if (trafficReader.outcome == LineOutcome::Taken) {
             const std::scoped_lock lock(feedMutex);

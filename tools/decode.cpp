@@ -9,7 +9,6 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cstring>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -53,8 +52,7 @@ static Json lf_record(const FeedRecord& record)
 static void lf_centreOnLine(const std::string& line)
 {
     TrafficReader scout;
-    std::memcpy(scout.buffer.data(), line.data(), std::min(line.size(), kDatagramLimit - 1));
-    scout.takeDatagram(std::min(line.size(), kDatagramLimit - 1));
+    scout.take(std::string_view(line).substr(0, kDatagramLimit - 1));
     if (scout.fields.size() > 3) {
         const double lat = std::strtod(std::string(scout.fields[2]).c_str(), nullptr);
         const double lon = std::strtod(std::string(scout.fields[3]).c_str(), nullptr);
@@ -71,8 +69,7 @@ static Json lf_decodeLine(const std::string& line)
         return {{"dropped", "the datagram is too long"}};
     }
     const std::string last = trafficReader.lastDatagram;
-    std::memcpy(trafficReader.buffer.data(), line.data(), line.size());
-    trafficReader.takeDatagram(line.size());
+    trafficReader.take(line);
     if (trafficReader.packets == before) {
         return {{"dropped", "an empty datagram"}};
     }

@@ -10,7 +10,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <cstring>
 #include <iostream>
 #include <stdexcept>
 #include <string>
@@ -44,9 +43,8 @@ static bool lf_hear(const std::string& line)
     if (line.size() >= kDatagramLimit) {
         return false;
     }
-    std::memcpy(trafficReader.buffer.data(), line.data(), line.size());
     trafficReader.outcome = LineOutcome::Malformed;
-    trafficReader.takeDatagram(line.size());
+    trafficReader.take(line);
     return trafficReader.outcome == LineOutcome::NotOpen;
 }
 

@@ -195,7 +195,6 @@ void gf_askRunThreadsToStop()
         intakeOpen = false;
     }
     runThreads.simClient.request_stop();
-    trafficReader.stop = true;
     runThreads.trafficReader.request_stop();
 }
 
@@ -212,6 +211,7 @@ bool resetState()
         return false;
     }
     trafficReader.reset();
+    currentQnh = 1013;
     gf_resetSimClient();
     gf_clearTables();
     gf_resetParkAirport();

@@ -151,7 +151,7 @@ static void lf_takeRoll(PosSample& sample, double degrees)
     }
 }
 
-double gf_groundedAltitude(double altitude, double speed, double parkElevation)
+double gf_groundedAltitude(double altitude, double speed, std::optional<double> parkElevation)
 {
     constexpr double kJudgedBelow = 14000;       // feet
     constexpr double kUnknownElevation = -1000;  // feet, low enough that no height test holds
@@ -166,7 +166,7 @@ double gf_groundedAltitude(double altitude, double speed, double parkElevation)
         return 0;
     }
     if (altitude < kJudgedBelow) {
-        const double height = altitude - (std::isnan(parkElevation) ? kUnknownElevation : parkElevation);
+        const double height = altitude - parkElevation.value_or(kUnknownElevation);
         const auto holds = [&](const GroundLimit& l) { return height <= l.height && speed <= l.speed; };
         if (std::any_of(kGroundLimits.begin(), kGroundLimits.end(), holds)) {
             return 0;
@@ -208,12 +208,16 @@ void TrafficReader::setParkAirport(const std::optional<ParkAirportPlace>& place)
     parkElevation = place ? place->elevation : std::numeric_limits<double>::quiet_NaN();
 }
 
+std::optional<double> TrafficReader::knownElevation() const
+{
+    const double elevation = parkElevation;
+    return std::isnan(elevation) ? std::nullopt : std::optional(elevation);
+}
+
 void TrafficReader::reset()
 {
-    stop = false;
     packets = 0;
     lastTimestamp = 0.0;
-    currentQnh = 1013;
     const std::scoped_lock lock(feedMutex);
     callsignsHeard.clear();
 }
@@ -326,7 +330,7 @@ LineOutcome TrafficReader::judgeGround() const
     if (record.sample.airborne) {
         return LineOutcome::Taken;
     }
-    if (std::isnan(parkElevation)) {
+    if (!knownElevation()) {
         return LineOutcome::GroundNoPark;
     }
     const bool near = distNm({record.sample.lat, record.sample.lon}, {parkLat, parkLon}) <= kGroundRangeNm;
@@ -397,7 +401,7 @@ LineOutcome TrafficReader::decodeLine()
     }
     record.sample.speed = lf_reading(field(kSpeed));
     record.sample.altitude =
-        gf_groundedAltitude(lf_reading(field(kAltitude)), record.sample.speed, parkElevation);
+        gf_groundedAltitude(lf_reading(field(kAltitude)), record.sample.speed, knownElevation());
     record.sample.airborne = record.sample.altitude > 0;
     if (const LineOutcome named = takeCallsign(); named != LineOutcome::Taken) {
         return named;

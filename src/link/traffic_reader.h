@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <limits>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -61,16 +62,17 @@ public:
     SharedValue<double> centreLat = 0.0;  // of the range test, degrees
     SharedValue<double> centreLon = 0.0;
     SharedValue<double> parkElevation =
-        std::numeric_limits<double>::quiet_NaN();  // feet; NaN without park airport
+        std::numeric_limits<double>::quiet_NaN();  // feet; NaN without park airport, as one atomic value
     SharedValue<double> parkLat = 0.0;
     SharedValue<double> parkLon = 0.0;
     std::atomic<bool> collectCallsigns{false};          // [atomic] worker
     std::set<std::string, std::less<>> callsignsHeard;  // [feedMutex]
-    std::vector<std::string_view> fields;               // [reader] views into the datagram
+    std::vector<std::string_view> fields;               // [reader] views into the datagram at hand
     LineOutcome outcome = LineOutcome::Malformed;       // [reader] of the last datagram
     FeedRecord record;                                  // [reader] of the last datagram, as far as decoded
 
 private:
+    std::optional<double> knownElevation() const;
     LineOutcome processLine();
     LineOutcome decodeLine();
     LineOutcome takeIdentity();
@@ -91,9 +93,8 @@ extern TrafficReader trafficReader;
 // Starts the Traffic Reader's thread.
 std::jthread startTrafficReader(uint16_t port);
 
-// Air or ground: the altitude in feet that counts for a report, 0 on the ground. `parkElevation` in feet,
-// NaN when it isn't known.
-double gf_groundedAltitude(double altitude, double speed, double parkElevation);
+// Air or ground: the altitude in feet that counts for a report, 0 on the ground. `parkElevation` in feet.
+double gf_groundedAltitude(double altitude, double speed, std::optional<double> parkElevation);
 
 // A guess at the true airspeed, in knots, of an aircraft that doesn't tell, from its altitude in feet.
 double gf_estimatedTas(double altitude);

@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <stdexcept>
+#include <vector>
 
 namespace vlt {
 
@@ -16,17 +17,16 @@ using asio::ip::udp;
 
 static constexpr int32_t kReaderErrorDelay = 15;  // seconds to the restart
 
-void UdpReader::takeDatagram(size_t size)
+void UdpReader::take(std::string_view received)
 {
-    if (size == 0) {
+    if (received.empty()) {
         return;
     }
-    if (size >= kDatagramLimit) {
-        logLine(format("buffer overrun: {} bytes", size));
+    if (received.size() >= kDatagramLimit) {
+        logLine(format("buffer overrun: {} bytes", received.size()));
         return;
     }
-    buffer[size] = '\0';
-    datagram = {buffer.data(), size};
+    datagram = received;
     packets = packets + 1;
     // RealTraffic on another PC reaches us by every network both have.
     if (!realTrafficHere) {
@@ -55,29 +55,32 @@ static udp::socket lf_open(asio::io_context& context, uint16_t port)
     return socket;
 }
 
-static void lf_receiveNext(UdpReader& reader, udp::socket& socket)
+using Buffer = std::vector<char>;
+
+static void lf_receiveNext(UdpReader& reader, udp::socket& socket, Buffer& buffer)
 {
-    socket.async_receive(asio::buffer(reader.buffer.data(), kDatagramLimit),
-                         [&reader, &socket](const asio::error_code& error, size_t size) {
+    socket.async_receive(asio::buffer(buffer),
+                         [&reader, &socket, &buffer](const asio::error_code& error, size_t size) {
                              if (error == asio::error::message_size) {
-                                 size = kDatagramLimit;
+                                 size = buffer.size();
                              } else if (error) {
                                  throw std::runtime_error(format("receive error: {}", error.message()));
                              }
-                             reader.takeDatagram(size);
-                             lf_receiveNext(reader, socket);
+                             reader.take({buffer.data(), size});
+                             lf_receiveNext(reader, socket, buffer);
                          });
 }
 
 static void lf_run(const std::stop_token& token, UdpReader& reader, uint16_t port)
 {
+    Buffer buffer(kDatagramLimit);
     asio::io_context context(1);
     udp::socket socket = lf_open(context, port);
     reader.onStarted();
     logLine(format("{} connected", reader.name));
     const std::stop_callback wake(token, [&context] { context.stop(); });
-    lf_receiveNext(reader, socket);
-    while (!reader.stop && !token.stop_requested()) {
+    lf_receiveNext(reader, socket, buffer);
+    while (!token.stop_requested()) {
         context.run_for(std::chrono::seconds(1));
     }
     reader.onStopped();

@@ -1,12 +1,11 @@
 // The base of the feed readers: a thread that receives datagrams on one UDP port.
 //
-// A reader runs on its own thread, from `gf_startReader` to its stop flag, and takes no lock here. Its
-// failure ends the run with READER ERROR.
+// A reader runs on its own thread, from `gf_startReader` until its stop token is asked, and takes no lock
+// here. Its failure ends the run with READER ERROR.
 #pragma once
 
 #include "core/base/shared_value.h"
 
-#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -30,20 +29,18 @@ public:
     // The reader has stopped as asked.
     virtual void onStopped() = 0;
 
-    // Takes one received datagram of `size` bytes, which lies in `buffer`: counts it, leaves out those of
-    // kDatagramLimit bytes and repetitions, and has the others processed.
-    void takeDatagram(size_t size);
+    // Takes one datagram: counts it, leaves out those of kDatagramLimit bytes and repetitions, and has the
+    // others processed. An empty one is none. What views the datagram is valid as long as `received`.
+    void take(std::string_view received);
 
     const std::string name;
-    std::array<char, kDatagramLimit + 1> buffer{};  // [reader] with room for a closing zero
-    std::string_view datagram;                      // [reader] view into buffer
-    std::string lastDatagram;                       // [reader] copy of the one before
-    SharedValue<bool> stop = false;                 // set by the worker, tested by the loop
-    SharedValue<int32_t> packets = 0;               // datagrams received
+    std::string_view datagram;         // [reader] the one at hand
+    std::string lastDatagram;          // [reader] copy of the one before
+    SharedValue<int32_t> packets = 0;  // datagrams received
 };
 
-// Starts the reader's thread on `port`: 127.0.0.1 if RealTraffic is on this PC, else any address. The
-// thread is to be joined after `stop` was set and its stop token asked, which wakes it at once.
+// Starts the reader's thread on `port`: 127.0.0.1 if RealTraffic is on this PC, else any address. Its stop
+// token wakes it at once.
 std::jthread gf_startReader(UdpReader& reader, uint16_t port);
 
 }  // namespace vlt

@@ -10,6 +10,7 @@
 
 #include <map>
 #include <numbers>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -125,10 +126,11 @@ TEST_F(TrafficReaderTest, judgesWhatLinesAreAircraft)
 
 TEST(GroundedAltitude, followsHeightAndSpeed)
 {
-    const double unknown = std::numeric_limits<double>::quiet_NaN();
     const struct {
         const char* what;
-        double altitude, speed, elevation, expected;
+        double altitude, speed;
+        std::optional<double> elevation;
+        double expected;
     } cases[] = {
         {"below zero", -20, 250, 500, 0},
         {"low and fast", 545, 120, 500, 0},
@@ -139,8 +141,8 @@ TEST(GroundedAltitude, followsHeightAndSpeed)
         {"very slow", 620, 43, 500, 0},
         {"too high for any test", 620.1, 43, 500, 620.1},
         {"below the airport", 400, 300, 500, 0},
-        {"elevation unknown, fast", 10, 40, unknown, 10},
-        {"elevation unknown, slow", 1000, 30, unknown, 0},
+        {"elevation unknown, fast", 10, 40, std::nullopt, 10},
+        {"elevation unknown, slow", 1000, 30, std::nullopt, 0},
         {"a balloon high up", 20000, 35, 500, 0},
         {"high airport, at its limit of judgement", 14000, 40, 13990, 14000},
     };
@@ -245,9 +247,9 @@ TEST_F(TrafficReaderTest, countsDatagramsAndIgnoresGiantOnes)
 {
     std::string giant = gf_feedText(FeedLine{});
     giant.resize(kDatagramLimit, ',');
-    trafficReader.takeDatagram(giant.size());
+    gf_hear(giant);
     EXPECT_EQ(0, trafficReader.packets);
-    trafficReader.takeDatagram(0);
+    gf_hear("");
     EXPECT_EQ(0, trafficReader.packets);
     gf_hear(std::string(kDatagramLimit - 1, ','));
     EXPECT_EQ(1, trafficReader.packets);
@@ -261,8 +263,7 @@ TEST_F(TrafficReaderTest, dropsEveryTruncatedReportInSilence)
     for (size_t length = 1; length < complete; ++length) {
         // A fresh buffer of the exact size each time, so that a sanitizer sees a read past the end.
         const std::vector<char> cut(report.begin(), report.begin() + static_cast<std::ptrdiff_t>(length));
-        trafficReader.datagram = {cut.data(), cut.size()};
-        trafficReader.processDatagram();
+        trafficReader.take({cut.data(), cut.size()});
         // What is cut inside a number may be a number, but no report before its last field is whole.
         EXPECT_EQ(length + 1 == complete ? 1U : 0U, feedQueue.size()) << length;
     }

@@ -4,7 +4,6 @@
 
 #include <fmt/format.h>
 
-#include <cstring>
 #include <vector>
 
 namespace vlt {
@@ -40,8 +39,7 @@ std::string gf_feedText(const FeedLine& line)
 
 void gf_hear(const std::string& datagram)
 {
-    std::memcpy(trafficReader.buffer.data(), datagram.data(), datagram.size());
-    trafficReader.takeDatagram(datagram.size());
+    trafficReader.take(datagram);
 }
 
 }  // namespace vlt
