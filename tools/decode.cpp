@@ -5,24 +5,15 @@
 #include "core/base/run_state.h"
 #include "link/traffic_reader.h"
 
-#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <iostream>
 #include <string>
-#include <vector>
 
 namespace vlt {
 
 using Json = nlohmann::ordered_json;
-
-struct DecodeOptions {
-    std::vector<double> user;  // latitude and longitude; empty: each line is its own centre
-    std::vector<double> park;  // latitude, longitude, elevation in feet; empty: no park airport
-    int range = 100;           // nm
-    bool here = false;         // RealTraffic runs on this PC
-};
 
 static Json lf_record(const FeedRecord& record)
 {
@@ -83,7 +74,7 @@ static Json lf_decodeLine(const std::string& line)
     return {{"dropped", gf_outcomeText(trafficReader.outcome)}};
 }
 
-static void lf_decode(const DecodeOptions& options)
+int gf_decode(const DecodeOptions& options)
 {
     LATERAL_RANGE.value = options.range;
     gf_applyLateralRange();
@@ -104,23 +95,7 @@ static void lf_decode(const DecodeOptions& options)
         json["feedTime"] = lastTimestamp.load();
         std::cout << json.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
     }
-}
-
-void gf_addDecodeCommand(CLI::App& app)
-{
-    static DecodeOptions options;
-    CLI::App* command =
-        app.add_subcommand("decode", "feed lines from standard input: the record, or why it was dropped");
-    command
-        ->add_option("--user", options.user,
-                     "the user's latitude and longitude; without it every line is in range")
-        ->expected(2);
-    command
-        ->add_option("--park", options.park, "the park airport's latitude, longitude and elevation in feet")
-        ->expected(3);
-    command->add_option("--range", options.range, "traffic radius, nm")->capture_default_str();
-    command->add_flag("--here", options.here, "RealTraffic is on this PC: a repeated datagram counts again");
-    command->callback([] { lf_decode(options); });
+    return 0;
 }
 
 }  // namespace vlt

@@ -15,26 +15,13 @@
 #include <pugixml.hpp>
 
 #include <algorithm>
-#include <array>
 #include <iostream>
-#include <memory>
-#include <optional>
 #include <span>
 #include <stdexcept>
 
 namespace vlt {
 
 using nlohmann::json;
-
-struct MatchOptions {
-    std::string dbase;       // dbase.zip or dbase.xml; empty: from the server
-    std::string liveries;    // LiveriesScanned.xml
-    std::string regcodes;    // AIG-regcodes.zip or .xml; empty: none
-    std::string myRegcodes;  // a .TXT file of the user; empty: none
-    bool noRandom = false;
-    std::optional<uint64_t> seed;
-    json query = json::object();  // of the command line; empty: from standard input
-};
 
 constexpr uint64_t kLargestDocument = 1U << 30;
 
@@ -115,16 +102,33 @@ static std::string_view lf_outcomeText(RungOutcome outcome)
     return "";
 }
 
-static AcBase lf_aircraftOf(const json& query)
+static MatchQuery lf_queryOf(const json& line)
+{
+    MatchQuery query;
+    query.airline = line.value("airline", "");
+    query.model = line.value("model", "");
+    query.regcode = line.value("regcode", "");
+    if (line.contains("callsign")) {
+        query.callsign = line.value("callsign", "");
+    }
+    query.cargo = line.value("cargo", false);
+    query.parked = line.value("static", false);
+    query.depth = line.value("depth", query.depth);
+    query.hexid = line.value("hexid", 0U);
+    query.refused = line.value("refused", query.refused);
+    return query;
+}
+
+static AcBase lf_aircraftOf(const MatchQuery& query)
 {
     AcBase ac;
-    ac.airline = query.value("airline", "");
-    ac.model = query.value("model", "");
-    ac.regcode = query.value("regcode", "");
-    ac.callsign = query.value("callsign", "");
-    ac.cargo = query.value("cargo", false);
-    ac.hexid = query.value("hexid", 0U);
-    if (ac.airline.empty() && query.contains("callsign")) {
+    ac.airline = query.airline;
+    ac.model = query.model;
+    ac.regcode = query.regcode;
+    ac.callsign = query.callsign.value_or("");
+    ac.cargo = query.cargo;
+    ac.hexid = query.hexid;
+    if (ac.airline.empty() && query.callsign) {
         ac.airline = gf_airlineOfCallsign(ac.callsign);
         if (ac.airline.empty()) {
             ac.airline = kPrivateAirline;
@@ -134,11 +138,10 @@ static AcBase lf_aircraftOf(const json& query)
     return ac;
 }
 
-// The titles that the query wants to count as refused, as far as they are installed.
-static void lf_refuse(const json& query)
+// These titles count as refused, as far as they are installed.
+static void lf_refuse(const std::vector<std::string>& refused)
 {
     refusedTitles.clear();
-    const std::vector<std::string> refused = query.value("refused", std::vector<std::string>{});
     for (const auto& [airline, models] : airlineLiveries) {
         for (const auto& [model, entries] : models) {
             for (const LiveryEntry& entry : entries) {
@@ -182,12 +185,12 @@ static json lf_explained(AcBase& ac, bool parked)
     return {{"step", trace.step}, {"refused", trace.refused}, {"tried", lf_tried(trace)}};
 }
 
-static json lf_answer(const json& query)
+static json lf_answer(const MatchQuery& query)
 {
-    MATCHING_DEPTH.value = query.value("depth", MATCHING_DEPTH.def);
-    lf_refuse(query);
+    MATCHING_DEPTH.value = query.depth;
+    lf_refuse(query.refused);
     AcBase ac = lf_aircraftOf(query);
-    json answer = ac.hexid != 0 ? lf_spawned(ac) : lf_explained(ac, query.value("static", false));
+    json answer = ac.hexid != 0 ? lf_spawned(ac) : lf_explained(ac, query.parked);
     answer["airline"] = ac.airline;
     answer["model"] = ac.model;
     answer["regcode"] = ac.regcode;
@@ -206,18 +209,18 @@ static std::string lf_dump(const json& answer)
 static std::string lf_answerText(const std::string& line)
 {
     try {
-        return lf_dump(lf_answer(json::parse(line)));
+        return lf_dump(lf_answer(lf_queryOf(json::parse(line))));
     } catch (const json::exception& e) {
         return lf_dump({{"error", e.what()}});
     }
 }
 
-static void lf_run(const MatchOptions& options)
+int gf_match(const MatchOptions& options)
 {
     lf_load(options);
-    if (!options.query.empty()) {
-        std::cout << lf_dump(lf_answer(options.query)) << '\n';
-        return;
+    if (options.query) {
+        std::cout << lf_dump(lf_answer(*options.query)) << '\n';
+        return 0;
     }
     std::string line;
     while (std::getline(std::cin, line)) {
@@ -225,47 +228,7 @@ static void lf_run(const MatchOptions& options)
             std::cout << lf_answerText(line) << '\n';
         }
     }
-}
-
-static void lf_addQueryOptions(CLI::App& command, json& query)
-{
-    constexpr std::array kTexts{"airline", "model", "regcode", "callsign"};
-    constexpr std::array kFlags{"cargo", "static"};
-    for (const char* key : kTexts) {
-        command.add_option_function<std::string>(
-            format("--{}", key), [&query, key](const std::string& value) { query[key] = value; });
-    }
-    for (const char* key : kFlags) {
-        command.add_flag_callback(format("--{}", key), [&query, key] { query[key] = true; });
-    }
-    command
-        .add_option_function<int32_t>(
-            "--depth", [&query](int32_t depth) { query["depth"] = depth; }, "MATCHING_DEPTH, 1 to 4")
-        ->check(CLI::Range(MATCHING_DEPTH.min, MATCHING_DEPTH.max));
-    command.add_option_function<uint32_t>(
-        "--hexid", [&query](uint32_t hexid) { query["hexid"] = hexid; },
-        "ask as for a live aircraft that may have been here before");
-    command.add_option_function<std::vector<std::string>>(
-        "--refused", [&query](const std::vector<std::string>& titles) { query["refused"] = titles; },
-        "titles that the simulator has refused");
-}
-
-void gf_addMatchCommand(CLI::App& tool)
-{
-    CLI::App* command = tool.add_subcommand(
-        "match",
-        "ask the livery ladder; without a query in the options, JSON lines from standard input with the "
-        "same keys");
-    const auto options = std::make_shared<MatchOptions>();
-    command->add_option("--dbase", options->dbase,
-                        "dbase.zip or the document in it; default: from the server");
-    command->add_option("--liveries", options->liveries, "LiveriesScanned.xml")->required();
-    command->add_option("--regcodes", options->regcodes, "AIG-regcodes.zip or the document in it");
-    command->add_option("--my-regcodes", options->myRegcodes, "a regcode file of the user");
-    command->add_flag("--no-random", options->noRandom, "always the first of a list");
-    command->add_option("--seed", options->seed, "of the random choice");
-    lf_addQueryOptions(*command, options->query);
-    command->callback([options] { lf_run(*options); });
+    return 0;
 }
 
 }  // namespace vlt

@@ -13,20 +13,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <memory>
 #include <sstream>
 #include <stdexcept>
 
 namespace vlt {
-
-// What the options of one subcommand say.
-struct PublishOptions {
-    std::string world = "data/world";
-    std::string out = ".";  // folder, or file for the catalogue
-    std::string in;         // the catalogue's source, or a stands table
-    std::string base;       // the catalogue to which a world's airports are added
-    ArchivedAirport airport;
-};
 
 static void lf_report(const std::filesystem::path& path)
 {
@@ -51,7 +41,19 @@ static void lf_publishZip(const PublishOptions& options, const char* zipName, co
     lf_report(path);
 }
 
-static void lf_publishLiveries(const PublishOptions& options)
+int gf_publishDbase(const PublishOptions& options)
+{
+    lf_publishZip(options, "dbase.zip", "dbase.xml", gf_dbaseText(options.world));
+    return 0;
+}
+
+int gf_publishRegcodes(const PublishOptions& options)
+{
+    lf_publishZip(options, "AIG-regcodes.zip", "AIG-regcodes.xml", gf_regcodesText(options.world));
+    return 0;
+}
+
+int gf_publishLiveries(const PublishOptions& options)
 {
     std::filesystem::create_directories(options.out);
     liveries = gf_worldLiveries(options.world);
@@ -61,13 +63,14 @@ static void lf_publishLiveries(const PublishOptions& options)
         throw std::runtime_error(format("{} can't be written", path.string()));
     }
     lf_report(path);
+    return 0;
 }
 
-static void lf_publishCatalogue(const PublishOptions& options)
+int gf_publishCatalogue(const PublishOptions& options)
 {
     if (!options.base.empty()) {
         lf_write(options.out, gf_mergedCatalogue(options.base, options.world));
-        return;
+        return 0;
     }
     std::ifstream in(options.in, std::ios::binary);
     std::ostringstream source;
@@ -76,86 +79,27 @@ static void lf_publishCatalogue(const PublishOptions& options)
         throw std::runtime_error(format("{} can't be read", options.in));
     }
     lf_write(options.out, gf_catalogueText(source.view()));
+    return 0;
 }
 
-// The archive as the server keeps it.
-static void lf_publishAirports(const PublishOptions& options)
+int gf_publishAirports(const PublishOptions& options)
 {
     const std::filesystem::path folder = std::filesystem::path(options.out) / "archive" / "stock";
     std::filesystem::create_directories(folder);
     for (const ArchivedAirport& airport : gf_worldAirports(options.world)) {
         lf_write(folder / (airport.code + ".xml"), gf_archivedText(airport));
     }
+    return 0;
 }
 
-static void lf_publishAirport(const PublishOptions& options)
+int gf_publishAirport(const PublishOptions& options)
 {
-    ArchivedAirport airport = options.airport;
+    ArchivedAirport airport;
+    airport.name = options.name;
+    airport.elevation = options.elevation;
     airport.stands = gf_standsOfTable(options.in);
     lf_write(options.out, gf_archivedText(airport));
-}
-
-// A subcommand that makes a file from the world folder in the out folder.
-static void lf_addWorldCommand(CLI::App& publish, const char* name, const char* what,
-                               void (*run)(const PublishOptions&))
-{
-    CLI::App* command = publish.add_subcommand(name, what);
-    const auto options = std::make_shared<PublishOptions>();
-    command->add_option("--world", options->world, "folder of the plain tables")->capture_default_str();
-    command->add_option("--out", options->out, "folder to write to")->capture_default_str();
-    command->callback([options, run] { run(*options); });
-}
-
-static void lf_addCatalogueCommand(CLI::App& publish)
-{
-    CLI::App* command = publish.add_subcommand(
-        "catalogue",
-        "airports_p3d.xml from a JSON list of airports, or from another one and a world's airports");
-    const auto options = std::make_shared<PublishOptions>();
-    CLI::Option* in = command->add_option("--in", options->in, "the JSON file");
-    CLI::Option* base = command->add_option("--base", options->base, "the airports_p3d.xml to begin with");
-    command->add_option("--world", options->world, "folder of the plain tables")
-        ->needs(base)
-        ->capture_default_str();
-    command->add_option("--out", options->out, "the file to write")->required();
-    in->excludes(base);
-    command->callback([options, in, base] {
-        if (in->empty() && base->empty()) {
-            throw CLI::RequiredError("--in or --base");
-        }
-        lf_publishCatalogue(*options);
-    });
-}
-
-static void lf_addAirportCommand(CLI::App& publish)
-{
-    CLI::App* command =
-        publish.add_subcommand("airport-file", "one archived airport file from a table of stands");
-    const auto options = std::make_shared<PublishOptions>();
-    command->add_option("--stands", options->in, "the table: id,lat,lon,heading,radius_m,kind")->required();
-    command->add_option("--name", options->airport.name, "the airport's name")->required();
-    command->add_option("--elevation", options->airport.elevation, "feet")->required();
-    command->add_option("--out", options->out, "the file to write")->required();
-    command->callback([options] { lf_publishAirport(*options); });
-}
-
-void gf_addPublishCommand(CLI::App& tool)
-{
-    CLI::App* publish = tool.add_subcommand("publish", "make the download server's files from plain tables");
-    publish->require_subcommand(1);
-    lf_addWorldCommand(*publish, "dbase", "dbase.zip", [](const PublishOptions& options) {
-        lf_publishZip(options, "dbase.zip", "dbase.xml", gf_dbaseText(options.world));
-    });
-    lf_addWorldCommand(*publish, "regcodes", "AIG-regcodes.zip", [](const PublishOptions& options) {
-        lf_publishZip(options, "AIG-regcodes.zip", "AIG-regcodes.xml", gf_regcodesText(options.world));
-    });
-    lf_addWorldCommand(*publish, "liveries", "LiveriesScanned.xml, as if the liveries had been scanned",
-                       lf_publishLiveries);
-
-    lf_addWorldCommand(*publish, "airport-files", "the archive of airport files, archive/stock",
-                       lf_publishAirports);
-    lf_addCatalogueCommand(*publish);
-    lf_addAirportCommand(*publish);
+    return 0;
 }
 
 }  // namespace vlt

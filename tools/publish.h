@@ -1,12 +1,33 @@
 // velatra-tool publish: makes the files of the download server, and the airport catalogue.
+//
+// Each function prints what it wrote as JSON lines, gives the exit code, and throws if it can't write.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <string>
 
 namespace vlt {
 
-// Adds `publish` with its subcommands dbase, regcodes, liveries and catalogue. Each prints what it wrote
-// as one JSON line.
-void gf_addPublishCommand(CLI::App& tool);
+// What the options of one subcommand say.
+struct PublishOptions {
+    std::string world = "data/world";
+    std::string out = ".";  // folder; a file for the catalogue and the single airport
+    std::string in;         // the catalogue's source, or a stands table
+    std::string base;       // the catalogue to which a world's airports are added
+    std::string name;       // of the single airport
+    int elevation = 0;      // of the single airport, feet
+};
+
+int gf_publishDbase(const PublishOptions& options);
+int gf_publishRegcodes(const PublishOptions& options);
+int gf_publishLiveries(const PublishOptions& options);
+
+// From a JSON list of airports, or from `base` and the world's airports.
+int gf_publishCatalogue(const PublishOptions& options);
+
+// The archive as the server keeps it.
+int gf_publishAirports(const PublishOptions& options);
+
+// One archived airport file from a table of stands.
+int gf_publishAirport(const PublishOptions& options);
 
 }  // namespace vlt

@@ -1,10 +1,30 @@
-// The subcommand `replay`: a recording through the whole engine on a virtual clock.
+// velatra-tool replay: a recording through the whole engine on a virtual clock.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "standin/replay.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <vector>
 
 namespace vlt {
 
-void gf_addReplayCommand(CLI::App& app);
+struct ReplayToolOptions {
+    ReplayOptions replay;
+    std::filesystem::path recording;  // empty: the built-in day
+    std::filesystem::path out = "replay";
+    std::vector<double> user;            // latitude, longitude
+    std::optional<double> userAltitude;  // feet; none: on the ground
+    double userHeadingDeg = 0;
+    std::optional<double> elevation;  // of the ground, feet
+    double slopePercent = 0;
+    int32_t every = 10;  // ticks between the rows of tracks.csv
+    bool noEvents = false;
+};
+
+// Writes the results to the folder `out` and prints one JSON line. The exit code: 2 if something was that
+// must never be. Throws if a recording comes without the user's place.
+int gf_replayToFiles(const ReplayToolOptions& options);
 
 }  // namespace vlt

@@ -16,14 +16,6 @@
 
 namespace vlt {
 
-struct StandToolOptions {
-    std::string airportFile;
-    double spanM = 34.1;  // of the aircraft, metres
-    double radiusM = 55;  // within which a stand is searched
-    bool allowFar = false;
-    std::string category = "Large";
-};
-
 static void lf_loadStands(const std::string& file)
 {
     pugi::xml_document document;
@@ -48,7 +40,7 @@ static bool lf_hear(const std::string& line)
     return trafficReader.outcome == LineOutcome::NotOpen;
 }
 
-static nlohmann::ordered_json lf_answer(int64_t number, const StandToolOptions& options)
+static nlohmann::ordered_json lf_answer(int64_t number, const StandOptions& options)
 {
     const FeedRecord& record = trafficReader.record;
     const LatLon place{record.sample.lat, record.sample.lon};
@@ -72,7 +64,7 @@ static nlohmann::ordered_json lf_answer(int64_t number, const StandToolOptions& 
     return json;
 }
 
-static void lf_stands(const StandToolOptions& options)
+int gf_findStands(const StandOptions& options)
 {
     constexpr double kAnywhere = 100;  // nm, the reader's largest range
     lf_loadStands(options.airportFile);
@@ -94,20 +86,7 @@ static void lf_stands(const StandToolOptions& options)
                 << '\n';
         }
     }
-}
-
-void gf_addStandCommand(CLI::App& app)
-{
-    static StandToolOptions options;
-    CLI::App* command = app.add_subcommand(
-        "stand", "feed lines from standard input: the stand that each report on the ground leads to");
-    command->add_option("--airport-file", options.airportFile, "the airport file with the stands")
-        ->required();
-    command->add_option("--span", options.spanM, "the aircraft's wing span, metres")->capture_default_str();
-    command->add_option("--radius", options.radiusM, "how far a stand may be, metres")->capture_default_str();
-    command->add_flag("--far", options.allowFar, "also take a stand whose history knows the flight");
-    command->add_option("--category", options.category, "Large or Rotorcraft")->capture_default_str();
-    command->callback([] { lf_stands(options); });
+    return 0;
 }
 
 }  // namespace vlt
