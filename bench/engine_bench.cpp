@@ -3,6 +3,7 @@
 #include "core/base/parameters.h"
 #include "core/base/run_state.h"
 #include "core/base/text.h"
+#include "core/run.h"
 #include "core/traffic_loop.h"
 #include "link/traffic_reader.h"
 #include "sim/client.h"
@@ -16,6 +17,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -92,8 +94,10 @@ static void lf_parkStatics(int count)
 // within the measurement; and as many static ones.
 static void lf_fillSky(int count)
 {
-    gf_clearTables();
-    gf_resetSimClient();
+    closeRequested = false;
+    if (!gf_resetRun()) {
+        std::abort();
+    }
     gf_reserveTables();
     for (int i = 0; i < count; ++i) {
         LiveAc& ac = liveAcs.emplace_back();

@@ -79,14 +79,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     lf_prepareOnce();
     lf_write(kFile, data, size);
     lf_write(kLearned, data, size);
-    Apf apf;
-    apf.code = "FUZZ";
-    bool loaded = false;
-    try {
-        loaded = gf_readApf(kFile.generic_string(), apf).empty();
-    } catch (const UserErrorException&) {
-        lf_require(apf.stands.empty());
-    }
+    const AirportLoad load = gf_readApf(kFile.generic_string(), "FUZZ");
+    const Apf& apf = load.apf;
+    const bool loaded = load.failed.empty();
     lf_require(loaded == !apf.stands.empty());
     lf_checkStands(apf.stands);
     if (loaded) {

@@ -1,6 +1,7 @@
 // Any stream of reports, any answers of the simulator: three aircraft at an airport are driven by them. All
 // numbers must stay finite, every aircraft on earth, and a parked one where it is.
 #include "airports/airports.h"
+#include "core/run.h"
 #include "traffic/cycle.h"
 #include "traffic/geodesy.h"
 #include "traffic/performance.h"
@@ -29,7 +30,6 @@ static void lf_require(bool holds)
 
 static void lf_buildAirport()
 {
-    parkApf = Apf{};
     parkApf.code = "XFUZ";
     parkAirport = ParkAirportPlace{47, 8, 1000};
     for (uint32_t i = 0; i < 3; ++i) {
@@ -145,7 +145,7 @@ static void lf_answer(FuzzedDataProvider& input)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     FuzzedDataProvider input(data, size);
-    gf_clearTables();
+    lf_require(gf_resetRun());
     tick = 100'000;
     userNow.lat = 47.1;
     userNow.lon = 8;
@@ -167,7 +167,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             lf_letTimePass(input.ConsumeIntegralInRange(1, 600));
         }
     }
-    parkApf = Apf{};
-    parkAirport.reset();
     return 0;
 }

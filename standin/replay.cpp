@@ -1,6 +1,5 @@
 #include "standin/replay.h"
 
-#include "airports/airport_file.h"
 #include "airports/loading.h"
 #include "airports/parking/park_airport.h"
 #include "core/base/clock.h"
@@ -9,6 +8,7 @@
 #include "core/base/random.h"
 #include "core/base/run_state.h"
 #include "core/base/text.h"
+#include "core/run.h"
 #include "core/traffic_loop.h"
 #include "link/traffic_reader.h"
 #include "liveries/dbase_reader.h"
@@ -19,7 +19,6 @@
 #include "standin/direct.h"
 #include "standin/installed_titles.h"
 #include "standin/publisher.h"
-#include "traffic/collision.h"
 
 #include <algorithm>
 #include <chrono>
@@ -58,24 +57,12 @@ static LatLon lf_middleOf(const std::vector<ParkPos>& stands)
 // The file becomes the park airport, whatever its publisher and wherever it lies.
 static void lf_loadAirport(const ReplayOptions& options)
 {
-    pugi::xml_document document;
-    if (const auto parsed = document.load_file(options.airportFile.c_str()); !parsed) {
-        throw std::runtime_error(format("{}: {}", options.airportFile.string(), parsed.description()));
+    AirportLoad load = gf_readApfAlone(options.airportFile, options.airportCode);
+    if (!load.failed.empty()) {
+        throw std::runtime_error(format("{}: {}", options.airportFile.string(), load.failed));
     }
-    parkApf.code = options.airportCode;
-    parkApf.altitude = gf_intParameter(document, "altitude").value_or(0);
-    gf_readParkPositions(document, parkApf.stands);
-    if (parkApf.stands.empty()) {
-        throw std::runtime_error(format("{}: no stands found", options.airportFile.string()));
-    }
-    uint32_t index = kNoStand;
-    for (ParkPos& stand : parkApf.stands) {
-        stand.index = ++index;
-    }
-    gf_findNeighbours(parkApf.stands);
-    const LatLon middle = lf_middleOf(parkApf.stands);
-    parkAirport = ParkAirportPlace{middle.lat, middle.lon, static_cast<double>(parkApf.altitude)};
-    airportLoaded = true;
+    const LatLon middle = lf_middleOf(load.apf.stands);
+    gf_installParkAirport(std::move(load), middle);
 }
 
 static SimulatorOptions lf_simulatorOptions(const ReplayOptions& options)
@@ -103,22 +90,10 @@ static void lf_setParameters(const ReplayOptions& options)
 static void lf_resetEngine()
 {
     closeRequested = false;
-    if (!gf_resetRunState()) {
+    if (!gf_resetRun()) {
         throw std::runtime_error("the replay was asked to end");
     }
-    trafficReader.reset();
-    currentQnh = 1013;
-    gf_resetSimClient();
-    gf_clearTables();
-    gf_resetParkAirport();
-    gf_forgetCollisions();
     gf_clearMatchIndexes();
-    titleCache.clear();
-    failedLiveries.clear();
-    refusedTitles.clear();
-    refusedAircraft.clear();
-    secondDue = false;
-    secondCount = 0;
     tick = 0;
 }
 
@@ -136,7 +111,6 @@ public:
         if (!options.airportFile.empty()) {
             lf_loadAirport(options);
         }
-        trafficReader.setParkAirport(parkAirport);
         trafficReader.setCentre({options.user.lat, options.user.lon});
         simTimeMode = true;
         realTrafficHere = true;  // a repeated line counts
@@ -149,10 +123,8 @@ public:
     {
         gf_closeSim();
         gf_setDirectSimulator(nullptr);
-        gf_clearTables();
-        gf_resetParkAirport();
+        lf_resetEngine();
         simTimeMode = false;
-        currentQnh = 1013;
     }
 
     Replay(const Replay&) = delete;
@@ -283,7 +255,6 @@ ReplayResult gf_replay(const FeedSource& feed, const ReplayOptions& options, Rep
 std::string gf_withPressureAltitude(const std::string& line, int32_t qnh)
 {
     constexpr double kFeetPerHectopascal = 27.3;  // near sea level in the standard atmosphere
-    constexpr int kStandardQnh = 1013;
     constexpr size_t kAltitudeField = 4;
     size_t begin = 0;
     for (size_t field = 0; field < kAltitudeField; ++field) {

@@ -1,6 +1,5 @@
 #include "tools/stand.h"
 
-#include "airports/airport_file.h"
 #include "airports/loading.h"
 #include "airports/stand_search.h"
 #include "core/base/parameters.h"
@@ -15,19 +14,6 @@
 #include <string>
 
 namespace vlt {
-
-static void lf_loadStands(const std::string& file)
-{
-    pugi::xml_document document;
-    if (const auto parsed = document.load_file(file.c_str()); !parsed) {
-        throw std::runtime_error(file + ": " + parsed.description());
-    }
-    gf_readParkPositions(document, parkApf.stands);
-    uint32_t index = kNoStand;
-    for (ParkPos& stand : parkApf.stands) {
-        stand.index = ++index;
-    }
-}
 
 // The report's position; it counts wherever it is.
 static bool lf_hear(const std::string& line)
@@ -67,10 +53,11 @@ static nlohmann::ordered_json lf_answer(int64_t number, const StandOptions& opti
 int gf_findStands(const StandOptions& options)
 {
     constexpr double kAnywhere = 100;  // nm, the reader's largest range
-    lf_loadStands(options.airportFile);
-    if (parkApf.stands.empty()) {
-        throw std::runtime_error("no stands found");
+    AirportLoad load = gf_readApfAlone(options.airportFile, "XXXX");
+    if (!load.failed.empty()) {
+        throw std::runtime_error(options.airportFile + ": " + load.failed);
     }
+    parkApf = std::move(load.apf);
     const ParkPos& first = parkApf.stands.front();
     LATERAL_RANGE.value = static_cast<int32_t>(kAnywhere);
     gf_applyLateralRange();

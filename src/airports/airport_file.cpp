@@ -1,8 +1,8 @@
 #include "airports/airport_file.h"
 
+#include "airports/parking_settings.h"
 #include "core/base/errors.h"
 #include "core/base/log.h"
-#include "core/base/parameters.h"
 #include "core/base/text.h"
 #include "core/base/xml_file.h"
 #include "liveries/database.h"
@@ -154,28 +154,6 @@ static void lf_parameter(pugi::xml_node& parameters, const std::string& name, co
     lf_attribute(parameter, "value", value);
 }
 
-// The parking settings in force: the next visit finds them again.
-static void lf_writeSettings(pugi::xml_node& parameters)
-{
-    // Stands for "off" to the readers of `WEEK`: looking at the whole week isn't kept.
-    constexpr const char* kWeekHours = "24";
-    const auto write = [&parameters](const Parameter& p, const std::string& value) {
-        lf_parameter(parameters, p.name, value);
-    };
-    write(LATERAL_RANGE, std::to_string(LATERAL_RANGE.value));
-    write(AUTO_RANGE, lf_word(AUTO_RANGE.value));
-    write(WEEK, kWeekHours);
-    write(PARK_FAKE, lf_word(PARK_FAKE.value));
-    write(PARK_SOFT, lf_word(PARK_SOFT.value));
-    write(parking_percentage, std::to_string(parking_percentage.value));
-    write(INITIAL_LOAD_ONLY, lf_word(INITIAL_LOAD_ONLY.value));
-    write(MAX_FIT, std::to_string(MAX_FIT.value));
-    if (MAX_LIVE.value >= 0) {
-        write(MAX_LIVE, std::to_string(MAX_LIVE.value));
-    }
-    write(LEARN_SOFT, lf_word(LEARN_SOFT.value));
-}
-
 static void lf_writeParameters(pugi::xml_document& document, const Apf& apf, AirportFileMode mode)
 {
     pugi::xml_node parameters = document.append_child("parameters");
@@ -197,7 +175,7 @@ static void lf_writeParameters(pugi::xml_document& document, const Apf& apf, Air
         lf_parameter(parameters, "BGLpath", apf.bglPath);
     }
     if (!generated) {
-        lf_writeSettings(parameters);
+        gf_writeParkingSettings(parameters);
     }
 }
 

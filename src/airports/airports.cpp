@@ -1,7 +1,5 @@
 #include "airports/airports.h"
 
-#include "core/base/display.h"
-
 #include <algorithm>
 #include <cctype>
 
@@ -11,18 +9,12 @@ std::list<ParkListEntry> parkAirports;
 Apf parkApf;
 std::string reservedStand;
 bool softLearningAllowed = true;
-int32_t updateCount = 0;
-std::atomic<bool> airportLoaded{false};
+SharedValue<int32_t> updateCount = 0;
+SharedValue<ParkState> parkState = ParkState::None;
 
 ParkPos* gf_stand(uint32_t index)
 {
     return index == kNoStand || index > parkApf.stands.size() ? nullptr : &parkApf.stands[index - 1];
-}
-
-void gf_countUpdate()
-{
-    ++updateCount;
-    display.updatesCount = updateCount;
 }
 
 bool gf_isAirportCode(std::string_view code)

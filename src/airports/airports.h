@@ -5,9 +5,9 @@
 #pragma once
 
 #include "core/base/hours.h"
+#include "core/base/shared_value.h"
 #include "traffic/traffic.h"
 
-#include <atomic>
 #include <cstdint>
 #include <list>
 #include <string>
@@ -100,13 +100,17 @@ extern Apf parkApf;  // [worker] the park airport; an empty code: there is none
 // until the list is built anew.
 ParkPos* gf_stand(uint32_t index);
 
-extern std::string reservedStand;        // [worker] id of the stand that stays free for the user, or empty
-extern bool softLearningAllowed;         // [worker] the park airport's real data aren't good enough
-extern int32_t updateCount;              // [worker] what was learned since the load
-extern std::atomic<bool> airportLoaded;  // [atomic] worker: the park airport's file was read
+extern std::string reservedStand;         // [worker] id of the stand that stays free for the user, or empty
+extern bool softLearningAllowed;          // [worker] the park airport's real data aren't good enough
+extern SharedValue<int32_t> updateCount;  // [worker] what was learned since the load; the window shows it
 
-// Counts one thing learned, also for the window.
-void gf_countUpdate();
+// How far the park airport is known.
+enum class ParkState : int32_t {
+    None,     // there is none
+    InSight,  // its place is known; the next look loads its file
+    Loaded,   // its stands are known
+};
+extern SharedValue<ParkState> parkState;  // [worker]
 
 // 1 to 8 letters or digits: fit to become part of a file name or an address.
 bool gf_isAirportCode(std::string_view code);

@@ -1,88 +1,13 @@
 #include "airports/learned_file.h"
 
 #include "airports/airport_file.h"
-#include "core/base/display.h"
 #include "core/base/log.h"
-#include "core/base/parameters.h"
 #include "core/base/text.h"
 #include "traffic/geodesy.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace vlt {
-
-// --- the settings of the last visit
-
-static void lf_logSetting(const Parameter& p, std::string_view value)
-{
-    logLine(format("{:24}: {}", p.name, value));
-}
-
-static void lf_apply(const pugi::xml_document& document, BoolParameter& p)
-{
-    if (const auto value = gf_boolParameter(document, p.name.c_str())) {
-        p.value = *value;
-        lf_logSetting(p, *value ? "true" : "false");
-    }
-}
-
-// False if the file doesn't tell.
-static bool lf_apply(const pugi::xml_document& document, IntParameter& p)
-{
-    const auto value = gf_intParameter(document, p.name.c_str());
-    if (value) {
-        p.value = std::clamp(*value, p.min, p.max);
-        lf_logSetting(p, std::to_string(p.value));
-    }
-    return value.has_value();
-}
-
-static void lf_applyRange(const pugi::xml_document& document)
-{
-    const auto automatic = gf_boolParameter(document, AUTO_RANGE.name.c_str());
-    // Switching it off brings back the range from before: the file's own comes after that.
-    if (automatic && !*automatic) {
-        gf_switchAutoRange(false);
-    }
-    if (lf_apply(document, LATERAL_RANGE)) {
-        gf_applyLateralRange();
-    }
-    if (automatic) {
-        gf_switchAutoRange(*automatic);
-        lf_logSetting(AUTO_RANGE, *automatic ? "true" : "false");
-    }
-}
-
-static void lf_applyMaxFit(const pugi::xml_document& document)
-{
-    const auto value = gf_intParameter(document, MAX_FIT.name.c_str());
-    if (!value) {
-        return;
-    }
-    MAX_FIT.value = std::clamp(*value, MAX_FIT.min, MAX_FIT.max);
-    gf_applyMaxFit();
-    logLine(format("{:24}: {} (max number of half hours, is {} hrs decimal)", MAX_FIT.name,
-                   MAX_FIT.value.load(), MAX_FIT_FL.value.load()));
-}
-
-static void lf_applySettings(const pugi::xml_document& document)
-{
-    constexpr int32_t kUsualPercentage = 30;
-    lf_apply(document, LEARN_SOFT);
-    if (!lf_apply(document, MAX_LIVE)) {
-        MAX_LIVE.value = -1;
-    }
-    lf_applyRange(document);
-    lf_apply(document, PARK_FAKE);
-    lf_apply(document, WEEK);
-    lf_apply(document, PARK_SOFT);
-    if (!lf_apply(document, parking_percentage)) {
-        parking_percentage.value = kUsualPercentage;
-    }
-    lf_apply(document, INITIAL_LOAD_ONLY);
-    lf_applyMaxFit(document);
-}
 
 // --- the stands
 
@@ -181,7 +106,6 @@ static void lf_moveAside(const std::filesystem::path& path, const std::string& s
 static void lf_merge(const pugi::xml_document& document, const std::string& shown, Apf& apf)
 {
     lf_compareName(document, apf);
-    lf_applySettings(document);
     if (!gf_boolParameter(document, "handmade").value_or(false)) {
         std::vector<ParkPos> stands = apf.stands;
         lf_mergeStands(document, shown, stands);
@@ -194,7 +118,8 @@ static void lf_merge(const pugi::xml_document& document, const std::string& show
     apf.stands = std::move(stands);
 }
 
-void lf_readLearned(const std::filesystem::path& path, const std::string& shown, Apf& apf)
+void lf_readLearned(const std::filesystem::path& path, const std::string& shown, Apf& apf,
+                    std::optional<ParkingSettings>& settings)
 {
     try {
         pugi::xml_document document;
@@ -204,9 +129,10 @@ void lf_readLearned(const std::filesystem::path& path, const std::string& shown,
             return;
         }
         logLine(format("Read from learned airport file: \"{}\"", shown));
+        settings = gf_readParkingSettings(document);
         lf_merge(document, shown, apf);
     } catch (const std::exception& e) {
-        logLine(format("{}: {}", "lf_readLearned", e.what()));
+        logLine(format("lf_readLearned: {}", e.what()));
     }
 }
 

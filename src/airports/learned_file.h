@@ -1,23 +1,26 @@
 // The learned file: what live traffic and the user taught, laid over an airport file.
 //
-// Worker thread. Applies the parking settings that the file was saved with.
+// Worker thread, no state: what the file was saved with is only read.
 #pragma once
 
 #include "airports/airports.h"
+#include "airports/parking_settings.h"
 
 #include <pugixml.hpp>
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace vlt {
 
-// Merges the learned file `path` into `apf`; a handmade one replaces its stands and sets `apf.handmade`.
-// `shown` is the path as the log names it. A file that can't be parsed is moved aside; what else goes
-// wrong is logged. The stands are whole afterwards either way: a handmade file that fails keeps the
-// archived ones.
-void lf_readLearned(const std::filesystem::path& path, const std::string& shown, Apf& apf);
+// Merges the learned file `path` into `apf`; a handmade one replaces its stands and sets `apf.handmade`. The
+// parking settings that it was saved with go to `settings`. `shown` is the path as the log names it. A file
+// that can't be parsed is moved aside, and has no settings; what else goes wrong is logged. The stands are
+// whole afterwards either way: a handmade file that fails keeps the archived ones.
+void lf_readLearned(const std::filesystem::path& path, const std::string& shown, Apf& apf,
+                    std::optional<ParkingSettings>& settings);
 
 // Lays a `parkpos` element over the stand of the same id: its changes, and the options that are new.
 // False for another id.

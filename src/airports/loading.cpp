@@ -3,11 +3,9 @@
 #include "airports/airport_file.h"
 #include "airports/airport_lookup.h"
 #include "airports/learned_file.h"
-#include "core/base/display.h"
 #include "core/base/download.h"
 #include "core/base/errors.h"
 #include "core/base/log.h"
-#include "core/base/parameters.h"
 #include "core/base/paths.h"
 #include "core/base/text.h"
 #include "platform/paths_form.h"
@@ -110,34 +108,11 @@ void gf_findNeighbours(std::vector<ParkPos>& stands)
 
 // --- the load, stage by stage
 
-// What a load is about: where it reads, and what it reads into.
-struct Load {
-    std::string source;          // path as given; of a handmade file the learned path
-    std::filesystem::path file;  // what is parsed
-    pugi::xml_document document;
-    Apf& apf;
-};
-
-// Fetches a file of the server. An empty text on success.
-static std::string lf_fetch(Load& load)
+static void lf_readParameters(const pugi::xml_document& document, Apf& apf)
 {
-    if (gf_isLocalPath(load.source)) {
-        load.file = gf_toNativeForm(load.source);
-        return {};
-    }
-    load.file = kAirportsFolder / "park_airport.xml";
-    if (gf_fetch(load.source, load.file)) {
-        return {};
-    }
-    return format("failed to download: \"{}\"", gf_serverAddress() + load.source);
-}
-
-static void lf_readParameters(Load& load)
-{
-    Apf& apf = load.apf;
-    apf.trafficWeek = gf_intParameter(load.document, "RT_traffic_week").value_or(0);
-    apf.publisher = gf_textParameter(load.document, "publisher").value_or("");
-    const auto altitude = gf_intParameter(load.document, "altitude");
+    apf.trafficWeek = gf_intParameter(document, "RT_traffic_week").value_or(0);
+    apf.publisher = gf_textParameter(document, "publisher").value_or("");
+    const auto altitude = gf_intParameter(document, "altitude");
     if (!altitude) {
         throw UserErrorException(kPlainUserError, format("Parameter {} not found", "altitude"));
     }
@@ -145,35 +120,26 @@ static void lf_readParameters(Load& load)
         throw std::runtime_error(format("an altitude of {} ft can't be", *altitude));
     }
     apf.altitude = *altitude;
-    apf.name = gf_textParameter(load.document, "airport_name").value_or("");
+    apf.name = gf_textParameter(document, "airport_name").value_or("");
 }
 
-static void lf_readStands(Load& load)
+static void lf_readStands(const pugi::xml_document& document, Apf& apf)
 {
-    gf_readParkPositions(load.document, load.apf.stands);
-    load.apf.quality.real = gf_intParameter(load.document, "Qf_real").value_or(-1);
-    load.apf.quality.soft = gf_intParameter(load.document, "Qf_soft").value_or(-1);
+    gf_readParkPositions(document, apf.stands);
+    apf.quality.real = gf_intParameter(document, "Qf_real").value_or(-1);
+    apf.quality.soft = gf_intParameter(document, "Qf_soft").value_or(-1);
 }
 
-static void lf_forgetSettings()
-{
-    constexpr int32_t kUsualPercentage = 30;
-    parking_percentage.value = kUsualPercentage;
-    display.percentageEnabled = false;
-    logLine(format("{:24}: {}%", parking_percentage.name, kUsualPercentage));
-}
-
-static void lf_layLearnedOver(Load& load)
+static void lf_layLearnedOver(AirportLoad& load)
 {
     const std::string learned = learnedPath(load.source, load.apf.publisher);
     const std::filesystem::path file = gf_toNativeForm(learned);
     std::error_code error;
-    if (learned.empty() || !std::filesystem::is_regular_file(file, error)) {
-        lf_forgetSettings();
+    load.learned = !learned.empty() && std::filesystem::is_regular_file(file, error);
+    if (!load.learned) {
         return;
     }
-    lf_readLearned(file, learned, load.apf);
-    display.percentageEnabled = true;
+    lf_readLearned(file, learned, load.apf, load.settings);
     load.apf.quality = gf_qualityFactor(load.apf.stands);
     if (load.apf.handmade) {
         load.source = learned;
@@ -192,7 +158,7 @@ static void lf_finishStands(std::vector<ParkPos>& stands)
     gf_findNeighbours(stands);
 }
 
-static void lf_logLoad(const Load& load)
+static void lf_logLoad(const AirportLoad& load)
 {
     const Apf& apf = load.apf;
     logLine(format("Airport file read from \"{}\" for {}", load.source, apf.name));
@@ -203,56 +169,72 @@ static void lf_logLoad(const Load& load)
     logLine(format("{:24}: {}", "RT traffic week", apf.trafficWeek));
 }
 
-static void lf_publish(const Apf& apf)
-{
-    display.standCount = static_cast<int32_t>(apf.stands.size());
-    display.airportAltitude = apf.altitude;
-    display.trafficWeek = apf.trafficWeek;
-    display.handmade = apf.handmade;
-    gf_setText(&Display::airportName, apf.name);
-    gf_setText(&Display::qualityText, gf_qualityText(apf.quality));
-    airportLoaded = true;
-    display.flushStaticEnabled = true;
-}
+enum class Learned { LaidOver, LeftOut };
 
-static std::string lf_load(Load& load)
+// What is wrong with the file, an empty text for nothing. Throws for what it holds.
+static std::string lf_read(const std::filesystem::path& file, Learned learned, AirportLoad& load)
 {
-    if (std::string failed = lf_fetch(load); !failed.empty()) {
-        logLine(failed);
-        return failed;
-    }
-    load.apf.handmade = false;
-    load.apf.stands.clear();
-    if (const auto parsed = load.document.load_file(load.file.c_str()); !parsed) {
+    pugi::xml_document document;
+    if (const auto parsed = document.load_file(file.c_str()); !parsed) {
         return format("{} could not be loaded: {}", load.source, parsed.description());
     }
-    lf_readParameters(load);
-    lf_readStands(load);
-    lf_layLearnedOver(load);
+    lf_readParameters(document, load.apf);
+    lf_readStands(document, load.apf);
+    if (learned == Learned::LaidOver) {
+        lf_layLearnedOver(load);
+    }
     lf_finishStands(load.apf.stands);
     lf_logLoad(load);
-    lf_publish(load.apf);
     return load.apf.stands.empty() ? "no stands found" : "";
 }
 
-std::string gf_readApf(const std::string& path, Apf& apf)
+// Every failure becomes a text, and leaves no stands.
+static void lf_tryToRead(const std::filesystem::path& file, Learned learned, AirportLoad& load)
 {
-    if (path.empty()) {
-        return format("{} xml is empty...", "gf_readApf");
-    }
-    if (apf.code.empty()) {
-        return format("{} no park airport set", "gf_readApf");
-    }
     try {
-        Load load{path, {}, {}, apf};
-        return lf_load(load);
-    } catch (const UserErrorException&) {
-        apf.stands.clear();
-        throw;
+        load.failed = lf_read(file, learned, load);
+    } catch (const UserErrorException& e) {
+        load.failed = e.what();
     } catch (const std::exception& e) {
-        apf.stands.clear();
-        return format("{}: {}", "gf_readApf", e.what());
+        load.failed = format("gf_readApf: {}", e.what());
     }
+    if (!load.failed.empty()) {
+        load.apf.stands.clear();
+    }
+}
+
+static AirportLoad lf_newLoad(const std::string& source, const std::string& code)
+{
+    AirportLoad load;
+    load.source = source;
+    load.apf.code = code;
+    return load;
+}
+
+AirportLoad gf_readApf(const std::string& path, const std::string& code)
+{
+    AirportLoad load = lf_newLoad(path, code);
+    if (path.empty()) {
+        load.failed = "gf_readApf xml is empty...";
+    } else if (code.empty()) {
+        load.failed = "gf_readApf no park airport set";
+    } else if (gf_isLocalPath(path)) {
+        lf_tryToRead(gf_toNativeForm(path), Learned::LaidOver, load);
+    } else if (const std::filesystem::path fetched = kAirportsFolder / "park_airport.xml";
+               gf_fetch(path, fetched)) {
+        lf_tryToRead(fetched, Learned::LaidOver, load);
+    } else {
+        load.failed = format("failed to download: \"{}\"", gf_serverAddress() + path);
+        logLine(load.failed);
+    }
+    return load;
+}
+
+AirportLoad gf_readApfAlone(const std::filesystem::path& file, const std::string& code)
+{
+    AirportLoad load = lf_newLoad(file.string(), code);
+    lf_tryToRead(file, Learned::LeftOut, load);
+    return load;
 }
 
 }  // namespace vlt

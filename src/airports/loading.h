@@ -1,21 +1,34 @@
 // Loading of an airport file: from its path to a stand list that is ready for parking.
 //
-// Worker thread. A load leaves the stand list either whole or empty.
+// Worker thread. A load reads and nothing else: no parameter, no table and no field of the window changes. It
+// leaves the stand list either whole or empty.
 #pragma once
 
 #include "airports/airports.h"
+#include "airports/parking_settings.h"
 
+#include <filesystem>
+#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace vlt {
 
-// Loads the airport file at `path`, a local path or one on the server, with the learned file that belongs
-// to it, into `apf`, whose code says which airport it is. The text is empty on success, else what went
-// wrong. Throws UserErrorException for a file whose elevation is missing or whose stand ids are doubled;
-// `apf` then has no stands.
-std::string gf_readApf(const std::string& path, Apf& apf);
+// What a load brings.
+struct AirportLoad {
+    Apf apf;               // its stands numbered, each with its neighbours
+    std::string source;    // the path read from; of a handmade airport that of the learned file
+    bool learned = false;  // there is a learned file
+    std::optional<ParkingSettings> settings;  // with which it was saved
+    std::string failed;                       // what went wrong; empty on success
+};
+
+// Loads the airport file at `path`, a local path or one on the server, with the learned file that belongs to
+// it. Whatever is wrong with either is told, nothing is thrown.
+AirportLoad gf_readApf(const std::string& path, const std::string& code);
+
+// The same from a file wherever it lies, and without a learned one.
+AirportLoad gf_readApfAlone(const std::filesystem::path& file, const std::string& code);
 
 // How much is known of the parking on these stands: counts, for each stand, its options, their days and
 // half hours. 45 real points and more count as good.

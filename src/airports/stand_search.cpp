@@ -116,7 +116,7 @@ static void lf_enlarge(ParkPos& stand, const LiveAc& ac)
     constexpr double kOverhang = 1.0 / kMetresPerNm;
     stand.radius = ac.radius - kOverhang;
     stand.radiusChanged = true;
-    gf_countUpdate();
+    updateCount = updateCount + 1;
 }
 
 uint32_t standAtPosition(LatLon position, const LiveAc& ac, double searchRadius, bool allowFar)

@@ -20,6 +20,7 @@
 #include "traffic/collision.h"
 #include "traffic/cycle.h"
 #include "traffic/geodesy.h"
+#include "traffic/stays.h"
 #include "traffic/traffic.h"
 
 #include <chrono>
@@ -66,7 +67,6 @@ void prepareRun()
 {
     readParameters();
     makeFolders();
-    savedMaxLive = MAX_LIVE.value.load();
     PROGRAM_INSTALL_PATH.value = gf_shown(std::filesystem::current_path());
     saveParameter(PROGRAM_INSTALL_PATH);
     hourNow = weekHourStamp();
@@ -204,20 +204,28 @@ void gf_joinRunThreads()
     runThreads = RunThreads{};
 }
 
-bool resetState()
+bool gf_resetRun()
 {
-    gf_joinRunThreads();
     if (!gf_resetRunState()) {
         return false;
     }
     trafficReader.reset();
-    currentQnh = 1013;
+    currentQnh = kStandardQnh;
     gf_resetSimClient();
     gf_clearTables();
+    maxPark = 0;
     gf_resetParkAirport();
     gf_forgetCollisions();
     gf_resetDisplay();
-    secondDue = false;
+    return true;
+}
+
+bool resetState()
+{
+    gf_joinRunThreads();
+    if (!gf_resetRun()) {
+        return false;
+    }
     wantedSimVersion = P3D_VERSION.value;
     gf_applyLateralRange();
     return true;

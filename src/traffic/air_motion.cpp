@@ -58,7 +58,6 @@ double gf_touchdownVs(const LiveAc& ac)
     constexpr double kLowAgl = 100;          // feet
     constexpr double kGentle = -600;         // feet per minute
     constexpr double kVsPerHectopascal = 6;  // an altitude that isn't corrected for pressure misleads by this
-    constexpr int32_t kStandardQnh = 1013;
     if (ac.agl <= kLowAgl) {
         return kGentle;
     }
@@ -101,7 +100,6 @@ static void lf_climbRate(LiveAc& ac, int32_t ticks)
 
 static void lf_lastLegBeforeTouchdown(LiveAc& ac, int32_t ticks)
 {
-    constexpr int32_t kStandardQnh = 1013;
     if (parkAirport && currentQnh <= kStandardQnh) {
         ac.altRate = (parkAirport->elevation - ac.alt) / ticks;
     } else {

@@ -26,7 +26,7 @@ std::atomic<int32_t> tick{0};
 std::atomic<bool> secondDue{false};
 std::atomic<float> frameRate{0.0F};
 std::atomic<bool> userOnGround{false};
-std::atomic<int32_t> currentQnh{1013};
+std::atomic<int32_t> currentQnh{kStandardQnh};
 int32_t secondCount = 0;
 bool wasPaused = false;
 bool flareActive = false;
@@ -136,8 +136,13 @@ void gf_clearTables()
     }
     liveAcs.clear();
     ghostCallsigns.clear();
+    secondDue = false;
+    secondCount = 0;
+    frameRate = 0.0F;
+    userOnGround = false;
     wasPaused = false;
     flareActive = false;
+    hourNow = {};
     userNow = {};
     blockedCallsign.clear();
 }

@@ -28,6 +28,7 @@ namespace vlt {
 inline constexpr int32_t kTicksPerSecond = 100;
 inline constexpr int32_t kReplayDelayTicks = 3000;   // every aircraft runs this far behind its reports
 inline constexpr uint32_t kLastStaticHexid = 10000;  // above it a hexid is a live aircraft's
+inline constexpr int32_t kStandardQnh = 1013;        // hPa, in which altitudes are reported
 inline constexpr uint32_t kNoObject = 0;             // no simulator object (yet)
 inline constexpr uint32_t kNoStand = 0;              // no stand
 inline constexpr uint32_t kNoThrottleLevel = 5;      // none commanded yet
@@ -290,17 +291,18 @@ extern std::vector<SimMessage> simMessages;     // [messageMutex] the SimClient 
 extern std::deque<FeedRecord> feedQueue;        // [feedMutex] the reader appends, the cycle takes
 extern bool intakeOpen;                         // [feedMutex] the cycle takes records
 
-extern std::atomic<int32_t> tick;        // [atomic] worker counts, reader stamps; never reset
-extern std::atomic<bool> secondDue;      // [atomic] SimClient sets, the worker clears
-extern std::atomic<float> frameRate;     // [atomic] SimClient, frames per second
-extern std::atomic<bool> userOnGround;   // [atomic] SimClient
-extern std::atomic<int32_t> currentQnh;  // [atomic] sea level pressure, hPa; 1013 until the feed has told
-extern int32_t secondCount;              // [worker] counts secondTicks up to a day
-extern bool wasPaused;                   // [worker] the last pass found the flight not running
-extern bool flareActive;                 // [worker] an aircraft is in the flare: object data come faster
-extern UserNow userNow;                  // [worker] snapshot, once a second
-extern std::string blockedCallsign;      // [worker] BLOCK_CALLSIGN, taken over once a second
-extern HourStamp hourNow;                // [worker] the half hour of now
+extern std::atomic<int32_t> tick;       // [atomic] worker counts, reader stamps; never reset
+extern std::atomic<bool> secondDue;     // [atomic] SimClient sets, the worker clears
+extern std::atomic<float> frameRate;    // [atomic] SimClient, frames per second
+extern std::atomic<bool> userOnGround;  // [atomic] SimClient
+extern std::atomic<int32_t>
+    currentQnh;                      // [atomic] sea level pressure, hPa; kStandardQnh until the feed has told
+extern int32_t secondCount;          // [worker] counts secondTicks up to a day
+extern bool wasPaused;               // [worker] the last pass found the flight not running
+extern bool flareActive;             // [worker] an aircraft is in the flare: object data come faster
+extern UserNow userNow;              // [worker] snapshot, once a second
+extern std::string blockedCallsign;  // [worker] BLOCK_CALLSIGN, taken over once a second
+extern HourStamp hourNow;            // [worker] the half hour of now
 
 // The park airport, as far as the engine needs it; none until one is known.
 struct ParkAirportPlace {
@@ -335,7 +337,8 @@ LiveAc* gf_liveByCallsign(std::string_view callsign);
 
 // Makes room in the tables, once.
 void gf_reserveTables();
-// Empties them all, as when a run ends. Takes simCallMutex, messageMutex and feedMutex one by one.
+// Empties them all, and puts the values beside them back, as when a run ends; the tick goes on. Takes
+// messageMutex and feedMutex one by one.
 void gf_clearTables();
 
 }  // namespace vlt

@@ -132,15 +132,9 @@ TEST_F(AirportFileTest, everyPrefixOfAFileLoadsWholeOrNotAtAll)
         gf_standText("A2", 60));
     for (size_t length = 0; length < text.size(); ++length) {
         place.folder.write("airports/my_thirdparty/XTST.xml", text.substr(0, length));
-        Apf apf;
-        apf.code = "XTST";
-        bool loaded = false;
-        try {
-            loaded = gf_readApf("airports/my_thirdparty/XTST.xml", apf).empty();
-        } catch (const UserErrorException&) {  // whole, but without an altitude
-        }
-        EXPECT_FALSE(loaded) << length;
-        EXPECT_TRUE(apf.stands.empty()) << length;
+        const AirportLoad load = gf_readApf("airports/my_thirdparty/XTST.xml", "XTST");
+        EXPECT_NE("", load.failed) << length;
+        EXPECT_TRUE(load.apf.stands.empty()) << length;
     }
 }
 
@@ -150,9 +144,8 @@ TEST_F(AirportFileTest, aGeneratedFileIsWrittenAsItWasRead)
 {
     const std::filesystem::path file = sample("my_thirdparty/XSEE.xml");
     place.folder.write("airports/my_thirdparty/XSEE.xml", gf_textOfFile(file));
-    Apf apf;
-    apf.code = "XSEE";
-    ASSERT_EQ("", gf_readApf("airports/my_thirdparty/XSEE.xml", apf));
+    Apf apf = gf_readApf("airports/my_thirdparty/XSEE.xml", "XSEE").apf;
+    ASSERT_FALSE(apf.stands.empty());
     apf.stands[0].options.push_back({"PVT", "C172", "X-Y", "A", "B", HoursSet(1), 1, 1, false, true});
     ASSERT_TRUE(saveAirportFile(apf, "out.xml", AirportFileMode::Generated));
     EXPECT_EQ(withoutMeta(file), withoutMeta("out.xml")) << "without the options of the moment";
@@ -172,9 +165,10 @@ TEST_F(AirportFileTest, aLearnedFileIsWrittenAsItWasRead)
         text.replace(text.find("1000"), 4, "2400");
         archive(code, text);
         place.folder.write(format("airports/learned/stock/{}.xml", code), gf_textOfFile(file));
-        Apf apf;
-        apf.code = code;
-        ASSERT_EQ("", gf_readApf(format("archive/stock/{}.xml", code), apf));
+        AirportLoad load = gf_readApf(format("archive/stock/{}.xml", code), code);
+        ASSERT_TRUE(load.settings) << load.failed;
+        gf_applyParkingSettings(*load.settings);
+        Apf& apf = load.apf;
         if (!apf.handmade) {
             for (ParkPos& stand : apf.stands) {
                 std::erase_if(stand.options, [](const StandOption& option) { return option.archived; });

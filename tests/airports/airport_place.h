@@ -12,10 +12,10 @@
 #include "liveries/workplace.h"
 #include "standin/file_server.h"
 #include "support/aircraft.h"
+#include "support/fresh_run.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -27,8 +27,6 @@ class AirportPlace : public ::testing::Test
 protected:
     void SetUp() override
     {
-        closeRequested = false;
-        ASSERT_TRUE(gf_resetRunState());
         makeFolders();
         std::filesystem::create_directories("served/archive/stock");
         place.server.set("http://127.0.0.1:" + std::to_string(server.start()) + "/");
@@ -42,14 +40,7 @@ protected:
     }
     static void reset()
     {
-        const auto restore = [](auto* p) { p->value = p->def; };
-        std::ranges::for_each(gf_parameters<bool>(), restore);
-        std::ranges::for_each(gf_parameters<int32_t>(), restore);
-        savedMaxLive = -1;
-        gf_resetParkAirport();
-        gf_clearTables();
-        userNow = UserNow{};
-        userOnGround = false;
+        gf_freshRun();
     }
 
     // An airport file on the server, in the archive.

@@ -2,8 +2,6 @@
 
 #include "airports/airport_lookup.h"
 #include "airports/airport_place.h"
-#include "core/base/display.h"
-#include "core/base/errors.h"
 #include "core/base/random.h"
 #include "traffic/geodesy.h"
 
@@ -78,45 +76,39 @@ TEST_F(LoadingTest, theLearnedFileOfAnAirportFile)
 
 TEST_F(LoadingTest, anArchivedAirportIsReadNumberedAndShown)
 {
-    parking_percentage.value = 77;
     archive("XTST", gf_airportText(gf_standText("A1", 0) + gf_standText("A2", 30),
                                    "<parameter name='RT_traffic_week' value='24'/>"
                                    "<parameter name='Qf_real' value='50'/>"));
-    Apf apf;
-    EXPECT_EQ("", load("archive/stock/XTST.xml", apf));
+    const auto [apf, source, learned, settings, failed] = load();
+    EXPECT_EQ("", failed);
     ASSERT_EQ(2U, apf.stands.size());
     EXPECT_EQ(2U, apf.stands[1].index);
     EXPECT_EQ(std::vector<uint32_t>{2}, apf.stands[0].neighbours);
     EXPECT_EQ("Testfield 1000 24", format("{} {} {}", apf.name, apf.altitude, apf.trafficWeek));
     EXPECT_EQ((Quality{50, -1}), apf.quality);
-    EXPECT_EQ(30, parking_percentage.value) << "there is no learned file";
-    EXPECT_FALSE(display.percentageEnabled);
-    EXPECT_EQ("50", gf_textOf(&Display::qualityText));
+    EXPECT_FALSE(learned || settings);
 }
 
 TEST_F(LoadingTest, whatFailsLeavesNoStands)
 {
     const std::string path = "archive/stock/XTST.xml";
-    Apf nameless;
-    Apf apf;
-    EXPECT_EQ("gf_readApf xml is empty...", load("", apf));
-    EXPECT_EQ("gf_readApf no park airport set", gf_readApf(path, nameless));
-    EXPECT_TRUE(load(path, apf).starts_with("failed to download: \"http://127.0.0.1:"));
+    EXPECT_EQ("gf_readApf xml is empty...", load("").failed);
+    EXPECT_EQ("gf_readApf no park airport set", gf_readApf(path, "").failed);
+    EXPECT_TRUE(load().failed.starts_with("failed to download: \"http://127.0.0.1:"));
     const std::pair<std::string, const char*> cases[] = {
         {"no xml", "archive/stock/XTST.xml could not be loaded: No document element found"},
         {gf_airportText(""), "no stands found"},
         {"<parameters><parameter name='altitude' value='99999999999'/></parameters>",
-         "gf_readApf: an altitude of 2147483647 ft can't be"}};
+         "gf_readApf: an altitude of 2147483647 ft can't be"},
+        {"<parameters/><parkpositions/>", "Parameter altitude not found"},
+        {gf_airportText(gf_standText("A1", 0) + gf_standText("A1", 50)),
+         "Parking position A1 appears more than once?"}};
     for (const auto& [text, message] : cases) {
         archive("XTST", text);
-        EXPECT_EQ(message, load(path, apf));
+        const AirportLoad failed = load();
+        EXPECT_EQ(message, failed.failed);
+        EXPECT_TRUE(failed.apf.stands.empty());
     }
-    for (const std::string& text : {std::string("<parameters/><parkpositions/>"),
-                                    gf_airportText(gf_standText("A1", 0) + gf_standText("A1", 50))}) {
-        archive("XTST", text);
-        EXPECT_THROW(load(path, apf), UserErrorException) << text;
-    }
-    EXPECT_TRUE(apf.stands.empty());
 }
 
 // --- the learned file
@@ -141,9 +133,9 @@ TEST_F(LoadingTest, whatWasLearnedIsLaidOver)
         "<parameter name='AUTO_RANGE' value='false'/><parameter name='parking_percentage' value='55'/>"));
     WEEK.value = true;
     rangeBeforeAuto = 33;
-    Apf apf;
-    EXPECT_EQ("", load("archive/stock/XTST.xml", apf));
-    ASSERT_EQ(3U, apf.stands.size());
+    const AirportLoad loaded = load();
+    const Apf& apf = loaded.apf;
+    ASSERT_EQ(3U, apf.stands.size()) << loaded.failed;
     const ParkPos& a1 = apf.stands[0];
     EXPECT_NEAR(0.02, a1.radius, 1e-9);
     EXPECT_TRUE(a1.radiusChanged && a1.cargoChanged && a1.cargo);
@@ -153,6 +145,9 @@ TEST_F(LoadingTest, whatWasLearnedIsLaidOver)
     EXPECT_FALSE(a1.options[1].archived);
     EXPECT_FALSE(a1.options[2].real);
     EXPECT_TRUE(apf.stands[2].manual && apf.stands[2].id == "M1");
+    EXPECT_TRUE(WEEK.value) << "a load reads and nothing else";
+    ASSERT_TRUE(loaded.settings);
+    gf_applyParkingSettings(*loaded.settings);
     EXPECT_EQ(100, LATERAL_RANGE.value) << "not the one from before the automatic range";
     EXPECT_FALSE(AUTO_RANGE.value);
     EXPECT_FALSE(WEEK.value) << "24 isn't true";
@@ -166,17 +161,17 @@ TEST_F(LoadingTest, aHandmadeFileReplacesTheStands)
     archive("XTST", gf_airportText(gf_standText("A1", 0)));
     const char* handmade = "<parameter name='handmade' value='true'/>";
     learn(gf_airportText(gf_standText("MY1", 0) + gf_standText("MY2", 100), handmade));
-    Apf apf;
-    EXPECT_EQ("", load("archive/stock/XTST.xml", apf));
+    const Apf apf = load().apf;
     EXPECT_TRUE(apf.stands.size() == 2 && apf.stands[0].id == "MY1" && apf.handmade);
     learn(gf_airportText("", handmade));
-    EXPECT_EQ("no stands found", load("archive/stock/XTST.xml", apf));
+    EXPECT_EQ("no stands found", load().failed);
     learn(gf_airportText(gf_standText("MY1", 0) + gf_standText("MY1", 100), handmade));
-    EXPECT_EQ("", load("archive/stock/XTST.xml", apf)) << "one that is wrong leaves the archived stands";
-    EXPECT_TRUE(apf.stands.size() == 1 && !apf.handmade);
+    const AirportLoad wrong = load();
+    EXPECT_TRUE(wrong.apf.stands.size() == 1 && !wrong.apf.handmade) << "it leaves the archived stands";
     learn("<parkpositions><parkpos");
-    EXPECT_EQ("", load("archive/stock/XTST.xml", apf)) << "a broken one is moved aside";
-    EXPECT_EQ(1U, apf.stands.size());
+    const AirportLoad broken = load();
+    EXPECT_EQ(1U, broken.apf.stands.size());
+    EXPECT_TRUE(broken.learned && !broken.settings);
     EXPECT_FALSE(std::filesystem::exists("airports/learned/stock/XTST.xml"));
     EXPECT_TRUE(std::filesystem::exists("airports/learned/stock/XTST0.xml"));
 }

@@ -125,11 +125,11 @@ TEST_F(ParkAirportTest, aListedAirportComesInSightAndGoes)
         // The same limits, for one that is the park airport already.
         fly(0, 0);
         load();
-        EXPECT_TRUE(airportLoaded);
+        EXPECT_EQ(ParkState::Loaded, parkState);
         fly(-c.miles, c.agl);
         parkAirportCheck();
         EXPECT_EQ(c.inSight ? "XAAA" : "", parkApf.code) << c.what;
-        EXPECT_EQ(c.inSight, airportLoaded) << c.what;
+        EXPECT_EQ(c.inSight ? ParkState::Loaded : ParkState::None, parkState) << c.what;
     }
 }
 
@@ -241,12 +241,13 @@ TEST_F(ParkAirportTest, aLoadThatFailsLeavesNothingBehind)
         EXPECT_EQ(message, gf_textOf(&Display::messageText));
         EXPECT_EQ("", parkApf.code);
         EXPECT_TRUE(parkApf.stands.empty());
-        EXPECT_FALSE(parkAirport.has_value() || airportLoaded);
+        EXPECT_FALSE(parkAirport.has_value());
+        EXPECT_EQ(ParkState::None, parkState);
         EXPECT_TRUE(std::isnan(trafficReader.parkElevation));
     }
     archive("XAAA", gf_airportText(gf_standText("A1", 0)));
     load();
-    EXPECT_TRUE(airportLoaded) << "the next look tries again";
+    EXPECT_EQ(ParkState::Loaded, parkState) << "the next look tries again";
 }
 
 TEST_F(ParkAirportTest, anAirportsSettingsEndWithIt)
@@ -257,7 +258,6 @@ TEST_F(ParkAirportTest, anAirportsSettingsEndWithIt)
     }
     archive("XAAA", gf_airportText(stands, "<parameter name='Qf_real' value='45'/>"));
     MAX_LIVE.value = 70;
-    savedMaxLive = 70;
     stand(0);
     for (const bool learnSoft : {true, false}) {
         LEARN_SOFT.value = learnSoft;

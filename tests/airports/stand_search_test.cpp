@@ -1,8 +1,10 @@
 #include "airports/stand_search.h"
 
 #include "airports/airport_place.h"
+#include "airports/parking/park_airport.h"
 #include "core/base/random.h"
 #include "core/base/text.h"
+#include "support/fresh_run.h"
 #include "traffic/geodesy.h"
 
 #include <set>
@@ -15,10 +17,7 @@ class StandSearchTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        gf_forgetParkAirport();
-        gf_forgetNearestStand();
-        updateCount = 0;
-        RANDOM.value = true;
+        gf_freshRun();
         gf_seedRandom(3);
     }
     void TearDown() override
@@ -206,7 +205,7 @@ TEST_F(StandSearchTest, aSmallAirportMayLookHalfAnHourAhead)
 {
     for (const int count : {10, 11}) {
         for (const bool takenNext : {false, true}) {
-            gf_forgetParkAirport();
+            closeAirport();
             for (int i = 0; i < count; ++i) {
                 auto& options = stand(format("A{}", i).c_str(), i * 60.0, 20).options;
                 options = {option("X", 7, "47")};
@@ -244,7 +243,7 @@ TEST_F(StandSearchTest, historyCouplesTheNextFlightAroundThisTime)
         {"not coupled", 10, "10", AcCategory::Large, false, [](StandOption& o) { o.coupledCs.clear(); }},
     };
     for (const auto& c : cases) {
-        gf_forgetParkAirport();
+        closeAirport();
         StandOption coupled = option("BAW1", 3, c.hours);
         coupled.coupledCs = "BAW2";
         c.change(coupled);

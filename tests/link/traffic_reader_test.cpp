@@ -5,6 +5,7 @@
 #include "core/base/parameters.h"
 #include "core/base/run_state.h"
 #include "support/feed_line.h"
+#include "support/fresh_run.h"
 
 #include <gtest/gtest.h>
 
@@ -21,23 +22,17 @@ class TrafficReaderTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        trafficReader.reset();
+        gf_freshRun();
         trafficReader.lastDatagram.clear();
         trafficReader.setCentre({47.0, 8.0});
-        trafficReader.setParkAirport(std::nullopt);
         trafficReader.collectCallsigns = false;
-        LATERAL_RANGE.value = 40;
-        gf_applyLateralRange();
         realTrafficHere = true;
-        feedQueue.clear();
         intakeOpen = true;
     }
     void TearDown() override
     {
-        feedQueue.clear();
-        intakeOpen = false;
+        gf_freshRun();
         realTrafficHere = false;
-        trafficReader.setParkAirport(std::nullopt);
     }
 
     LineOutcome hear(const FeedLine& line)

@@ -12,6 +12,7 @@
 #include "sim/wire/packets.h"
 #include "standin/direct.h"
 #include "standin/virtual_simulator.h"
+#include "support/fresh_run.h"
 #include "support/temp_folder.h"
 #include "support/world.h"
 
@@ -29,23 +30,17 @@ class ClientTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        closeRequested = false;
-        ASSERT_TRUE(gf_resetRunState());
-        gf_clearTables();
-        gf_resetSimClient();
-        gf_resetDisplay();
+        gf_freshRun();
         gf_loadSmallWorld();
         SIM_INSTALL_PATH.value = "C:\\Prepar3D v5";
         wantedSimVersion = 5;
-        secondDue = false;
     }
     void TearDown() override
     {
         gf_closeSim();
         gf_setDirectSimulator(nullptr);
-        SetUp();
+        gf_freshRun();
         gf_clearWorld();
-        SIM_INSTALL_PATH.value = "";
     }
     void connect()
     {

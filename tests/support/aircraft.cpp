@@ -109,13 +109,4 @@ ParkPos& gf_addStand(const char* id, double metresEast, double metresNorth, doub
     return parkApf.stands.back();
 }
 
-void gf_forgetParkAirport()
-{
-    parkApf = Apf{};
-    parkAirport.reset();
-    parkAirports.clear();
-    reservedStand.clear();
-    airportLoaded = false;
-}
-
 }  // namespace vlt

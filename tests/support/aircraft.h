@@ -30,8 +30,4 @@ LiveAc& gf_addOnGround(uint32_t hexid, const char* callsign, StState st);
 // Adds a stand to the park airport, which becomes XTST at 47 N 8 E if there is none. `metresEast` and
 // `metresNorth` of there, heading in degrees; 40 m wide. Neighbours aren't looked for.
 ParkPos& gf_addStand(const char* id, double metresEast, double metresNorth, double headingDeg);
-
-// No park airport.
-void gf_forgetParkAirport();
-
 }  // namespace vlt

@@ -8,6 +8,7 @@
 #include "liveries/liveries.h"
 #include "sim/client.h"
 #include "standin/direct.h"
+#include "support/fresh_run.h"
 #include "support/world.h"
 #include "traffic/traffic.h"
 
@@ -24,18 +25,11 @@ static SimulatorOptions lf_options()
 
 void Flight::SetUp()
 {
-    closeRequested = false;
-    ASSERT_TRUE(gf_resetRunState());
-    gf_clearTables();
-    gf_resetSimClient();
-    trafficReader.reset();
-    trafficReader.setParkAirport(std::nullopt);
+    gf_freshRun();
     trafficReader.setCentre({47.0, 8.0});
-    parkAirport.reset();
     gf_loadSmallWorld();
     gf_seedRandom(1);
     AUTO_RANGE.value = false;
-    MAX_LIVE.value = -1;
     LATERAL_RANGE.value = 100;
     gf_applyLateralRange();
     COLLISION_USER_AIR.value = false;
@@ -57,10 +51,8 @@ void Flight::TearDown()
 {
     gf_closeSim();
     gf_setDirectSimulator(nullptr);
-    gf_clearTables();
+    gf_freshRun();
     gf_clearWorld();
-    BLOCK_CALLSIGN.value = "";
-    failedLiveries.clear();
 }
 
 void Flight::pass(double seconds, const std::function<void()>& eachTick)

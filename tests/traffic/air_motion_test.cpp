@@ -6,6 +6,7 @@
 #include "sim/client.h"
 #include "sim/wire/ids.h"
 #include "support/aircraft.h"
+#include "support/fresh_run.h"
 #include "traffic/air_config.h"
 #include "traffic/geodesy.h"
 #include "traffic/leg_time.h"
@@ -31,11 +32,8 @@ class AirMotionTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        gf_clearTables();
-        gf_resetSimClient();
+        gf_freshRun();
         tick = 10000;
-        currentQnh = 1013;
-        parkAirport.reset();
     }
     void TearDown() override
     {

@@ -1,9 +1,9 @@
 // The engine's tables empty, no airport, and the user far away, before and after every test.
 #pragma once
 
-#include "core/base/parameters.h"
 #include "sim/client.h"
 #include "support/aircraft.h"
+#include "support/fresh_run.h"
 #include "traffic/arrival.h"
 #include "traffic/stays.h"
 #include "traffic/traffic.h"
@@ -19,13 +19,7 @@ class GroundPlace : public ::testing::Test
 protected:
     void SetUp() override
     {
-        gf_clearTables();
-        gf_resetSimClient();
-        gf_forgetParkAirport();
-        tick = 100'000;
-        maxPark = 0;
-        STRAIGHT_PBS_ONLY.value = false;
-        LATERAL_RANGE.value = 40;
+        gf_freshRun();
     }
     void TearDown() override
     {

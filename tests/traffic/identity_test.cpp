@@ -2,11 +2,13 @@
 #include "traffic/identity.h"
 
 #include "airports/catalogue.h"
+#include "airports/parking/park_airport.h"
 #include "core/base/parameters.h"
 #include "liveries/liveries.h"
 #include "sim/client.h"
 #include "sim/user_aircraft.h"
 #include "support/aircraft.h"
+#include "support/fresh_run.h"
 #include "support/world.h"
 #include "traffic/collision.h"
 #include "traffic/geodesy.h"
@@ -28,26 +30,14 @@ class Identity : public ::testing::Test
 protected:
     void SetUp() override
     {
-        gf_clearTables();
-        gf_resetSimClient();
-        gf_forgetParkAirport();
-        gf_forgetCollisions();
+        gf_freshRun();
         gf_loadSmallWorld();
-        tick = 100'000;
-        GUID_CHANGES.value = true;
-        COLLISION_USER_AIR.value = true;
-        COLLISION_USER_GND.value = true;
-        COLLISION_LIVE_PARKED_GND.value = false;
-        userNow = {};
-        userOnGround = false;
         userHalfSpan = 17 / kMetresPerNm;
     }
     void TearDown() override
     {
-        SetUp();
+        gf_freshRun();
         gf_clearWorld();
-        userHalfSpan = 0.0;
-        BLOCK_CALLSIGN.value = "";
     }
     static FeedRecord report(const LiveAc& ac)
     {
@@ -297,7 +287,7 @@ TEST_F(BirthOnGround, whichPhaseANewAircraftBegins)
                  {"creeping onto its stand", 10, false, 5, [] {}, true, StState::Parked},
                  {"too fast for that", 10, false, 5.1, [] {}, true, StState::Taxi},
                  {"no stand near", 80, false, 4, [] {}, true, StState::Taxi},
-                 {"no airport", 30, true, 0, [] { gf_forgetParkAirport(); }, true, StState::Taxi},
+                 {"no airport", 30, true, 0, closeAirport, true, StState::Taxi},
                  {"the reserved stand", 30, true, 0, [] { reservedStand = "A1"; }, true, StState::Birth},
                  {"a stand whose holder reports", 30, true, 0,
                   [] {

@@ -2,6 +2,7 @@
 
 #include "core/base/parameters.h"
 #include "support/aircraft.h"
+#include "support/fresh_run.h"
 #include "support/world.h"
 #include "traffic/performance.h"
 #include "traffic/stream.h"
@@ -19,16 +20,13 @@ class IntakeTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        gf_clearTables();
+        gf_freshRun();
         gf_loadSmallWorld();
-        parkAirport.reset();
     }
     void TearDown() override
     {
-        gf_clearTables();
+        gf_freshRun();
         gf_clearWorld();
-        parkAirport.reset();
-        LIGHT_AIRCRAFT.value = true;
     }
 
     static FeedRecord record(double timestamp)

@@ -7,6 +7,7 @@
 #include "sim/client.h"
 #include "sim/wire/ids.h"
 #include "support/aircraft.h"
+#include "support/fresh_run.h"
 #include "support/world.h"
 #include "traffic/create_request.h"
 #include "traffic/object_config.h"
@@ -28,29 +29,17 @@ class SpawnTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        closeRequested = false;
-        ASSERT_TRUE(gf_resetRunState());
-        gf_clearTables();
-        gf_resetSimClient();
+        gf_freshRun();
         gf_loadSmallWorld();
         userOnGround = true;
-        userNow = {};
         userNow.lat = 47.5;
         userNow.lon = 9;
-        COLLISION_USER_AIR.value = true;
-        COLLISION_USER_GND.value = true;
-        MAX_LIVE.value = -1;
         tick = 5000;
     }
     void TearDown() override
     {
-        gf_clearTables();
+        gf_freshRun();
         gf_clearWorld();
-        gf_resetSimClient();
-        failedLiveries.clear();
-        MAX_LIVE.value = -1;
-        userOnGround = false;
-        userNow = {};
     }
 
     enum class Became { Waits, Dropped, Erased, Spawned };

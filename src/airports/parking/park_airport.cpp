@@ -20,14 +20,13 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace vlt {
 
 static constexpr double kAtAirport = 5.0;  // nm from the reference point
 
-static bool loadPending = false;            // [worker] the next look loads the park airport
-static LatLon lastPosition;                 // [worker] of the user at the last look
-static std::optional<bool> usersLearnSoft;  // [worker] LEARN_SOFT as it was before the load
+static LatLon lastPosition;  // [worker] of the user at the last look
 
 // The last fruitless look for an airport around a user on the ground.
 struct FruitlessLook {
@@ -58,6 +57,7 @@ bool setParkAirport(std::string_view code)
     parkApf.code = airport->code;
     parkApf.altitude = static_cast<int32_t>(airport->altitude);
     parkAirport = ParkAirportPlace{airport->lat, airport->lon, airport->altitude};
+    parkState = ParkState::InSight;
     gf_setText(&Display::airportCode, airport->code);
     logLine(format("The park airport is {}", airport->code));
     return true;
@@ -76,23 +76,12 @@ static void lf_clearDisplay()
     display.flushStaticEnabled = false;
     display.percentageEnabled = false;
     display.learnSoftEnabled = true;
-    display.updatesCount = 0;
-}
-
-static void lf_takeUsersSettingsBack()
-{
-    if (usersLearnSoft) {
-        LEARN_SOFT.value = *usersLearnSoft;
-        usersLearnSoft.reset();
-    }
-    MAX_LIVE.value = savedMaxLive.load();
-    gf_keepWithinMaxLive();
 }
 
 void closeAirport()
 {
     updateCount = 0;
-    airportLoaded = false;
+    parkState = ParkState::None;
     softLearningAllowed = true;
     reservedStand.clear();
     parkApf = Apf{};
@@ -100,14 +89,14 @@ void closeAirport()
     trafficReader.setParkAirport(std::nullopt);
     gf_forgetNearestStand();
     lf_clearDisplay();
-    lf_takeUsersSettingsBack();
+    gf_takeUsersSettingsBack();
+    gf_keepWithinMaxLive();
 }
 
 void gf_resetParkAirport()
 {
     closeAirport();
     parkAirports.clear();
-    loadPending = false;
     lastPosition = {};
     fruitlessLook.reset();
 }
@@ -181,47 +170,75 @@ void gf_noteUserStand()
 
 // --- the load
 
+static void lf_putSettingsInForce(const AirportLoad& load)
+{
+    gf_keepUsersSettings();
+    display.percentageEnabled = load.learned;
+    if (load.settings) {
+        gf_applyParkingSettings(*load.settings);
+    } else if (!load.learned) {
+        parking_percentage.value = parking_percentage.def;
+        logLine(format("{:24}: {}%", parking_percentage.name, parking_percentage.def));
+    }
+}
+
 static void lf_allowSoftLearning()
 {
     softLearningAllowed = !gf_hasGoodQuality(parkApf);
     display.learnSoftEnabled = softLearningAllowed;
     if (softLearningAllowed) {
-        usersLearnSoft.reset();  // what is changed from now on is the user's doing
+        gf_forgetUsersSetting(LEARN_SOFT);  // what is changed from now on is the user's doing
     } else {
         LEARN_SOFT.value = false;
+    }
+}
+
+static void lf_showAirport()
+{
+    display.standCount = static_cast<int32_t>(parkApf.stands.size());
+    display.airportAltitude = parkApf.altitude;
+    display.trafficWeek = parkApf.trafficWeek;
+    display.handmade = parkApf.handmade;
+    gf_setText(&Display::airportName, parkApf.name);
+    gf_setText(&Display::qualityText, gf_qualityText(parkApf.quality));
+    display.flushStaticEnabled = true;
+}
+
+void gf_installParkAirport(AirportLoad load, LatLon place)
+{
+    lf_putSettingsInForce(load);
+    parkApf = std::move(load.apf);
+    parkAirport = ParkAirportPlace{place.lat, place.lon, static_cast<double>(parkApf.altitude)};
+    parkState = ParkState::Loaded;
+    updateCount = 0;
+    gf_forgetNearestStand();
+    lf_allowSoftLearning();
+    lf_showAirport();
+    trafficReader.setParkAirport(parkAirport);
+    gf_keepWithinMaxLive();
+    if (AUTO_RANGE.value) {
+        gf_adaptRange();
     }
 }
 
 // The park airport's file. The text is empty on success, else what went wrong.
 static std::string lf_readParkedFile()
 {
-    parkApf.stands.clear();
-    gf_forgetNearestStand();
     const std::string& code = parkApf.code;
     const std::string path = findAirportFile(code);
     if (path.empty()) {
-        return format("{} {} not found", "lf_readParkedFile", code);
+        return format("lf_readParkedFile {} not found", code);
     }
     if (path.find("unknown") != std::string::npos) {
-        return format("{} {} has publisher:{}, {}", "lf_readParkedFile", code, "unknown", path);
+        return format("lf_readParkedFile {} has publisher:unknown, {}", code, path);
     }
-    parkApf.name.clear();
-    parkApf.publisher.clear();
-    parkApf.altitude = 0;
-    updateCount = 0;
-    usersLearnSoft = LEARN_SOFT.value;
-    if (std::string failed = gf_readApf(path, parkApf); !failed.empty()) {
-        return failed;
+    AirportLoad load = gf_readApf(path, code);
+    if (load.failed.empty()) {
+        gf_installParkAirport(std::move(load), {parkAirport->lat, parkAirport->lon});
+        updateReservedStand();
+        return {};
     }
-    lf_allowSoftLearning();
-    parkAirport->elevation = parkApf.altitude;
-    trafficReader.setParkAirport(parkAirport);
-    gf_keepWithinMaxLive();
-    if (AUTO_RANGE.value) {
-        gf_adaptRange();
-    }
-    updateReservedStand();
-    return {};
+    return load.failed;
 }
 
 // A file that can't be used costs the airport its parking, not the user the traffic.
@@ -236,7 +253,6 @@ static std::string lf_tryToReadParkedFile()
 
 static void lf_loadNow()
 {
-    loadPending = false;
     if (const std::string failed = lf_tryToReadParkedFile(); !failed.empty()) {
         showMessage(failed, true);
         closeAirport();
@@ -273,7 +289,7 @@ static void lf_findAirportAround()
     }
     logLine(format("User aircraft on the ground at {}", airport->code));
     fruitlessLook.reset();
-    loadPending = setParkAirport(airport->code);
+    setParkAirport(airport->code);
 }
 
 // A folder that can't be read costs the airport, not the run.
@@ -284,7 +300,7 @@ static void lf_lookAround()
             lf_findAirportAround();
         }
     } catch (const std::exception& e) {
-        logLine(format("{}: {}", "checkInSight", e.what()));
+        logLine(format("checkInSight: {}", e.what()));
     }
 }
 
@@ -300,7 +316,6 @@ static void checkInSight()
     const ParkListEntry& first = parkAirports.front();
     if (lf_isInSight(first.distance) && setParkAirport(first.code)) {
         logLine(format("{} in sight at {:.1F} nm", first.code, first.distance));
-        loadPending = true;
     }
 }
 
@@ -332,7 +347,7 @@ static void checkOutOfSight()
 
 void parkAirportCheck()
 {
-    if (loadPending) {
+    if (parkState == ParkState::InSight) {
         lf_loadNow();
         return;
     }
@@ -346,7 +361,7 @@ void parkAirportCheck()
         ParkListEntry& first = parkAirports.front();
         first.distance = distNm(lastPosition, {first.lat, first.lon});
     }
-    if (parkAirport) {
+    if (parkState == ParkState::Loaded) {
         checkOutOfSight();
     } else {
         checkInSight();

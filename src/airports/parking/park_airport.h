@@ -4,7 +4,8 @@
 // look.
 #pragma once
 
-#include "airports/airports.h"
+#include "airports/loading.h"
+#include "traffic/geodesy.h"
 
 #include <string_view>
 
@@ -13,8 +14,12 @@ namespace vlt {
 // The regular look: loads the airport that came in sight, or looks whether one comes or goes.
 void parkAirportCheck();
 
-// Makes `code` the park airport. False when it isn't in the catalogue.
+// Makes `code` the park airport; the next look loads its file. False when it isn't in the catalogue.
 bool setParkAirport(std::string_view code);
+
+// The only place where a load takes effect: settings, stands, the reader's judgement of the ground, the
+// window. `place` is the airport's reference point; the load hasn't failed.
+void gf_installParkAirport(AirportLoad load, LatLon place);
 
 // After a load, or when the user's stand was noted: takes the user's stand into the list, finds the
 // reserved stand, and marks the stands that are closed to static parking.

@@ -36,7 +36,6 @@ struct Display {
     SharedValue<FeedState> trafficFeedState = FeedState::Stopped;
     SharedValue<FeedState> weatherFeedState = FeedState::Stopped;
     SharedValue<int32_t> liveCount = 0;
-    SharedValue<int32_t> updatesCount = 0;
     SharedValue<int32_t> minutesToRenewal = 0;
     SharedValue<int32_t> liveriesCount = -1;  // -1 while not known
     SharedValue<int32_t> thirdPartyCount = 0;

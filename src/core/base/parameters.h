@@ -174,9 +174,6 @@ inline SharedValue<int32_t> rangeBeforeAuto = 40;
 // stands that way already stays as it is.
 void gf_switchAutoRange(bool on);
 
-// MAX_LIVE as the user set it: an airport's learned file may set another while that airport is in sight.
-inline SharedValue<int32_t> savedMaxLive = -1;
-
 // MAX_FIT_FL from MAX_FIT.
 void gf_applyMaxFit();
 

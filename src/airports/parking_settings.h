@@ -1,0 +1,47 @@
+// The settings that belong to an airport: its learned file keeps them, and the next visit finds them again.
+//
+// One table names them, in the order of the file; writer, reader and whoever asks for a change walk it.
+// Worker thread; reading touches no parameter, applying does.
+#pragma once
+
+#include "core/base/parameters.h"
+
+#include <pugixml.hpp>
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+namespace vlt {
+
+struct ParkingSetting {
+    Parameter* parameter;
+    bool comesBack = false;    // its value from before the load is in force again when the airport is left
+    bool orDefault = false;    // a file that doesn't tell it means its default
+    bool onlyIfSet = false;    // a negative value, which means none, isn't written
+    const char* written = {};  // stands in the file in place of its value
+};
+
+inline constexpr size_t kParkingSettingCount = 10;
+extern const std::array<ParkingSetting, kParkingSettingCount> kParkingSettings;
+
+// What a file tells of them, in the order of the table; switches as 0 and 1.
+using ParkingSettings = std::array<std::optional<int32_t>, kParkingSettingCount>;
+
+// The settings of a document, clamped to their ranges.
+ParkingSettings gf_readParkingSettings(const pugi::xml_document& document);
+// Appends the settings in force to a file's list of parameters.
+void gf_writeParkingSettings(pugi::xml_node& parameters);
+
+// Puts a learned file's settings in force, each with a log line.
+void gf_applyParkingSettings(const ParkingSettings& settings);
+
+// Keeps the values of those that come back, as the user has them before a load.
+void gf_keepUsersSettings();
+// The value in force is the user's own from now on: nothing comes back for it.
+void gf_forgetUsersSetting(const Parameter& parameter);
+// Puts back what was kept, if anything was.
+void gf_takeUsersSettingsBack();
+
+}  // namespace vlt
