@@ -11,6 +11,7 @@
 #include "liveries/regcodes.h"
 #include "liveries/scan_results.h"
 #include "liveries/scrambling.h"
+#include "standin/world.h"
 
 #include <benchmark/benchmark.h>
 #include <pugixml.hpp>
@@ -99,11 +100,7 @@ static void lf_loadWorld()
                                                    i % 4 == 0 ? lf_airline(i + 1) : "", false};
     }
     const std::vector<Livery> installed = lf_installed();
-    liveries.assign(installed.begin(), installed.end());
-    gf_sortLiveries();
-    buildMatchIndexes();
-    collectInlineRegcodes();
-    liveries.clear();
+    gf_installWorldLiveries({installed.begin(), installed.end()});
     gf_seedRandom(1);
 }
 

@@ -11,14 +11,12 @@
 #include "core/run.h"
 #include "core/traffic_loop.h"
 #include "link/traffic_reader.h"
-#include "liveries/dbase_reader.h"
 #include "liveries/liveries.h"
 #include "liveries/match_index.h"
-#include "liveries/regcodes.h"
 #include "sim/client.h"
 #include "standin/direct.h"
 #include "standin/installed_titles.h"
-#include "standin/publisher.h"
+#include "standin/world.h"
 
 #include <algorithm>
 #include <chrono>
@@ -28,24 +26,6 @@
 namespace vlt {
 
 // --- the world
-
-static void lf_loadWorld(const std::filesystem::path& world)
-{
-    pugi::xml_document document;
-    document.load_string(gf_dbaseText(world).c_str());
-    gf_readDbaseSections(document, "dbase.xml");
-    liveries = gf_worldLiveries(world);
-    gf_sortLiveries();
-    buildMatchIndexes();
-    collectInlineRegcodes();
-    pugi::xml_document regcodes;
-    regcodes.load_string(gf_regcodesText(world).c_str());
-    std::vector<RegcodeEntry> entries;
-    std::vector<std::string> results;
-    gf_readRegcodeDocument(regcodes, "regcodes.xml", entries);
-    gf_processRegcodeEntries(entries, results);
-    liveries.clear();
-}
 
 static LatLon lf_middleOf(const std::vector<ParkPos>& stands)
 {
@@ -107,7 +87,7 @@ public:
         lf_resetEngine();
         gf_seedRandom(options.seed);
         lf_setParameters(options);
-        lf_loadWorld(options.world);
+        gf_loadWorld(options.world);
         if (!options.airportFile.empty()) {
             lf_loadAirport(options);
         }

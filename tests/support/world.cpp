@@ -1,7 +1,7 @@
 #include "tests/support/world.h"
 
 #include "liveries/match_index.h"
-#include "liveries/regcodes.h"
+#include "standin/world.h"
 
 #include <algorithm>
 #include <iterator>
@@ -112,12 +112,7 @@ static void lf_fillDbase()
 
 void gf_installLiveries(const std::vector<Livery>& installed)
 {
-    gf_clearMatchIndexes();
-    liveries.assign(installed.begin(), installed.end());
-    gf_sortLiveries();
-    buildMatchIndexes();
-    collectInlineRegcodes();
-    liveries.clear();
+    gf_installWorldLiveries({installed.begin(), installed.end()});
     for (const auto& [airline, models] : airlineLiveries) {
         for (const auto& [model, entries] : models) {
             for (const LiveryEntry& entry : entries) {
