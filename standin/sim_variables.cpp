@@ -108,7 +108,8 @@ std::optional<DefinitionEntry> gf_definitionEntry(std::string_view name, std::st
     return std::nullopt;
 }
 
-std::optional<size_t> gf_fixedWidth(SimDataType type)
+// Bytes of a value in a packet; none for types without a fixed width.
+static std::optional<size_t> lf_fixedWidth(SimDataType type)
 {
     switch (type) {
     case SimDataType::Int32:
@@ -219,7 +220,7 @@ void gf_writeValues(PacketWriter& writer, const DataDefinition& definition, cons
         if (entry.type == SimDataType::StringV) {
             writer.textV(lf_text(entry.variable, source.object));
         } else if (lf_isTextType(entry.type)) {
-            writer.text(lf_text(entry.variable, source.object), *gf_fixedWidth(entry.type));
+            writer.text(lf_text(entry.variable, source.object), *lf_fixedWidth(entry.type));
         } else {
             lf_writeNumber(writer, entry.type, lf_number(entry, source) * entry.factor);
         }
@@ -238,7 +239,7 @@ static double lf_readNumber(PacketReader& reader, SimDataType type)
     case SimDataType::Float64:
         return reader.f64();
     default:
-        reader.skip(gf_fixedWidth(type).value_or(0));
+        reader.skip(lf_fixedWidth(type).value_or(0));
         return 0;
     }
 }

@@ -53,9 +53,6 @@ struct VariableSource {
 std::optional<DefinitionEntry> gf_definitionEntry(std::string_view name, std::string_view unit,
                                                   uint32_t type);
 
-// Bytes of a value in a packet; none for types without a fixed width.
-std::optional<size_t> gf_fixedWidth(SimDataType type);
-
 // Appends the values of all entries, packed.
 void gf_writeValues(PacketWriter& writer, const DataDefinition& definition, const VariableSource& source);
 

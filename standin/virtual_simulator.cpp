@@ -301,29 +301,6 @@ void VirtualSimulator::applyUser(const UserState& user)
     m_user.altitude = user.onGround ? standing : std::max(user.altitude, standing);
 }
 
-void VirtualSimulator::setUser(const UserState& user)
-{
-    const std::scoped_lock lock(m_mutex);
-    applyUser(user);
-}
-
-void VirtualSimulator::placeUser(const UserState& user)
-{
-    const std::scoped_lock lock(m_mutex);
-    applyUser(user);
-    sendEvent("POSITIONCHANGED", 0);
-}
-
-void VirtualSimulator::loadFlight(const std::string& file)
-{
-    const std::scoped_lock lock(m_mutex);
-    if (const auto event = m_subscriptions.find("FLIGHTLOADED"); event != m_subscriptions.end()) {
-        PacketWriter writer(SimMessageId::FileName);
-        writer.u32(kNoGroup).u32(event->second).u32(0).text(file, kSimPathWidth).u32(0);
-        send(writer);
-    }
-}
-
 uint32_t VirtualSimulator::createObject(const InstalledTitle& kind, std::string tailNumber,
                                         const SimInitialPosition& position, bool byClient)
 {
@@ -370,11 +347,6 @@ UserState VirtualSimulator::user() const
 {
     const std::scoped_lock lock(m_mutex);
     return m_userState;
-}
-
-double VirtualSimulator::groundElevation(double lat) const
-{
-    return elevationAt(lat);
 }
 
 std::optional<SimObject> VirtualSimulator::object(uint32_t id) const

@@ -104,17 +104,13 @@ public:
     // ---- the world's doings
     void setStarted(bool started);  // up, from construction on; a simulator that goes down drops its client
     bool started() const;
-    void setRunning(bool running);             // the flight runs; tells "Sim" if that is news
-    void setUser(const UserState& user);       // in flight, without an event
-    void placeUser(const UserState& user);     // as from the map: "PositionChanged"
-    void loadFlight(const std::string& file);  // "FlightLoaded"
+    void setRunning(bool running);  // the flight runs; tells "Sim" if that is news
     uint32_t addForeignAircraft(const std::string& title, const std::string& tailNumber,
                                 const SimInitialPosition& position);  // somebody else's; its id
     void quit();                                                      // the quit message
 
     // ---- looking on
     UserState user() const;
-    double groundElevation(double lat) const;
     std::optional<SimObject> object(uint32_t id) const;
     std::vector<SimObject> objects() const;     // without the user's, by rising id
     std::vector<ObjectLife> lives() const;      // of all that ever were, by rising id

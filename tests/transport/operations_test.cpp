@@ -194,7 +194,7 @@ TEST_F(Operations, numberTheirPacketsFromTheOpeningOn)
     EXPECT_EQ(3U, gf_u32At(packets, 36));
     {
         const std::scoped_lock lock(connectionsMutex);
-        handle->nextSendId = 0xFFFFFFFE;
+        handle->lastSendId = 0xFFFFFFFE;
     }
     for (const uint32_t expected : {0xFFFFFFFFU, 1U, 2U}) {
         EXPECT_EQ(kSimOk, SimConnect_AIRemoveObject(handle, 1, 2));

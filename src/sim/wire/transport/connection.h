@@ -29,7 +29,7 @@ struct SimConnection final : public SimTransport {
     void dropIncoming();
 
     std::vector<std::byte> sendArena;  // [connectionsMutex] zeroed between packets
-    uint32_t nextSendId = 0;           // [connectionsMutex] of the packet last begun
+    uint32_t lastSendId = 0;           // [connectionsMutex] of the packet last begun
 
 protected:
     void packetReceived(std::span<const std::byte> packet) override;

@@ -24,9 +24,9 @@ static SimStatus lf_sendLocked(SimConnection& connection, const ComposePacket& c
         return connection.closeStatus();
     }
     // A packet that turns out not to fit has used its id up all the same.
-    connection.nextSendId = gf_sendIdAfter(connection.nextSendId);
+    connection.lastSendId = gf_sendIdAfter(connection.lastSendId);
     PacketSpace space{connection.sendArena};
-    const SimStatus status = compose(space, connection.nextSendId);
+    const SimStatus status = compose(space, connection.lastSendId);
     const size_t touched = status == kSimOk ? space.used : space.room.size();
     const bool sent = status == kSimOk && connection.send(space.room.first(touched));
     std::fill_n(space.room.begin(), touched, std::byte{0});
@@ -152,7 +152,7 @@ SimStatus SimConnect_GetLastSentPacketID(SimHandle handle, uint32_t* sendId)
     if (connection->closeReason() != CloseReason::None) {
         return connection->closeStatus();
     }
-    *sendId = connection->nextSendId;
+    *sendId = connection->lastSendId;
     return kSimOk;
 }
 
