@@ -1,7 +1,7 @@
 #include "standin/day_fleet.h"
 
 #include "core/base/text.h"
-#include "standin/installed_titles.h"
+#include "standin/world_tables.h"
 
 #include <algorithm>
 #include <array>

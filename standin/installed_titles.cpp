@@ -1,5 +1,6 @@
 #include "standin/installed_titles.h"
 
+#include "standin/world_tables.h"
 #include "traffic/geodesy.h"
 
 #include <charconv>
@@ -8,26 +9,6 @@
 #include <optional>
 
 namespace vlt {
-
-std::vector<std::string> gf_csvCells(const std::string& line)
-{
-    std::vector<std::string> cells(1);
-    bool quoted = false;
-    for (size_t i = 0; i < line.size(); ++i) {
-        const char c = line[i];
-        if (c == '"' && quoted && i + 1 < line.size() && line[i + 1] == '"') {
-            cells.back() += '"';
-            ++i;
-        } else if (c == '"') {
-            quoted = !quoted;
-        } else if (c == ',' && !quoted) {
-            cells.emplace_back();
-        } else if (c != '\r') {
-            cells.back() += c;
-        }
-    }
-    return cells;
-}
 
 static std::optional<double> lf_number(const std::string& text)
 {

@@ -16,7 +16,4 @@ namespace vlt {
 // numbers that don't read are left out; a missing file gives an empty list.
 std::vector<InstalledTitle> gf_readTitles(const std::filesystem::path& file);
 
-// The cells of one CSV line; a cell in quotation marks may hold commas and doubled quotation marks.
-std::vector<std::string> gf_csvCells(const std::string& line);
-
 }  // namespace vlt

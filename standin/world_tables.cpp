@@ -1,13 +1,32 @@
 #include "standin/world_tables.h"
 
 #include "core/base/text.h"
-#include "standin/installed_titles.h"
 
 #include <algorithm>
 #include <fstream>
 #include <stdexcept>
 
 namespace vlt {
+
+std::vector<std::string> gf_csvCells(const std::string& line)
+{
+    std::vector<std::string> cells(1);
+    bool quoted = false;
+    for (size_t i = 0; i < line.size(); ++i) {
+        const char c = line[i];
+        if (c == '"' && quoted && i + 1 < line.size() && line[i + 1] == '"') {
+            cells.back() += '"';
+            ++i;
+        } else if (c == '"') {
+            quoted = !quoted;
+        } else if (c == ',' && !quoted) {
+            cells.emplace_back();
+        } else if (c != '\r') {
+            cells.back() += c;
+        }
+    }
+    return cells;
+}
 
 WorldTable gf_readWorldTable(const std::filesystem::path& world, const std::string& name)
 {

@@ -17,6 +17,9 @@ struct WorldTable {
     std::vector<std::vector<std::string>> rows;
 };
 
+// The cells of one CSV line; a cell in quotation marks may hold commas and doubled quotation marks.
+std::vector<std::string> gf_csvCells(const std::string& line);
+
 // Reads `name` of the folder. Throws std::runtime_error for a file that can't be read, or for a row with
 // another number of cells than the header, naming file and row.
 WorldTable gf_readWorldTable(const std::filesystem::path& world, const std::string& name);
