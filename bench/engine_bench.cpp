@@ -7,6 +7,8 @@
 #include "core/traffic_loop.h"
 #include "link/traffic_reader.h"
 #include "sim/client.h"
+#include "sim/frame.h"
+#include "sim/requests.h"
 #include "standin/direct.h"
 #include "standin/virtual_simulator.h"
 #include "traffic/geodesy.h"

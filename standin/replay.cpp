@@ -14,6 +14,7 @@
 #include "liveries/liveries.h"
 #include "liveries/match_index.h"
 #include "sim/client.h"
+#include "sim/requests.h"
 #include "standin/direct.h"
 #include "standin/installed_titles.h"
 #include "standin/world.h"

@@ -1,4 +1,5 @@
 #include "standin/sim_events.h"
+#include "sim/wire/ids.h"
 
 #include <array>
 

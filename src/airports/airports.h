@@ -6,6 +6,7 @@
 
 #include "core/base/hours.h"
 #include "core/base/shared_value.h"
+#include "core/base/units.h"
 #include "traffic/traffic.h"
 
 #include <cstdint>
@@ -38,6 +39,9 @@ struct StandOption {
     bool archived = true;  // read from an archived or handmade file, not learned
     bool real = true;      // seen there; false: inferred
 };
+
+inline constexpr double kAirportRadius = 5.0;             // nm around the reference point: at the airport
+inline constexpr double kStandReach = 55 / kMetresPerNm;  // nm off its centre: at a stand, looked at widely
 
 // More stands than any airport has; a file beyond is refused.
 inline constexpr size_t kMostStands = 5000;

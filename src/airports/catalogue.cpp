@@ -67,8 +67,7 @@ struct Closest {
 
 static Closest lf_closest(LatLon position)
 {
-    constexpr double kAtAirport = 5.0;   // nm
-    constexpr double kQuickLook = 0.09;  // degrees of latitude, more than kAtAirport
+    constexpr double kQuickLook = 0.09;  // degrees of latitude, more than kAirportRadius
     Closest closest;
     double nearest = kNoStandNearNm;
     double next = kNoStandNearNm;
@@ -76,8 +75,8 @@ static Closest lf_closest(LatLon position)
         if (std::abs(airport.lat - position.lat) > kQuickLook) {
             continue;
         }
-        const double distance = distNm(position, {airport.lat, airport.lon});
-        if (distance > kAtAirport) {
+        const double distance = distNm(position, gf_placeOf(airport));
+        if (distance > kAirportRadius) {
             continue;
         }
         if (distance < nearest) {

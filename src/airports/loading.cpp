@@ -95,7 +95,7 @@ void gf_findNeighbours(std::vector<ParkPos>& stands)
             ParkPos& b = stands[k];
             const double reach = a.radius + b.radius;
             if (std::abs(a.lat - b.lat) * kNmPerDeg * kMargin < reach &&
-                reach > distNm({a.lat, a.lon}, {b.lat, b.lon}) * kMargin) {
+                reach > distNm(gf_placeOf(a), gf_placeOf(b)) * kMargin) {
                 a.neighbours.push_back(b.index);
                 b.neighbours.push_back(a.index);
             }
@@ -114,7 +114,7 @@ static void lf_readParameters(const pugi::xml_document& document, Apf& apf)
     apf.publisher = gf_textParameter(document, "publisher").value_or("");
     const auto altitude = gf_intParameter(document, "altitude");
     if (!altitude) {
-        throw UserErrorException(kPlainUserError, format("Parameter {} not found", "altitude"));
+        throw UserErrorException(kPlainUserError, "Parameter altitude not found");
     }
     if (*altitude < -kHighestAirport || *altitude > kHighestAirport) {
         throw std::runtime_error(format("an altitude of {} ft can't be", *altitude));

@@ -17,11 +17,6 @@ namespace vlt {
 static constexpr double kFitTolerance = 1.8 / kMetresPerNm;  // a half span may exceed the radius by this
 static constexpr double kFarAway = 900;                      // nm, farther than any stand
 
-static LatLon lf_place(const ParkPos& stand)
-{
-    return {stand.lat, stand.lon};
-}
-
 static bool lf_fits(const ParkPos& stand, const LiveAc& ac)
 {
     return ac.radius - stand.radius <= kFitTolerance;
@@ -49,7 +44,6 @@ void gf_forgetNearestStand()
 
 const std::string& nearestStandId(LatLon position)
 {
-    constexpr double kAtStand = 55 / kMetresPerNm;
     static const std::string none;
     if (parkApf.stands.empty() || gf_isNullPosition(position)) {
         return none;
@@ -61,8 +55,8 @@ const std::string& nearestStandId(LatLon position)
     nearestAnswer.clear();
     double nearest = kFarAway;
     for (const ParkPos& stand : parkApf.stands) {
-        const double distance = distNm(position, lf_place(stand));
-        if (distance <= kAtStand && distance < nearest) {
+        const double distance = distNm(position, gf_placeOf(stand));
+        if (distance <= kStandReach && distance < nearest) {
             nearest = distance;
             nearestAnswer = stand.id;
         }
@@ -124,7 +118,7 @@ uint32_t standAtPosition(LatLon position, const LiveAc& ac, double searchRadius,
     Reached reached;
     for (ParkPos& stand : parkApf.stands) {
         if (stand.occupiedByLive == kNobody) {
-            lf_look(stand, distNm(position, lf_place(stand)), ac, searchRadius, allowFar, reached);
+            lf_look(stand, distNm(position, gf_placeOf(stand)), ac, searchRadius, allowFar, reached);
         }
     }
     ParkPos* stand = reached.nearest != nullptr ? reached.nearest : reached.far;
@@ -311,7 +305,7 @@ void lf_searchForCoupledCsAroundThisTime(HourStamp stamp, LiveAc& ac)
             }
         }
     } catch (const std::exception& e) {
-        logLine(format("{}: {}", "lf_searchForCoupledCsAroundThisTime", e.what()));
+        logLine(format("lf_searchForCoupledCsAroundThisTime: {}", e.what()));
     }
 }
 

@@ -16,7 +16,6 @@
 #include "liveries/scan_results.h"
 #include "platform/paths_form.h"
 #include "platform/user_messages.h"
-#include "sim/client.h"
 #include "traffic/auto_range.h"
 #include "traffic/flight_plan.h"
 
@@ -91,9 +90,7 @@ static void lf_runThrough()
     display.orbxCount = lf_countFiles(kMyOrbxFolder);
     makeFlightPlanFolder();
     lf_readMyParkAirports();
-    if (AUTO_RANGE.value) {
-        gf_adaptRange();
-    }
+    gf_adaptRange();
     runTraffic();
 }
 
@@ -193,7 +190,7 @@ static void lf_closingDown()
     try {
         lf_closeDown();
     } catch (const std::exception& e) {
-        showMessage(format("{} exception {}", "lf_closingDown", e.what()), true);
+        showMessage(format("lf_closingDown exception {}", e.what()), true);
         runEndedInError = true;
         if (closeRequested) {
             gf_postUserMessage(UserMessage::Finish);

@@ -17,6 +17,8 @@
 #include "platform/folders.h"
 #include "sim/client.h"
 #include "sim/detection.h"
+#include "sim/dispatch.h"
+#include "sim/requests.h"
 #include "traffic/collision.h"
 #include "traffic/cycle.h"
 #include "traffic/geodesy.h"
@@ -83,18 +85,6 @@ void prepareRun()
     rangeBeforeAuto = LATERAL_RANGE.value.load();
 }
 
-static void lf_copyUser()
-{
-    const UserAc user = gf_userRaw();
-    userNow = {user.lat, user.lon, user.pitch, user.bank, user.heading, user.altitude, user.agl, user.speed};
-}
-
-static bool lf_userHasPosition()
-{
-    lf_copyUser();
-    return !gf_isNullPosition({userNow.lat, userNow.lon});
-}
-
 // Looks every `pause` until `ready`; false if a stop ends the wait.
 template <typename Ready>
 static bool lf_waitUntil(Ready ready, milliseconds pause)
@@ -109,8 +99,8 @@ static bool lf_waitUntil(Ready ready, milliseconds pause)
 
 static bool lf_askForUser()
 {
-    requestUserPosition();
-    return lf_userHasPosition();
+    gf_copyUser();
+    return !gf_isNullPosition(gf_placeOf(userNow));
 }
 
 static bool waitForUserAircraft()
@@ -118,28 +108,19 @@ static bool waitForUserAircraft()
     if (!lf_waitUntil([] { return simRunning && !simRequestFailed; }, milliseconds(100))) {
         return false;
     }
-    if (!gf_requestUserOnGround()) {
-        logLine("SimConnect request ac gnd/air fails");
-        raiseRequestError();
-        return false;
-    }
+    gf_mustSend(gf_requestUserOnGround(), "SimConnect request ac gnd/air fails");
     if (!lf_waitUntil([] { return lf_askForUser() && userOnGroundKnown; }, milliseconds(500))) {
         return false;
     }
-    if (!gf_requestUserTitleAndModel()) {
-        logLine("SimConnect request title and model fails");
-        raiseRequestError();
-        return false;
-    }
+    gf_mustSend(gf_requestUserTitleAndModel(), "SimConnect request title and model fails");
     return lf_waitUntil(lf_askForUser, milliseconds(200));
 }
 
 static void lf_clearIndicators()
 {
-    display.simIndicator = false;
-    display.simRunningIndicator = false;
-    display.rtIndicator = false;
-    display.rtWaiting = false;
+    display.sim.connected = false;
+    display.sim.running = false;
+    display.realTraffic = false;
 }
 
 static void lf_waitForFirstReport()
@@ -160,7 +141,7 @@ static void lf_startReader()
 {
     trafficReader.reset();
     gf_copyUser();
-    trafficReader.setCentre({userNow.lat, userNow.lon});
+    trafficReader.setCentre(gf_placeOf(userNow));
     runThreads.trafficReader = startTrafficReader(kTrafficPort);
 }
 
@@ -174,8 +155,7 @@ void runTraffic()
     if (!waitForUserAircraft()) {
         return;
     }
-    display.rtIndicator = true;
-    display.rtWaiting = false;
+    display.realTraffic = true;
     settingsOpen = false;
     if (!gf_sleepUnlessStopping(kBeforeReader)) {
         return;

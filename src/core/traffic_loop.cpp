@@ -5,17 +5,17 @@
 #include "core/base/display.h"
 #include "core/base/locks.h"
 #include "core/base/log.h"
-#include "core/base/parameters.h"
 #include "core/base/run_state.h"
 #include "core/base/text.h"
 #include "link/traffic_reader.h"
 #include "liveries/liveries.h"
 #include "liveries/matching.h"
 #include "platform/timer.h"
-#include "sim/client.h"
+#include "sim/requests.h"
 #include "traffic/auto_range.h"
 #include "traffic/collision.h"
 #include "traffic/cycle.h"
+#include "traffic/geodesy.h"
 #include "traffic/identity.h"
 #include "traffic/sim_answers.h"
 #include "traffic/stays.h"
@@ -23,6 +23,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <span>
 #include <thread>
 
 namespace vlt {
@@ -85,60 +86,81 @@ void secondTick()
 
 void gf_refreshFeedState()
 {
-    if (display.trafficFeedState == FeedState::Stopped) {
+    if (trafficReader.state == FeedState::Stopped) {
         return;
     }
     const int32_t packets = trafficReader.packets;
-    display.trafficFeedState = packets == packetsAtLastLook ? FeedState::Silent : FeedState::Receiving;
+    trafficReader.state = packets == packetsAtLastLook ? FeedState::Silent : FeedState::Receiving;
     packetsAtLastLook = packets;
 }
 
-void gf_periodicJob()
+// --- the longer periods
+
+static constexpr int32_t kRenewal = 1200;  // seconds
+
+static void lf_moveCentre()
 {
-    constexpr int32_t kDay = 86400;
-    constexpr int32_t kRenewal = 1200;
-    const auto due = [](int32_t period) { return secondCount % period == 0; };
-    if (display.trafficFeedState == FeedState::Silent) {
+    trafficReader.setCentre(gf_placeOf(userNow));
+}
+
+static void lf_wakeSilentFeed()
+{
+    if (trafficReader.state == FeedState::Silent) {
         gf_refreshFeedState();
-    }
-    if (due(30) && AUTO_RANGE.value) {
-        gf_adaptRange();
-    }
-    if (due(60)) {
-        display.minutesToRenewal = (kRenewal - secondCount % kRenewal) / 60;
-    }
-    if (due(kRenewal)) {
-        writeUnmatchedList();
-    }
-    if (due(kDay)) {
-        secondCount = 0;
-        writeMatchingSummary();
-        failedLiveries.clear();
     }
 }
 
-static void lf_longerPeriods()
+static void lf_showRenewal()
 {
-    constexpr int32_t kPeriod = 15;
-    constexpr int32_t kAirportLook = 16;
-    constexpr int32_t kFeedLook = 59;
-    constexpr int32_t kTwinLook = 61;
-    if (secondCount % kPeriod == 0) {
-        trafficReader.setCentre({userNow.lat, userNow.lon});
-        clearReservedStand();
-        gf_periodicJob();
-        return;
-    }
-    if (secondCount % kAirportLook == 0) {
-        parkAirportCheck();
-    }
-    if (secondCount % kFeedLook == 0) {
-        gf_refreshFeedState();
-    }
-    if (secondCount % kTwinLook == 0) {
-        gf_removeStaticTwins();
+    display.minutesToRenewal = (kRenewal - secondCount % kRenewal) / 60;
+}
+
+static void lf_endDay()
+{
+    secondCount = 0;
+    writeMatchingSummary();
+    failedLiveries.clear();
+}
+
+struct Job {
+    int32_t every;  // seconds
+    void (*run)();
+};
+
+// The periodic job, in this order, in seconds that are multiples of 15; the day's end last, since it begins
+// to count anew.
+static constexpr Job kPeriodicJobs[] = {
+    {15, lf_moveCentre},  {15, clearReservedStand},       {15, lf_wakeSilentFeed}, {30, gf_adaptRange},
+    {60, lf_showRenewal}, {kRenewal, writeUnmatchedList}, {86400, lf_endDay},
+};
+
+// Looks that have time until a second without the periodic job.
+static constexpr Job kLooks[] = {
+    {16, parkAirportCheck},
+    {59, gf_refreshFeedState},
+    {61, gf_removeStaticTwins},
+};
+
+static void lf_runDue(std::span<const Job> jobs)
+{
+    for (const Job& job : jobs) {
+        if (secondCount % job.every == 0) {
+            job.run();
+        }
     }
 }
+
+void gf_longerPeriods()
+{
+    constexpr int32_t kPeriod = 15;
+    if (secondCount % kPeriod == 0) {
+        lf_runDue(kPeriodicJobs);
+    } else {
+        lf_runDue(kLooks);
+    }
+}
+
+// --- the loop
 
 static void lf_beginPause()
 {
@@ -182,7 +204,7 @@ bool trafficPass()
     trafficTick();
     if (secondDue.exchange(false)) {
         secondTick();
-        lf_longerPeriods();
+        gf_longerPeriods();
     }
     return true;
 }
@@ -204,9 +226,7 @@ void trafficLoop()
     parkAirportCheck();
     gf_refreshFeedState();
     hourNow = weekHourStamp();
-    if (AUTO_RANGE.value) {
-        gf_adaptRange();
-    }
+    gf_adaptRange();
     lf_setIntake(true);
     Clock::time_point deadline = Clock::now() + kTickTime;
     do {

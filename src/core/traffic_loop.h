@@ -18,10 +18,10 @@ void trafficTick();
 // The once-a-second work.
 void secondTick();
 
-// The work of every 15 s, with what is due at multiples of it.
-void gf_periodicJob();
+// What is due less often than once a second: the periodic job every 15 s, and the looks in between.
+void gf_longerPeriods();
 
-// Looks whether the feed has brought anything since the last look, for the window.
+// Looks whether the feed has brought anything since the last look, for who shows its state.
 void gf_refreshFeedState();
 
 }  // namespace vlt

@@ -1,7 +1,7 @@
 #include "link/traffic_reader.h"
 
+#include "airports/airports.h"
 #include "core/base/clock.h"
-#include "core/base/display.h"
 #include "core/base/locks.h"
 #include "core/base/log.h"
 #include "core/base/parameters.h"
@@ -15,11 +15,10 @@
 
 namespace vlt {
 
-static constexpr double kGroundRangeNm = 5.0;  // from the park airport
-static constexpr size_t kLongestTail = 12;     // characters
-static constexpr size_t kLongestType = 4;      // characters
-static constexpr size_t kPlacesRead = 29;      // the last place read is 28
-static constexpr double kAbsurd = 1e7;         // no aircraft reports a larger number
+static constexpr size_t kLongestTail = 12;  // characters
+static constexpr size_t kLongestType = 4;   // characters
+static constexpr size_t kPlacesRead = 29;   // the last place read is 28
+static constexpr double kAbsurd = 1e7;      // no aircraft reports a larger number
 
 // Places in a line.
 enum Place : size_t {
@@ -44,6 +43,7 @@ enum Place : size_t {
 };
 
 TrafficReader trafficReader;
+SharedValue<FeedState> weatherFeedState = FeedState::Stopped;
 
 std::string_view gf_outcomeText(LineOutcome outcome)
 {
@@ -217,6 +217,8 @@ std::optional<double> TrafficReader::knownElevation() const
 void TrafficReader::reset()
 {
     packets = 0;
+    state = FeedState::Stopped;
+    weatherFeedState = FeedState::Stopped;
     lastTimestamp = 0.0;
     const std::scoped_lock lock(feedMutex);
     callsignsHeard.clear();
@@ -224,13 +226,13 @@ void TrafficReader::reset()
 
 void TrafficReader::onStarted()
 {
-    display.trafficFeedState = FeedState::Receiving;
-    display.weatherFeedState = FeedState::Receiving;
+    state = FeedState::Receiving;
+    weatherFeedState = FeedState::Receiving;
 }
 
 void TrafficReader::onStopped()
 {
-    display.trafficFeedState = FeedState::Stopped;
+    state = FeedState::Stopped;
     logLine(format("{} has stopped", name));
 }
 
@@ -333,7 +335,7 @@ LineOutcome TrafficReader::judgeGround() const
     if (!knownElevation()) {
         return LineOutcome::GroundNoPark;
     }
-    const bool near = distNm({record.sample.lat, record.sample.lon}, {parkLat, parkLon}) <= kGroundRangeNm;
+    const bool near = distNm(gf_placeOf(record.sample), {parkLat, parkLon}) <= kAirportRadius;
     return near ? LineOutcome::Taken : LineOutcome::GroundFar;
 }
 

@@ -89,6 +89,7 @@ private:
 };
 
 extern TrafficReader trafficReader;
+extern SharedValue<FeedState> weatherFeedState;  // of the feed that brings the weather, beside the traffic's
 
 // Starts the Traffic Reader's thread.
 std::jthread startTrafficReader(uint16_t port);

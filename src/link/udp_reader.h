@@ -15,6 +15,9 @@ namespace vlt {
 
 inline constexpr size_t kDatagramLimit = 16384;  // bytes; a datagram as long as this isn't processed
 
+// What a feed does; between two looks at a running one it counts as before.
+enum class FeedState : int32_t { Receiving, Silent, Stopped };
+
 class UdpReader
 {
 public:
@@ -37,6 +40,7 @@ public:
     std::string_view datagram;         // [reader] the one at hand
     std::string lastDatagram;          // [reader] copy of the one before
     SharedValue<int32_t> packets = 0;  // datagrams received
+    SharedValue<FeedState> state = FeedState::Stopped;
 };
 
 // Starts the reader's thread on `port`: 127.0.0.1 if RealTraffic is on this PC, else any address. Its stop

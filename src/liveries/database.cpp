@@ -4,8 +4,6 @@
 
 namespace vlt {
 
-constexpr double kHalfSpanNmPerMetre = 0.5 * 0.0005399568034557236;  // of the whole span
-
 constexpr size_t kShortestHyphenated = 5;  // characters of a registration that may lack its hyphen
 constexpr size_t kLongestTitlePrefix = 4;  // characters of a registration looked for inside titles
 

@@ -15,7 +15,6 @@
 
 namespace vlt {
 
-constexpr double kHalfSpanNmPerMetre = 0.5 * 0.0005399568034557236;  // of the whole span
 constexpr double kWidestSpanM = 200;            // above it a wing span is a slip of the pen
 constexpr uintmax_t kLargestFile = 256U << 20;  // bytes; a real one has a tenth of that
 

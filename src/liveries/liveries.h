@@ -5,6 +5,7 @@
 #pragma once
 
 #include "core/base/text.h"
+#include "core/base/units.h"
 #include "traffic/category.h"
 
 #include <array>
@@ -23,6 +24,8 @@ namespace vlt {
 
 inline constexpr std::string_view kPrivateAirline = "PVT";  // aircraft without an airline
 inline constexpr std::string_view kGenericAirline = "ZZZ";  // liveries that fit any airline
+
+inline constexpr double kHalfSpanNmPerMetre = 0.5 / kMetresPerNm;  // of the whole span
 
 // What the data base knows of one registration.
 struct RegRecord {

@@ -350,7 +350,7 @@ void gf_noteRefusedTitle(const AcBase& ac)
     if (refusedTitles.size() >= kMostRefusedTitles) {
         const std::string text =
             format("there are too many liveries that could not be created by {}!", kSimulatorName);
-        logLine(format("\n{}Error 81, {}\n", "===> ", text));
+        logLine(format("\n===> Error 81, {}\n", text));
         throw UserErrorException(81, format("{}, see Log.txt", text));
     }
 }

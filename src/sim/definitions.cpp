@@ -1,6 +1,5 @@
-// What the conversation with the simulator needs beforehand: system events, data definitions, client
-// events. Tables only; runs on the SimClient thread once per connection.
-#include "sim/client.h"
+#include "sim/definitions.h"
+
 #include "sim/wire/ids.h"
 
 #include <algorithm>
@@ -94,26 +93,26 @@ static_assert(std::size(kClientEvents) == THROTTLE_SET - BEACON_LIGHTS_SET + 1,
 
 static bool lf_mapClientEvent(SimHandle handle, const ClientEvent& event)
 {
-    if (SimConnect_MapClientEventToSimEvent(handle, event.id, event.name) < 0) {
+    if (SimConnect_MapClientEventToSimEvent(handle, event.id, event.name) != kSimOk) {
         return false;
     }
     return event.id == ENGINE_AUTO_START ||
-           SimConnect_AddClientEventToNotificationGroup(handle, kEventGroup, event.id, true) >= 0;
+           SimConnect_AddClientEventToNotificationGroup(handle, kEventGroup, event.id, true) == kSimOk;
 }
 
 bool gf_defineEverything(SimHandle handle)
 {
     const bool subscribed = std::ranges::all_of(kSystemEvents, [handle](const SystemEvent& e) {
-        return SimConnect_SubscribeToSystemEvent(handle, e.id, e.name) >= 0;
+        return SimConnect_SubscribeToSystemEvent(handle, e.id, e.name) == kSimOk;
     });
     const bool defined =
         subscribed && std::ranges::all_of(kDefinitionEntries, [handle](const DefinitionEntry& e) {
-            return SimConnect_AddToDataDefinition(handle, e.definition, e.variable, e.unit, e.type) >= 0;
+            return SimConnect_AddToDataDefinition(handle, e.definition, e.variable, e.unit, e.type) == kSimOk;
         });
     return defined &&
            std::ranges::all_of(kClientEvents,
                                [handle](const ClientEvent& e) { return lf_mapClientEvent(handle, e); }) &&
-           SimConnect_SetNotificationGroupPriority(handle, kEventGroup, kHighestPriority) >= 0;
+           SimConnect_SetNotificationGroupPriority(handle, kEventGroup, kHighestPriority) == kSimOk;
 }
 
 }  // namespace vlt

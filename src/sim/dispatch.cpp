@@ -1,6 +1,4 @@
-// The dispatch: one handler per message of the simulator. SimClient thread. Takes simCallMutex for the
-// user's record and for setting up a new object, and messageMutex, never both at once.
-#include "sim/client.h"
+#include "sim/dispatch.h"
 
 #include "core/base/display.h"
 #include "core/base/errors.h"
@@ -9,6 +7,8 @@
 #include "core/base/parameters.h"
 #include "core/base/run_state.h"
 #include "core/base/text.h"
+#include "sim/frame.h"
+#include "sim/requests.h"
 #include "sim/user_aircraft.h"
 #include "sim/wire/ids.h"
 #include "sim/wire/packets.h"
@@ -27,13 +27,18 @@ static constexpr double kObjectDataBelow = 2500;  // feet above ground; higher u
 static constexpr int32_t kNewFlightDelay = 30;    // seconds
 static constexpr uint32_t kFramesPerLook = 30;
 
+std::atomic<int32_t> wantedSimVersion{5};
+std::atomic<bool> userOnGroundKnown{false};
+std::atomic<bool> noteStandRequested{false};
+std::vector<uint32_t> addedObjects;
+
 static uint32_t framesSeen = 0;  // [simClient]
 static LatLon userPrevPosition;  // [simClient] of the report before
 
 static LatLon lf_userPosition()
 {
     const UserAc user = gf_userRaw();
-    return {user.lat, user.lon};
+    return gf_placeOf(user);
 }
 
 void gf_requestNoteStand()
@@ -57,7 +62,7 @@ static void lf_onEvent(PacketReader& body)
     switch (event) {
     case kEventSim:
         simRunning = data == 1;
-        display.simRunningIndicator = data == 1;
+        display.sim.running = data == 1;
         break;
     case kEventPositionChanged:
         logLine("User ac position changed");
@@ -85,7 +90,7 @@ static void lf_onObjectAddRemove(PacketReader& body)
         addedObjects.push_back(objectid);
     } else if (event == kEventObjectRemoved) {
         std::erase(addedObjects, objectid);
-        gf_postSimMessage({objectid, 0, 0, SimMessageKind::ObjectRemoved, 0, 0});
+        gf_postSimMessage({.objectid = objectid, .kind = SimMessageKind::ObjectRemoved});
     }
 }
 
@@ -140,8 +145,8 @@ static void lf_onOpen(PacketReader& body)
     const uint32_t buildMajor = body.u32();
     const uint32_t buildMinor = body.u32();
     const std::string name = format("{} ({}.{}.{}.{})", application, major, minor, buildMajor, buildMinor);
-    gf_setText(&Display::simText, name);
-    display.simIndicator = true;
+    display.sim.name = name;
+    display.sim.connected = true;
     showMessage(format("{} connected", name), true);
     if (!lf_versionFits(name)) {
         display.installPathEnabled = true;
@@ -158,7 +163,7 @@ static void lf_onCreationFailed(uint32_t sendId)
     if (found != pendingCreates.end()) {
         const uint32_t hexid = found->hexid;
         pendingCreates.erase(found);
-        gf_postSimMessage({kNoObject, hexid, 0, SimMessageKind::CreationRefused, 0, 0});
+        gf_postSimMessage({.a = hexid, .kind = SimMessageKind::CreationRefused});
     }
 }
 
@@ -216,7 +221,7 @@ static void lf_onUserData(uint32_t objectid, PacketReader& body)
         const std::scoped_lock lock(simCallMutex);
         userRaw = user;
     }
-    const LatLon position{user.lat, user.lon};
+    const LatLon position = gf_placeOf(user);
     if (!gf_isNullPosition(userPrevPosition) && distNm(userPrevPosition, position) > kTeleportNm) {
         logLine("Teleport");
         lf_newFlight();
@@ -256,7 +261,8 @@ static void lf_onObjectData(PacketReader& body)
     case kReqStaticData: {
         const double staticCg = body.f64();
         const double staticPitch = body.f64();
-        gf_postSimMessage({head.objectid, 0, 0, SimMessageKind::StaticData, staticCg, staticPitch});
+        gf_postSimMessage(
+            {.objectid = head.objectid, .kind = SimMessageKind::StaticData, .x = staticCg, .y = staticPitch});
         break;
     }
     case kReqTitle:
@@ -320,9 +326,10 @@ static void lf_onNewObject(uint32_t objectid, const AircraftData& data)
     pendingCreates.erase(pending);
     lf_takeControl(objectid);
     if (hexid > kLastStaticHexid) {
-        gf_postSimMessage({objectid, hexid, 0, SimMessageKind::LiveObject, 0, data.agl});
+        gf_postSimMessage(
+            {.objectid = objectid, .a = hexid, .kind = SimMessageKind::LiveObject, .y = data.agl});
     } else {
-        gf_postSimMessage({objectid, hexid, 0, SimMessageKind::StaticObject, 0, 0});
+        gf_postSimMessage({.objectid = objectid, .a = hexid, .kind = SimMessageKind::StaticObject});
     }
 }
 
@@ -336,8 +343,11 @@ static void lf_onAircraftInRange(PacketReader& body)
     if (std::erase(addedObjects, head.objectid) > 0) {
         lf_onNewObject(head.objectid, data);
     } else if (data.agl <= kObjectDataBelow && !data.atcId.empty() && !data.atcId.ends_with('*')) {
-        gf_postSimMessage({head.objectid, data.onGround ? 1U : 0U, 0, SimMessageKind::ObjectData,
-                           data.groundAltitude, data.agl});
+        gf_postSimMessage({.objectid = head.objectid,
+                           .a = data.onGround ? 1U : 0U,
+                           .kind = SimMessageKind::ObjectData,
+                           .x = data.groundAltitude,
+                           .y = data.agl});
     }
 }
 
@@ -351,7 +361,7 @@ static void lf_dispatch(uint32_t id, PacketReader& body)
         return lf_onOpen(body);
     case SimMessageId::Quit:
         simRunning = false;
-        display.simRunningIndicator = false;
+        display.sim.running = false;
         return;
     case SimMessageId::Event:
         return lf_onEvent(body);
@@ -386,8 +396,11 @@ void gf_dispatchMessage(std::span<const std::byte> message)
     }
 }
 
-void gf_forgetUserTrack()
+void gf_resetDispatch()
 {
+    addedObjects.clear();
+    userOnGroundKnown = false;
+    noteStandRequested = false;
     framesSeen = 0;
     userPrevPosition = {};
 }

@@ -1,16 +1,17 @@
-// The frame handler: sends what the engine queued, in step with the simulator's frames. SimClient thread;
-// tries simCallMutex and leaves at once if it is busy.
-#include "sim/client.h"
+#include "sim/frame.h"
 
 #include "core/base/locks.h"
 #include "core/base/log.h"
 #include "core/base/run_state.h"
 #include "core/base/text.h"
+#include "sim/requests.h"
 #include "sim/wire/ids.h"
 
-#include <cstring>
+#include <span>
 
 namespace vlt {
+
+std::vector<PendingCreate> pendingCreates;
 
 static void lf_sendPositions()
 {
@@ -74,7 +75,7 @@ static bool lf_sendRemovals()
         if (objectid <= userObjectId) {
             logLine(format("Simconnect call to remove ac with objectid {}", objectid));
         } else if (SimConnect_AIRemoveObject(simHandle, objectid, kReqRemove) != kSimOk) {
-            logLine(format("{}!Simconnect call to remove AI ac from sim failed, id {}?", "===> ", objectid));
+            logLine(format("===> !Simconnect call to remove AI ac from sim failed, id {}?", objectid));
             failed = true;
         }
     }
@@ -82,19 +83,10 @@ static bool lf_sendRemovals()
     return failed;
 }
 
-static void lf_emptyQueues()
-{
-    const std::scoped_lock lock(simCallMutex);
-    sendBuffer.clear();
-    eventQueue.clear();
-    createQueue.clear();
-    removeQueue.clear();
-}
-
 void gf_onFrame()
 {
     if (simRequestFailed) {
-        lf_emptyQueues();
+        gf_emptyQueues();
         return;
     }
     bool failed = false;
@@ -111,6 +103,11 @@ void gf_onFrame()
     if (failed) {
         raiseRequestError();
     }
+}
+
+void gf_resetFrame()
+{
+    pendingCreates.clear();
 }
 
 }  // namespace vlt

@@ -34,7 +34,7 @@ static std::string_view lf_cut(std::string_view text, size_t length)
 
 void gf_onUserTitle(std::string_view title)
 {
-    gf_setText(&Display::titleText, lf_cut(title, kShownTitle));
+    display.user.title = lf_cut(title, kShownTitle);
     userTitle = title;
     logLine(format("SimConnect: User aircraft title: {}", title));
     if (title.empty()) {
@@ -121,7 +121,7 @@ void gf_onUserModel(std::optional<std::string_view> model)
         category = categoryOf(userModel);
     }
     userCategory = static_cast<int32_t>(category);
-    gf_setText(&Display::modelText, userModel);
+    display.user.model = userModel;
     logLine(format(", category: {}", gf_forCategory(kCategoryNames, category)));
 }
 

@@ -1,7 +1,5 @@
 #include "traffic/air_config.h"
 
-#include "sim/client.h"
-#include "sim/wire/ids.h"
 #include "traffic/geodesy.h"
 #include "traffic/leg_time.h"
 #include "traffic/object_commands.h"
@@ -46,7 +44,7 @@ static void lf_highConfig(LiveAc& ac)
     constexpr double kNotClimbing = 100;  // feet per minute, at most
     const double vs = ac.stream[0].vs;
     gf_narrowTimeLimits(ac);
-    queueEvent(ac.objectid, CABIN_LIGHTS_SET, 1);
+    gf_commandCabinLights(ac, true);
     ac.takeOff = false;
     ac.approach = false;
     lf_highThrottle(ac, vs);
@@ -92,14 +90,14 @@ static void lf_beginApproach(LiveAc& ac)
 
 static bool lf_nearParkAirport(const LiveAc& ac)
 {
-    return parkAirport && distNm({ac.lat, ac.lon}, {parkAirport->lat, parkAirport->lon}) <= kNearParkAirport;
+    return parkAirport && distNm(gf_placeOf(ac), gf_placeOf(*parkAirport)) <= kNearParkAirport;
 }
 
 static void lf_lowConfig(LiveAc& ac)
 {
     constexpr double kClimbing = 600;  // feet per minute
     const double vs = ac.stream[0].vs;
-    queueEvent(ac.objectid, CABIN_LIGHTS_SET, 0);
+    gf_commandCabinLights(ac, false);
     if (vs <= kDescending) {
         if (!ac.approach && lf_nearParkAirport(ac)) {
             lf_beginApproach(ac);

@@ -41,7 +41,7 @@ void nextPosAir(LiveAc& ac)
     try {
         lf_nextPosAir(ac);
     } catch (const std::exception& e) {
-        logLine(format("{}: {}, {}, sz:{}", "nextPosAir", e.what(), logName(ac), ac.stream.size()));
+        logLine(format("nextPosAir: {}, {}, sz:{}", e.what(), logName(ac), ac.stream.size()));
         throw;
     }
 }
@@ -177,7 +177,7 @@ static double lf_headingChange(const LiveAc& ac)
     if (ac.stream.size() < 3 || gf_samePosition(next, ac.stream[2])) {
         return 0;
     }
-    return angleDiff(ac.hdg, bearing(gf_positionOf(next), gf_positionOf(ac.stream[2])));
+    return angleDiff(ac.hdg, bearing(gf_placeOf(next), gf_placeOf(ac.stream[2])));
 }
 
 void airSettings(LiveAc& ac, int32_t ticks)

@@ -31,7 +31,7 @@ static void lf_removeNeighbours(const LiveAc& ac, const ParkPos& stand)
 {
     for (const uint32_t index : stand.neighbours) {
         const ParkPos* neighbour = gf_stand(index);
-        if (neighbour == nullptr || gf_isNullPosition({neighbour->lat, neighbour->lon})) {
+        if (neighbour == nullptr || gf_isNullPosition(gf_placeOf(*neighbour))) {
             continue;
         }
         for (LiveAc& other : liveAcs) {
@@ -87,10 +87,9 @@ void clearStandForLive(const LiveAc& ac, const ParkPos& stand)
 
 void try2Park(LiveAc& ac, bool wide)
 {
-    constexpr double kWide = 55.0 / kMetresPerNm;
     constexpr double kNarrow = 20.0 / kMetresPerNm;
     if (ac.stream.empty()) {
-        logLine(format("{} empty sz?", "try2Park"));
+        logLine("try2Park empty sz?");
         return;
     }
     const PosSample& last = ac.stream.back();
@@ -99,7 +98,8 @@ void try2Park(LiveAc& ac, bool wide)
     }
     ac.lastParkLat = last.lat;
     ac.lastParkLon = last.lon;
-    const ParkPos* stand = gf_stand(standAtPosition(gf_positionOf(last), ac, wide ? kWide : kNarrow, wide));
+    const ParkPos* stand =
+        gf_stand(standAtPosition(gf_placeOf(last), ac, wide ? kStandReach : kNarrow, wide));
     if (stand == nullptr || gf_keptForUser(*stand)) {
         return;
     }
@@ -139,7 +139,7 @@ void arrivedAtStand(LiveAc& ac)
         removeAircraftFromSim(ac, "its stand was taken");
         return;
     }
-    if (distNm({ac.lat, ac.lon}, {ac.standLat, ac.standLon}) > kAtStand) {
+    if (distNm(gf_placeOf(ac), {ac.standLat, ac.standLon}) > kAtStand) {
         gf_setSt(ac, StState::Taxi);
         return;
     }
@@ -151,12 +151,10 @@ void arrivedAtStand(LiveAc& ac)
 // Moved away so soon after its landing: nobody has boarded.
 static bool lf_leavesTooSoon(const LiveAc& ac)
 {
-    constexpr int32_t kWeek = 604800 * kTicksPerSecond;
     constexpr int32_t kMinute = 60 * kTicksPerSecond;
     //                                                    Light Buzjets     Large         Heavy HighPerf Rotor
     static constexpr PerCategory<int32_t> kShortestStay{0, 15 * kMinute, 25 * kMinute, 60 * kMinute, 0, 0};
-    // The front of a parked aircraft lies a week ahead of its arrival.
-    const int32_t stay = tick - ac.stream.front().time + kWeek;
+    const int32_t stay = tick - ac.stream.front().time + kParkedAheadTicks;
     return stay < gf_forCategory(kShortestStay, ac.category);
 }
 

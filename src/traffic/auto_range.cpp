@@ -31,10 +31,13 @@ int32_t gf_autoRange(bool onGround, double altitude, std::optional<double> parkA
 
 void gf_adaptRange()
 {
+    if (!AUTO_RANGE.value) {
+        return;
+    }
     std::optional<double> parkAirportNm;
     if (!parkAirports.empty()) {
         const ParkListEntry& first = parkAirports.front();
-        parkAirportNm = distNm({userNow.lat, userNow.lon}, {first.lat, first.lon});
+        parkAirportNm = distNm(gf_placeOf(userNow), gf_placeOf(first));
     }
     LATERAL_RANGE.value = gf_autoRange(userOnGround, userNow.altitude, parkAirportNm);
     gf_applyLateralRange();

@@ -10,7 +10,7 @@ namespace vlt {
 // airport, if there is one.
 int32_t gf_autoRange(bool onGround, double altitude, std::optional<double> parkAirportNm);
 
-// Sets LATERAL_RANGE by where the user is now.
+// With AUTO_RANGE on: sets LATERAL_RANGE by where the user is now.
 void gf_adaptRange();
 
 }  // namespace vlt

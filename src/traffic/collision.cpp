@@ -17,11 +17,6 @@ std::atomic<bool> blockChanged{false};
 
 static LatLon lastUserPosition;  // [worker] at the last look for static aircraft in the user's way
 
-static LatLon lf_user()
-{
-    return {userNow.lat, userNow.lon};
-}
-
 // --- the user in the air
 
 static bool lf_meetsOnRunway(const LiveAc& ac, double dist)
@@ -30,7 +25,7 @@ static bool lf_meetsOnRunway(const LiveAc& ac, double dist)
     constexpr double kNear = 1;      // nm
     constexpr double kOffLine = 50;  // feet
     return userNow.agl < kLow && dist <= kNear &&
-           std::abs(gf_offLineFeet(lf_user(), userNow.heading, {ac.lat, ac.lon})) <= kOffLine;
+           std::abs(gf_offLineFeet(gf_placeOf(userNow), userNow.heading, gf_placeOf(ac))) <= kOffLine;
 }
 
 static bool lf_meetsInAir(const LiveAc& ac, double dist)
@@ -39,12 +34,12 @@ static bool lf_meetsInAir(const LiveAc& ac, double dist)
     constexpr double kLevel = 1000;   // feet
     constexpr double kOffLine = 700;  // feet
     return dist <= kNear && std::abs(ac.alt - userNow.altitude) <= kLevel &&
-           std::abs(gf_offLineFeet(lf_user(), ac.hdg, {ac.lat, ac.lon})) <= kOffLine;
+           std::abs(gf_offLineFeet(gf_placeOf(userNow), ac.hdg, gf_placeOf(ac))) <= kOffLine;
 }
 
 bool collisionUserAir(const LiveAc& ac)
 {
-    const double dist = distNm(lf_user(), {ac.lat, ac.lon});
+    const double dist = distNm(gf_placeOf(userNow), gf_placeOf(ac));
     return ac.onGround ? lf_meetsOnRunway(ac, dist) : lf_meetsInAir(ac, dist);
 }
 
@@ -61,7 +56,7 @@ static void lf_checkUserInAir()
 
 static bool lf_meetsUserOnGround(double halfSpan, LatLon place, double margin)
 {
-    return (userHalfSpan + halfSpan) * margin >= distNm(lf_user(), place);
+    return (userHalfSpan + halfSpan) * margin >= distNm(gf_placeOf(userNow), place);
 }
 
 static void lf_checkUserOnGround()
@@ -70,16 +65,16 @@ static void lf_checkUserOnGround()
     constexpr double kStaticMargin = 1.1;
     const auto live = std::ranges::find_if(liveAcs, [](const LiveAc& ac) {
         return ac.onGround && ac.fs == FsState::Active &&
-               lf_meetsUserOnGround(ac.radius, {ac.lat, ac.lon}, kLiveMargin);
+               lf_meetsUserOnGround(ac.radius, gf_placeOf(ac), kLiveMargin);
     });
     if (live != liveAcs.end()) {
         removeAircraftFromSim(*live, "in the user's way on the ground");
         return;
     }
-    if (lf_user() == lastUserPosition) {
+    if (gf_placeOf(userNow) == lastUserPosition) {
         return;
     }
-    lastUserPosition = lf_user();
+    lastUserPosition = gf_placeOf(userNow);
     const auto parked = std::ranges::find_if(staticAcs, [](const StaticAc& s) {
         return s.fs == FsState::Active &&
                lf_meetsUserOnGround(s.radius, {s.standLat, s.standLon}, kStaticMargin);
@@ -102,7 +97,7 @@ static void lf_removeStaticInWay(const LiveAc& ac)
     constexpr double kMargin = 1.1;
     const auto parked = std::ranges::find_if(staticAcs, [&ac](const StaticAc& s) {
         return s.fs == FsState::Active &&
-               (ac.radius + s.radius) * kMargin >= distNm({ac.lat, ac.lon}, {s.standLat, s.standLon});
+               (ac.radius + s.radius) * kMargin >= distNm(gf_placeOf(ac), {s.standLat, s.standLon});
     });
     if (parked == staticAcs.end()) {
         return;
@@ -127,7 +122,7 @@ static void lf_checkLiveAgainstStatic()
 
 void gf_checkCollisions()
 {
-    const bool userKnown = !gf_isNullPosition(lf_user());
+    const bool userKnown = !gf_isNullPosition(gf_placeOf(userNow));
     if (userKnown && userOnGround && COLLISION_USER_GND.value) {
         lf_checkUserOnGround();
     } else if (userKnown && !userOnGround && COLLISION_USER_AIR.value) {

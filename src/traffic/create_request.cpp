@@ -23,7 +23,7 @@ void makeCreateRequest(uint32_t hexid)
         return;
     }
     if (ac->callsign.empty()) {
-        logLine(format("{} {} objectid = 0?", "operator ()", logName(*ac)));
+        logLine(format("operator () {} objectid = 0?", logName(*ac)));
         return;
     }
     CreateRequest request;

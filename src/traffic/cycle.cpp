@@ -6,7 +6,7 @@
 #include "core/base/parameters.h"
 #include "core/base/run_state.h"
 #include "core/base/text.h"
-#include "sim/client.h"
+#include "sim/requests.h"
 #include "traffic/create_request.h"
 #include "traffic/geodesy.h"
 #include "traffic/identity.h"
@@ -27,8 +27,8 @@ static void lf_fillPosition(LiveAc& ac)
             {ac.objectid, ac.lat, ac.lon, ac.pitch, ac.bank, ac.hdg, ac.alt, ac.vsOut, ac.tasOut});
         return;
     }
-    logLine(format("{} objectid=0? hexid: {},cs:{}, reg:{}, aimo:{} sz:{}", "updateLiveAc", ac.hexid,
-                   ac.callsign, ac.regcode, aimo(ac), ac.stream.size()));
+    logLine(format("updateLiveAc objectid=0? hexid: {},cs:{}, reg:{}, aimo:{} sz:{}", ac.hexid, ac.callsign,
+                   ac.regcode, aimo(ac), ac.stream.size()));
     removeAircraftFromSim(ac, "no object");
 }
 
@@ -36,9 +36,9 @@ static void lf_updateActive(LiveAc& ac)
 {
     constexpr double kSecondsPerMinute = 60;
     if (ac.stream.empty()) {
-        logLine(format(
-            "{} stream empty ? {}, hexid:{}, objectid:{}, alt:{:.0f} ft, lalo:{:.6f},{:.6f}, TAS:{:.0f}",
-            "updateLiveAc", logName(ac), ac.hexid, ac.objectid, ac.alt, ac.lat, ac.lon, ac.tasOut));
+        logLine(format("updateLiveAc stream empty ? {}, hexid:{}, objectid:{}, alt:{:.0f} ft, "
+                       "lalo:{:.6f},{:.6f}, TAS:{:.0f}",
+                       logName(ac), ac.hexid, ac.objectid, ac.alt, ac.lat, ac.lon, ac.tasOut));
         removeAircraftFromSim(ac, "no report left");
         return;
     }
@@ -65,8 +65,8 @@ bool updateLiveAc(LiveAc& ac)
             lf_updateActive(ac);
         }
     } catch (const std::exception& e) {
-        logLine(format("{}: {} {}, sz:{}, fs:{}, st:{}", "updateLiveAc", e.what(), logName(ac),
-                       ac.stream.size(), stateWord(ac.fs), stateWord(ac.st)));
+        logLine(format("updateLiveAc: {} {}, sz:{}, fs:{}, st:{}", e.what(), logName(ac), ac.stream.size(),
+                       stateWord(ac.fs), stateWord(ac.st)));
     }
     return gf_isMarked(ac);
 }
@@ -141,7 +141,7 @@ static int32_t lf_dataRadius()
     double radius = lateralRangeMetres;
     for (const LiveAc& ac : liveAcs) {
         if (ac.fs == FsState::Adding2Sim) {
-            const double metres = distNm({userNow.lat, userNow.lon}, {ac.lat, ac.lon}) * kMetresPerNm;
+            const double metres = distNm(gf_placeOf(userNow), gf_placeOf(ac)) * kMetresPerNm;
             radius = std::max(radius, std::min(metres + kMargin, kWidest));
         }
     }
@@ -154,16 +154,12 @@ void gf_requestObjectData()
     if (simRequestFailed || tick % (flareActive ? kFlareEvery : kTicksPerSecond) != 0) {
         return;
     }
-    if (!gf_requestAircraftInRange(lf_dataRadius())) {
-        logLine("SimConnect request ac within range fails");
-        raiseRequestError();
-    }
+    gf_mustSend(gf_requestAircraftInRange(lf_dataRadius()), "SimConnect request ac within range fails");
 }
 
 void gf_copyUser()
 {
-    const UserAc user = requestUserPosition();
-    userNow = {user.lat, user.lon, user.pitch, user.bank, user.heading, user.altitude, user.agl, user.speed};
+    userNow = requestUserPosition();
 }
 
 void gf_serviceStandChange()

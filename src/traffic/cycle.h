@@ -29,7 +29,7 @@ void gf_makeNextRequest();
 // Asks for the data of the objects around, every second, or five times in a flare.
 void gf_requestObjectData();
 
-// Copies the user's aircraft.
+// Asks for the user's aircraft anew, and copies the latest that arrived.
 void gf_copyUser();
 
 // The stand changes that wait for their second.

@@ -5,7 +5,7 @@
 #include "core/base/paths.h"
 #include "core/base/text.h"
 #include "platform/folders.h"
-#include "sim/client.h"
+#include "sim/requests.h"
 
 #include <filesystem>
 #include <fstream>

@@ -3,21 +3,22 @@
 // Pure functions; any thread. Positions in degrees, angles in radians, distances in nm.
 #pragma once
 
-#include <numbers>
+#include "core/base/units.h"
 
 namespace vlt {
-
-inline constexpr double kMetresPerNm = 1852.0;
-inline constexpr double kFeetPerNm = 6076.11549;
-inline constexpr double kRadPerDeg = std::numbers::pi / 180.0;
-inline constexpr double kDegPerRad = 180.0 / std::numbers::pi;
-inline constexpr double kTwoPi = 2.0 * std::numbers::pi;
 
 struct LatLon {
     double lat = 0;
     double lon = 0;
     bool operator==(const LatLon&) const = default;
 };
+
+// The place of a record that has a latitude and a longitude.
+template <typename Record>
+LatLon gf_placeOf(const Record& record)
+{
+    return {record.lat, record.lon};
+}
 
 // Great circle distance in nm by the haversine formula.
 double distNm(LatLon a, LatLon b);

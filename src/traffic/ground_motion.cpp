@@ -2,13 +2,12 @@
 
 #include "core/base/log.h"
 #include "core/base/text.h"
-#include "sim/client.h"
-#include "sim/wire/ids.h"
 #include "traffic/arrival.h"
 #include "traffic/geodesy.h"
 #include "traffic/leg_time.h"
 #include "traffic/object_commands.h"
 #include "traffic/runway.h"
+#include "traffic/stand_holding.h"
 #include "traffic/stand_moves.h"
 #include "traffic/taxi_curve.h"
 
@@ -19,7 +18,7 @@ namespace vlt {
 
 static double lf_legLength(const LiveAc& ac)
 {
-    return distNm(gf_positionOf(ac.stream[0]), gf_positionOf(ac.stream[1]));
+    return distNm(gf_placeOf(ac.stream[0]), gf_placeOf(ac.stream[1]));
 }
 
 static double lf_turnToDeg(const LiveAc& ac, double direction)
@@ -57,10 +56,9 @@ static void lf_bend(LiveAc& ac)
     constexpr double kStraight = 3;     // degrees
     constexpr double kTurnsBack = 160;  // degrees, no curve is that sharp
     const bool third = ac.stream.size() >= 3;
-    const double deg =
-        third && !ac.stream[2].stationary
-            ? lf_turnToDeg(ac, bearing(gf_positionOf(ac.stream[1]), gf_positionOf(ac.stream[2])))
-            : 0;
+    const double deg = third && !ac.stream[2].stationary
+                           ? lf_turnToDeg(ac, bearing(gf_placeOf(ac.stream[1]), gf_placeOf(ac.stream[2])))
+                           : 0;
     if (deg > kStraight && lf_bendWaits(ac, deg)) {
         insertMidpoint(ac);
     } else if (deg > kStraight && deg <= kTurnsBack && !gf_samePosition(ac.stream[0], ac.stream[2])) {
@@ -152,7 +150,7 @@ static void lf_endPushBack(LiveAc& ac)
 {
     constexpr double kFar = 900;  // nm: every report is nearer
     ac.trackTarget = ac.hdg;
-    queueEvent(ac.objectid, ENGINE_AUTO_START, 0);
+    gf_commandEngines(ac, true);
     gf_commandThrottle(ac, kThrottleIdle);
     gf_commandFlaps(ac, 1);
     gf_setSt(ac, StState::PushedBack);
@@ -180,7 +178,7 @@ static void lf_leaveParked(LiveAc& ac)
     if (!ac.pullOutPending) {
         return;
     }
-    const double away = bearing({ac.standLat, ac.standLon}, gf_positionOf(ac.stream.back()));
+    const double away = bearing({ac.standLat, ac.standLon}, gf_placeOf(ac.stream.back()));
     const long deg = std::lround(angleDiff(ac.standHeading, away) * kDegPerRad);
     if (std::abs(deg) < kSideways) {
         pullOut(ac);
@@ -198,12 +196,11 @@ static bool lf_mayPark(const LiveAc& ac)
 
 static void lf_tryToPark(LiveAc& ac)
 {
-    constexpr double kSlow = 5;                    // knots
-    constexpr double kNear = 35.0 / kMetresPerNm;  // nm
+    constexpr double kSlow = 5;  // knots
     if (ac.extendCount > 0) {
         try2Park(ac, ac.landed);
     } else if (ac.stream[1].speed <= kSlow &&
-               distNm({ac.lat, ac.lon}, gf_positionOf(ac.stream.back())) <= kNear) {
+               distNm(gf_placeOf(ac), gf_placeOf(ac.stream.back())) <= kStopsNear) {
         try2Park(ac, false);
     }
 }
@@ -236,7 +233,7 @@ void nextPosGround(LiveAc& ac)
     try {
         lf_nextPosGround(ac);
     } catch (const std::exception& e) {
-        logLine(format("{}: {}, {}, sz:{}", "nextPosGround", e.what(), logName(ac), ac.stream.size()));
+        logLine(format("nextPosGround: {}, {}, sz:{}", e.what(), logName(ac), ac.stream.size()));
         throw;
     }
 }

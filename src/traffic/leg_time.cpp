@@ -5,11 +5,6 @@
 
 namespace vlt {
 
-LatLon gf_positionOf(const PosSample& sample)
-{
-    return {sample.lat, sample.lon};
-}
-
 bool gf_samePosition(const PosSample& a, const PosSample& b)
 {
     return a.lat == b.lat && a.lon == b.lon;
@@ -72,7 +67,7 @@ void gf_arriveIn(LiveAc& ac, double ticks)
 
 void gf_setArrivalTime(LiveAc& ac, double speed)
 {
-    const double dist = distNm(gf_positionOf(ac.stream[0]), gf_positionOf(ac.stream[1]));
+    const double dist = distNm(gf_placeOf(ac.stream[0]), gf_placeOf(ac.stream[1]));
     const double knots = speed > 0 ? speed : gf_legSpeed(ac, dist);
     gf_arriveIn(ac, std::max(std::round(dist * kTicksPerHour / knots), double{kShortestLeg}));
 }

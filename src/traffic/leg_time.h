@@ -17,7 +17,6 @@ inline constexpr int32_t kNormalTimeLimit = 1000;   // ticks by which an arrival
 inline constexpr int32_t kWidestTimeLimit = 3000;   // ticks, after a change of course of events
 inline constexpr int32_t kTakeOffTimeLimit = 5000;  // ticks, the same during a take-off
 
-LatLon gf_positionOf(const PosSample& sample);
 bool gf_samePosition(const PosSample& a, const PosSample& b);
 
 // Ticks to the second sample's time, at least kShortestLeg.

@@ -45,7 +45,7 @@ void nextPos(LiveAc& ac)
         next.stationary = true;
     }
     if (!next.stationary) {
-        ac.trackTarget = bearing(gf_positionOf(front), gf_positionOf(next));
+        ac.trackTarget = bearing(gf_placeOf(front), gf_placeOf(next));
     }
     if (ac.onGround) {
         nextPosGround(ac);
@@ -54,8 +54,8 @@ void nextPos(LiveAc& ac)
     }
     if (ac.stream.size() < 2) {
         removeAircraftFromSim(ac, "no leg left");
-        throw std::runtime_error(format("{} {} fs:{}, st:{} stream at the end is empty?", "nextPos",
-                                        logName(ac), stateWord(ac.fs), stateWord(ac.st)));
+        throw std::runtime_error(format("nextPos {} fs:{}, st:{} stream at the end is empty?", logName(ac),
+                                        stateWord(ac.fs), stateWord(ac.st)));
     }
     lf_setRates(ac);
     ac.stream.pop_front();
@@ -88,8 +88,8 @@ void nextPosMain(LiveAc& ac)
     try {
         lf_nextPosMain(ac);
     } catch (const std::exception& e) {
-        logLine(format("{}: {} {}, sz:{}, fs:{}, st:{}", "nextPosMain", e.what(), logName(ac),
-                       ac.stream.size(), stateWord(ac.fs), stateWord(ac.st)));
+        logLine(format("nextPosMain: {} {}, sz:{}, fs:{}, st:{}", e.what(), logName(ac), ac.stream.size(),
+                       stateWord(ac.fs), stateWord(ac.st)));
         throw;
     }
 }

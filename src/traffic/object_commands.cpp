@@ -1,6 +1,6 @@
 #include "traffic/object_commands.h"
 
-#include "sim/client.h"
+#include "sim/requests.h"
 #include "sim/wire/ids.h"
 
 #include <array>
@@ -42,6 +42,28 @@ void gf_commandSpoilers(const StaticAc& ac, uint32_t value)
     if (!lf_isRotorcraft(ac)) {
         queueEvent(ac.objectid, SPOILERS_SET, value);
     }
+}
+
+void gf_commandEngines(const StaticAc& ac, bool run)
+{
+    queueEvent(ac.objectid, run ? ENGINE_AUTO_START : ENGINE_AUTO_SHUTDOWN, 0);
+}
+
+void gf_commandBrakes(const StaticAc& ac, bool on)
+{
+    constexpr double kFullPercent = 100;
+    gf_commandSpoilers(ac, on ? kSpoilersOut : 0);
+    if (ac.category != AcCategory::Light) {
+        const double spoilers = on ? kFullPercent : 0;
+        const double throttles = on && ac.fsltl ? -kFullPercent : spoilers;
+        gf_mustSend(gf_setSpoilersAndThrottles(ac.objectid, spoilers, throttles),
+                    "SimConnect set spoilers and throttles fails");
+    }
+}
+
+void gf_commandCabinLights(const StaticAc& ac, bool on)
+{
+    queueEvent(ac.objectid, CABIN_LIGHTS_SET, on ? 1 : 0);
 }
 
 void gf_commandLights(const StaticAc& ac, const Lights& lights)

@@ -1,4 +1,5 @@
-// Commands to an aircraft's object: throttle and flaps by level, gear, spoilers, lights.
+// Commands to an aircraft's object, the only way to command one: engines, throttle and flaps by level, gear,
+// spoilers, brakes, lights.
 //
 // Worker thread; each goes to the simulator client's event queue. Helicopters have neither gear, spoilers
 // nor flaps to command, and their throttle has one level.
@@ -22,6 +23,10 @@ void gf_commandThrottle(StaticAc& ac, uint32_t level, uint32_t rotorLevel = kThr
 void gf_commandFlaps(StaticAc& ac, uint32_t level);
 void gf_commandGear(const StaticAc& ac, bool down);
 void gf_commandSpoilers(const StaticAc& ac, uint32_t value);
+void gf_commandEngines(const StaticAc& ac, bool run);
+// After touchdown: spoilers out, and reverse thrust or brakes by the throttles' position; light aircraft have
+// the spoilers only. Off takes both back.
+void gf_commandBrakes(const StaticAc& ac, bool on);
 
 // One row of lights, in the order in which they are sent.
 struct Lights {
@@ -35,5 +40,6 @@ inline constexpr Lights kLightsAfterLanding{true, true, false, true, false, true
 inline constexpr Lights kLightsPushBack{true, true, false, true, false, true, false};
 
 void gf_commandLights(const StaticAc& ac, const Lights& lights);
+void gf_commandCabinLights(const StaticAc& ac, bool on);
 
 }  // namespace vlt

@@ -2,8 +2,6 @@
 
 #include "core/base/parameters.h"
 #include "core/base/random.h"
-#include "sim/client.h"
-#include "sim/wire/ids.h"
 #include "traffic/object_commands.h"
 
 namespace vlt {
@@ -17,7 +15,7 @@ static void lf_setUpInAir(LiveAc& ac)
 {
     constexpr double kLandingLightsBelow = 10000;  // feet
     constexpr double kCabinLightsFrom = 2000;      // feet above ground
-    queueEvent(ac.objectid, ENGINE_AUTO_START, 0);
+    gf_commandEngines(ac, true);
     gf_commandSpoilers(ac, 0);
     const bool low = ac.alt < kLandingLightsBelow;
     gf_commandLights(ac, {true, true, low, false, true, low, ac.agl >= kCabinLightsFrom});
@@ -28,7 +26,7 @@ static void lf_setUpOnGround(LiveAc& ac)
     const bool parked = ac.st == StState::Parked;
     const bool taxiing = ac.st == StState::Taxi;
     gf_commandSpoilers(ac, 0);
-    queueEvent(ac.objectid, parked ? ENGINE_AUTO_SHUTDOWN : ENGINE_AUTO_START, 0);
+    gf_commandEngines(ac, !parked);
     gf_commandLights(ac,
                      parked ? lf_parkedLights(true) : Lights{true, true, false, taxiing, false, true, true});
     gf_commandThrottle(ac, kThrottleIdle);
@@ -50,7 +48,7 @@ void parkedConfig(StaticAc& ac)
     constexpr uint32_t kChances = 10;  // one of them has its cabin dark
     gf_commandThrottle(ac, kThrottleIdle, kThrottleIdle);
     gf_commandFlaps(ac, 0);
-    queueEvent(ac.objectid, ENGINE_AUTO_SHUTDOWN, 0);
+    gf_commandEngines(ac, false);
     const bool dark = ac.soft || (gf_randomAllowed() && gf_randomNumber() % kChances == 0);
     gf_commandLights(ac, lf_parkedLights(!dark));
 }

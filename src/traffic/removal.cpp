@@ -86,7 +86,7 @@ void liveryRespawn(LiveAc& ac)
     if (ac.objectid != kNoObject) {
         removeWaitQueue.push_back(ac.objectid);
     } else {
-        logLine(format("{} removing act {} with objectid=0 ?", "liveryRespawn", logName(ac)));
+        logLine(format("liveryRespawn removing act {} with objectid=0 ?", logName(ac)));
     }
 }
 
@@ -143,7 +143,7 @@ void gf_onCreateRefused(uint32_t hexid)
 
 double gf_distanceToUser(const PosSample& sample)
 {
-    return distNm({userNow.lat, userNow.lon}, {sample.lat, sample.lon});
+    return distNm(gf_placeOf(userNow), gf_placeOf(sample));
 }
 
 bool makeRoom(double distance)
@@ -151,7 +151,7 @@ bool makeRoom(double distance)
     constexpr double kWorthIt = 0.1;  // nm
     LiveAc* furthest = nullptr;
     for (LiveAc& ac : liveAcs) {
-        const double d = distNm({userNow.lat, userNow.lon}, {ac.lat, ac.lon});
+        const double d = distNm(gf_placeOf(userNow), gf_placeOf(ac));
         if (ac.fs == FsState::Active && d > distance + kWorthIt) {
             distance = d;
             furthest = &ac;

@@ -2,7 +2,6 @@
 
 #include "core/base/log.h"
 #include "core/base/text.h"
-#include "sim/client.h"
 #include "sim/wire/ids.h"
 #include "traffic/geodesy.h"
 #include "traffic/leg_time.h"
@@ -100,15 +99,6 @@ void rotationStart(LiveAc& ac)
 
 // --- landing
 
-static void lf_releaseBrakes(LiveAc& ac)
-{
-    gf_commandSpoilers(ac, 0);
-    if (ac.category != AcCategory::Light && !gf_setSpoilersAndThrottles(ac.objectid, 0, 0)) {
-        logLine("SimConnect set spoilers and throttles fails");
-        raiseRequestError();
-    }
-}
-
 void rollOutConfig(LiveAc& ac)
 {
     constexpr double kTurnedOff = 15;    // degrees off the runway
@@ -119,10 +109,10 @@ void rollOutConfig(LiveAc& ac)
         ac.landingRoll = false;
         ac.landingHdg = 0;
         gf_commandThrottle(ac, kThrottleIdle);
-        lf_releaseBrakes(ac);
+        gf_commandBrakes(ac, false);
         gf_commandLights(ac, kLightsAfterLanding);
     } else if (ac.stream[0].speed <= kBrakesUntil) {
-        lf_releaseBrakes(ac);
+        gf_commandBrakes(ac, false);
         gf_commandFlaps(ac, 1);
     }
 }

@@ -5,8 +5,7 @@
 #include "core/base/parameters.h"
 #include "core/base/random.h"
 #include "core/base/text.h"
-#include "sim/client.h"
-#include "sim/wire/ids.h"
+#include "sim/requests.h"
 #include "traffic/flight_plan.h"
 #include "traffic/geodesy.h"
 #include "traffic/object_config.h"
@@ -56,10 +55,7 @@ static bool lf_onLiveObject(LiveAc& ac, const SimMessage& message)
         }
     }
     lf_loadPlan(ac);
-    if (!gf_requestStaticData(ac.objectid)) {
-        logLine("SimConnect request StaticCG fails");
-        raiseRequestError();
-    }
+    gf_mustSend(gf_requestStaticData(ac.objectid), "SimConnect request StaticCG fails");
     return true;
 }
 
@@ -174,10 +170,8 @@ static void lf_stepAckWait(SimMessage& message)
 {
     constexpr uint32_t kToggles[] = {50, 100};
     const bool live = message.kind == SimMessageKind::LiveObject;
-    if (live && std::ranges::find(kToggles, message.b) != std::end(kToggles) &&
-        !gf_toggleAllLights(message.objectid)) {
-        logLine("SimConnect gf_allLightsToggle fails");
-        raiseRequestError();
+    if (live && std::ranges::find(kToggles, message.b) != std::end(kToggles)) {
+        gf_mustSend(gf_toggleAllLights(message.objectid), "SimConnect gf_allLightsToggle fails");
     }
     if (message.b == kSetUpAfter) {
         live ? lf_setUpLive(message) : lf_setUpStatic(message);

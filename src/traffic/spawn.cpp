@@ -47,10 +47,10 @@ static Gate lf_gateGroundForFlyingUser(LiveAc& ac)
         return Gate::Drop;
     }
     // An aircraft back from a respawn is where its object was, a new one where its first sample is.
-    const LatLon user{userNow.lat, userNow.lon};
-    const LatLon spawned{ac.lat, ac.lon};
+    const LatLon user = gf_placeOf(userNow);
+    const LatLon spawned = gf_placeOf(ac);
     const PosSample& front = ac.stream.front();
-    const LatLon place = spawned == LatLon{} ? LatLon{front.lat, front.lon} : spawned;
+    const LatLon place = spawned == LatLon{} ? gf_placeOf(front) : spawned;
     if (distNm(user, place) <= kNear && userNow.agl < kLow &&
         std::abs(gf_offLineFeet(user, userNow.heading, place)) <= kOffLine) {
         ac.heldForUser = true;
@@ -66,10 +66,10 @@ static Gate lf_gateAirForFlyingUser(LiveAc& ac)
     constexpr double kOffLine = 4000;  // feet off the line of the aircraft's track
     // A new aircraft has no leg yet: its report tells where it goes.
     const PosSample& front = ac.stream.front();
-    const LatLon place{front.lat, front.lon};
+    const LatLon place = gf_placeOf(front);
     const double track = ac.st == StState::Birth ? front.track * kRadPerDeg : ac.trackTarget;
     if (gf_distanceToUser(front) <= kNear && std::abs(front.altitude - userNow.altitude) <= kLevel &&
-        std::abs(gf_offLineFeet(place, track, {userNow.lat, userNow.lon})) <= kOffLine) {
+        std::abs(gf_offLineFeet(place, track, gf_placeOf(userNow))) <= kOffLine) {
         ac.heldForUser = true;
         return Gate::Drop;
     }
@@ -243,7 +243,7 @@ static double lf_initialHeading(const LiveAc& ac)
     const PosSample& second = ac.stream[1];
     const bool standing = second.stationary || (front.lat == second.lat && front.lon == second.lon);
     return standing ? gf_normalAngle(front.track * kRadPerDeg)
-                    : bearing({front.lat, front.lon}, {second.lat, second.lon});
+                    : bearing(gf_placeOf(front), gf_placeOf(second));
 }
 
 static void lf_fixInitialState(LiveAc& ac)
@@ -278,7 +278,7 @@ static bool lf_bear(LiveAc& ac)
 void spawnLiveAc(LiveAc& ac)
 {
     if (ac.stream.size() < 2) {
-        logLine(format("{} sz:{}", "spawnLiveAc", ac.stream.size()));
+        logLine(format("spawnLiveAc sz:{}", ac.stream.size()));
         return;
     }
     lf_markStanding(ac);

@@ -108,15 +108,13 @@ bool gf_isReserved(const ParkPos& stand)
 
 bool gf_keptForUser(const ParkPos& stand)
 {
-    return gf_isReserved(stand) ||
-           (!stand.id.empty() && stand.id == nearestStandId({userNow.lat, userNow.lon}));
+    return gf_isReserved(stand) || (!stand.id.empty() && stand.id == nearestStandId(gf_placeOf(userNow)));
 }
 
 bool gf_wouldTouch(double halfSpan, const ParkPos& stand, double otherHalfSpan, const ParkPos& otherStand)
 {
     constexpr double kMargin = 1.1;
-    return (halfSpan + otherHalfSpan) * kMargin >=
-           distNm({stand.lat, stand.lon}, {otherStand.lat, otherStand.lon});
+    return (halfSpan + otherHalfSpan) * kMargin >= distNm(gf_placeOf(stand), gf_placeOf(otherStand));
 }
 
 std::string gf_standName(const StaticAc& ac)

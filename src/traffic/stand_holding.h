@@ -13,6 +13,9 @@
 
 namespace vlt {
 
+// An aircraft whose reports end so near, nm, and that creeps there, is about to stop.
+inline constexpr double kStopsNear = 35.0 / kMetresPerNm;
+
 // Phases in which a live aircraft is at its stand, to be combined.
 enum Holding : uint32_t { kParks = 1, kParked = 2, kPushes = 4, kPushed = 8 };
 

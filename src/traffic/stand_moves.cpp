@@ -2,8 +2,6 @@
 
 #include "core/base/log.h"
 #include "core/base/text.h"
-#include "sim/client.h"
-#include "sim/wire/ids.h"
 #include "traffic/geodesy.h"
 #include "traffic/leg_time.h"
 #include "traffic/object_commands.h"
@@ -51,7 +49,7 @@ void pullOut(LiveAc& ac)
     ac.stream.push_back(lf_waypoint(ac, ahead, tick + lf_ticksAtStandSpeed(ac, stand, ahead)));
     gf_setSt(ac, StState::Taxi);
     gf_commandLights(ac, kLightsPushBack);
-    queueEvent(ac.objectid, ENGINE_AUTO_START, 0);
+    gf_commandEngines(ac, true);
     gf_commandThrottle(ac, kThrottleIdle);
     gf_commandFlaps(ac, 1);
     logLine(format("{:8}: {:8} pulling out", gf_standName(ac), ac.callsign));
@@ -66,14 +64,14 @@ void pushBack(LiveAc& ac)
     if (stand == nullptr) {
         return;
     }
-    const LatLon from{ac.lat, ac.lon};
+    const LatLon from = gf_placeOf(ac);
     const double tail = gf_normalAngle(ac.standHeading + std::numbers::pi);
     const LatLon back = destination(from, tail, stand->radius * kStraightRadii * kFeetPerNm);
     const int32_t ticksBack = lf_ticksAtStandSpeed(ac, from, back);
     lf_dropReports(ac);
     ac.stream.push_back(lf_waypoint(ac, back, tick + ticksBack));
     insertMidpoint(ac);
-    const LatLon mid = gf_positionOf(ac.stream[1]);
+    const LatLon mid = gf_placeOf(ac.stream[1]);
     const auto exitTo = [&](double direction) {
         const LatLon side = destination(back, direction, ac.radius * kFeetPerNm);
         return lf_waypoint(ac, side, tick + ticksBack / 2 + lf_ticksAtStandSpeed(ac, mid, side));
@@ -93,12 +91,12 @@ void drive2Stand(LiveAc& ac, const ParkPos& stand)
     constexpr int32_t kShortestDrive = 100;  // ticks
     constexpr int32_t kStop = 50;            // ticks
     if (ac.stream.empty()) {
-        logLine(format("{} empty sz?", "drive2Stand"));
+        logLine("drive2Stand empty sz?");
         return;
     }
     PosSample& last = ac.stream.back();
-    const LatLon centre{stand.lat, stand.lon};
-    const int32_t ticks = std::max(lf_ticksAtStandSpeed(ac, gf_positionOf(last), centre), kShortestDrive);
+    const LatLon centre = gf_placeOf(stand);
+    const int32_t ticks = std::max(lf_ticksAtStandSpeed(ac, gf_placeOf(last), centre), kShortestDrive);
     last.speed = ac.standSpeed;
     PosSample arrival = lf_waypoint(ac, centre, ac.stream.front().time + ticks);
     arrival.roll = ac.bank;

@@ -17,21 +17,19 @@ namespace vlt {
 // Where the aircraft would stand, if it is at a stand at all.
 static std::optional<LatLon> lf_placeToTest(const LiveAc& ac)
 {
-    constexpr double kAtAirport = 5.0;  // nm from the reference point
-    constexpr double kCreeps = 5;       // knots
-    constexpr double kNear = 35.0 / kMetresPerNm;
+    constexpr double kCreeps = 5;  // knots
     if (parkApf.stands.empty() || !parkAirport) {
         return std::nullopt;
     }
-    const LatLon front = gf_positionOf(ac.stream.front());
-    if (distNm(front, {parkAirport->lat, parkAirport->lon}) > kAtAirport) {
+    const LatLon front = gf_placeOf(ac.stream.front());
+    if (distNm(front, gf_placeOf(*parkAirport)) > kAirportRadius) {
         return std::nullopt;
     }
     if (ac.stream.front().stationary) {
         return front;
     }
-    const LatLon last = gf_positionOf(ac.stream.back());
-    const bool creeps = ac.stream[1].speed <= kCreeps && distNm(front, last) <= kNear;
+    const LatLon last = gf_placeOf(ac.stream.back());
+    const bool creeps = ac.stream[1].speed <= kCreeps && distNm(front, last) <= kStopsNear;
     return creeps ? std::optional(last) : std::nullopt;
 }
 
@@ -54,13 +52,12 @@ static void lf_standAt(LiveAc& ac, const ParkPos& stand)
 
 bool gf_birthOnGround(LiveAc& ac)
 {
-    constexpr double kWide = 55.0 / kMetresPerNm;
     const auto place = lf_placeToTest(ac);
     if (!place) {
         gf_setSt(ac, StState::Taxi);
         return true;
     }
-    const ParkPos* stand = gf_stand(standAtPosition(*place, ac, kWide, ac.stream.front().stationary));
+    const ParkPos* stand = gf_stand(standAtPosition(*place, ac, kStandReach, ac.stream.front().stationary));
     if (stand == nullptr) {
         if (ac.stream[1].stationary) {
             ac.stream.pop_front();

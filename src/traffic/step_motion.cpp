@@ -2,8 +2,6 @@
 
 #include "core/base/log.h"
 #include "core/base/text.h"
-#include "sim/client.h"
-#include "sim/wire/ids.h"
 #include "traffic/geodesy.h"
 #include "traffic/object_commands.h"
 #include "traffic/taxi_curve.h"
@@ -181,17 +179,6 @@ void flareStep(LiveAc& ac)
     }
 }
 
-static void lf_brake(LiveAc& ac)
-{
-    constexpr double kFullPercent = 100;
-    gf_commandSpoilers(ac, kSpoilersOut);
-    if (ac.category != AcCategory::Light &&
-        !gf_setSpoilersAndThrottles(ac.objectid, kFullPercent, ac.fsltl ? -kFullPercent : kFullPercent)) {
-        logLine("SimConnect set spoilers and throttles fails");
-        raiseRequestError();
-    }
-}
-
 static void lf_beginRollOut(LiveAc& ac)
 {
     ac.touchdownBlend = true;
@@ -200,7 +187,7 @@ static void lf_beginRollOut(LiveAc& ac)
     ac.landingHdg = ac.hdg;
     ac.approach = false;
     ac.landed = true;
-    lf_brake(ac);
+    gf_commandBrakes(ac, true);
     if (ac.derotateTicks > 0) {
         ac.bankRate = -ac.bank / ac.derotateTicks;
         ac.pitchRate = (ac.staticPitch - ac.pitch) / ac.derotateTicks;

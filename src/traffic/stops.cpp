@@ -74,7 +74,7 @@ static void lf_checkStops(LiveAc& ac, size_t num, const PosSample& sample)
     constexpr double kElsewhere = 22.0 / kMetresPerNm;
     const PosSample& first = ac.stream.at(ac.stream.size() - num);
     const double seconds = static_cast<double>(ac.stream.back().time - first.time) / kTicksPerSecond;
-    if (seconds >= kTrueStop && distNm(gf_positionOf(first), gf_positionOf(sample)) > kElsewhere) {
+    if (seconds >= kTrueStop && distNm(gf_placeOf(first), gf_placeOf(sample)) > kElsewhere) {
         return;
     }
     ac.stream.resize(ac.stream.size() - (num - 1));
@@ -85,7 +85,7 @@ void checkStops(LiveAc& ac, size_t num, const PosSample& sample)
     try {
         lf_checkStops(ac, num, sample);
     } catch (const std::exception& e) {
-        logLine(format("{}: num:{} {}", "checkStops", num, e.what()));
+        logLine(format("checkStops: num:{} {}", num, e.what()));
     }
 }
 
@@ -107,7 +107,7 @@ void removeSmallStop(LiveAc& ac, const PosSample& sample)
     try {
         lf_removeSmallStop(ac, sample);
     } catch (const std::exception& e) {
-        logLine(format("{}: {}", "removeSmallStop", e.what()));
+        logLine(format("removeSmallStop: {}", e.what()));
     }
 }
 
@@ -167,7 +167,7 @@ bool checkAtStand(LiveAc& ac, PosSample& sample)
     constexpr double kLimit = 85.0 / kMetresPerNm;
     constexpr double kLimitAfterArrival = 170.0 / kMetresPerNm;
     ac.liveAtStand = true;
-    const double dist = distNm(gf_positionOf(sample), {ac.standLat, ac.standLon});
+    const double dist = distNm(gf_placeOf(sample), {ac.standLat, ac.standLon});
     if (dist > (ac.prevSt == StState::Parking ? kLimitAfterArrival : kLimit)) {
         return lf_outsideStand(ac, sample, dist);
     }

@@ -27,10 +27,10 @@ bool checkExtendingSituations(LiveAc& ac, const PosSample& sample)
 {
     constexpr double kBehind = 100 * kRadPerDeg;
     if (ac.stream.empty()) {
-        logLine(format("{} empty sz?", "checkExtendingSituations"));
+        logLine("checkExtendingSituations empty sz?");
         return false;
     }
-    const double ahead = bearing(gf_positionOf(ac.stream.back()), gf_positionOf(sample));
+    const double ahead = bearing(gf_placeOf(ac.stream.back()), gf_placeOf(sample));
     if (!ac.onGround && std::abs(angleDiff(ac.hdg, ahead)) >= kBehind) {
         return false;
     }
@@ -43,7 +43,7 @@ bool checkExtendingSituations(LiveAc& ac, const PosSample& sample)
 // Degrees between the aircraft's heading and the way from one of its samples to a new one.
 static double lf_offHeading(const LiveAc& ac, const PosSample& from, const PosSample& sample)
 {
-    return std::abs(angleDiff(ac.hdg, bearing(gf_positionOf(from), gf_positionOf(sample)))) * kDegPerRad;
+    return std::abs(angleDiff(ac.hdg, bearing(gf_placeOf(from), gf_placeOf(sample)))) * kDegPerRad;
 }
 
 // The only sample left lies behind: on approach the new one is dropped, on the ground the object waits where
@@ -88,7 +88,7 @@ bool checkNewPosDuringLanding(LiveAc& ac, PosSample& sample)
 {
     constexpr double kTaxiSpeed = 40;  // knots
     if (ac.stream.empty()) {
-        logLine(format("{} empty sz?", "checkNewPosDuringLanding"));
+        logLine("checkNewPosDuringLanding empty sz?");
         return false;
     }
     if (gf_samePosition(sample, ac.stream.back()) || !lf_dropSamplesBehind(ac, sample)) {
@@ -126,7 +126,7 @@ static bool lf_afterPushBack(LiveAc& ac, PosSample& sample)
 {
     constexpr double kStarted = 2.75;  // half spans
     constexpr double kFarOff = 6;
-    const double dist = distNm(gf_positionOf(sample), {ac.lat, ac.lon});
+    const double dist = distNm(gf_placeOf(sample), gf_placeOf(ac));
     const bool movesOff = dist > kStarted * ac.radius && dist > ac.pushedBackDist;
     if (!movesOff && dist <= kFarOff * ac.radius) {
         if (!ac.holding) {
@@ -223,7 +223,7 @@ static void lf_append(LiveAc& ac, const PosSample& sample)
 // The object waits at the end of its reports, and is reported elsewhere: it comes back there.
 static bool lf_heldElsewhere(LiveAc& ac, const PosSample& sample)
 {
-    const double metres = distNm(gf_positionOf(sample), gf_positionOf(ac.stream.front())) * kMetresPerNm;
+    const double metres = distNm(gf_placeOf(sample), gf_placeOf(ac.stream.front())) * kMetresPerNm;
     if (!ac.holding || metres <= HOLDING_THRESHOLD_METERS.value) {
         return false;
     }
@@ -261,7 +261,7 @@ void decodeExisting(LiveAc& ac, PosSample sample)
     try {
         lf_decodeExisting(ac, sample);
     } catch (const std::exception& e) {
-        logLine(format("{} exception {}", "decodeExisting", e.what()));
+        logLine(format("decodeExisting exception {}", e.what()));
         throw;
     }
 }

@@ -41,7 +41,7 @@ static bool lf_isInTheWay(const LiveAc& ac)
     return std::ranges::any_of(liveAcs, [&ac](const LiveAc& other) {
         return other.fs == FsState::Active && other.onGround && other.st == StState::Taxi &&
                other.objectid != ac.objectid &&
-               (ac.radius + other.radius) * kMargin >= distNm({ac.lat, ac.lon}, {other.lat, other.lon});
+               (ac.radius + other.radius) * kMargin >= distNm(gf_placeOf(ac), gf_placeOf(other));
     });
 }
 
@@ -76,9 +76,8 @@ static int32_t lf_countInAir(const LiveAc& ac)
 {
     constexpr int32_t kInvented = 8;
     constexpr double kRim = 0.5;  // nm
-    const LatLon user{userNow.lat, userNow.lon};
-    const bool inside =
-        gf_isNullPosition(user) || distNm({ac.lat, ac.lon}, user) < LATERAL_RANGE.value - kRim;
+    const LatLon user = gf_placeOf(userNow);
+    const bool inside = gf_isNullPosition(user) || distNm(gf_placeOf(ac), user) < LATERAL_RANGE.value - kRim;
     return inside ? kInvented : 0;
 }
 
@@ -186,7 +185,7 @@ static void lf_moveAhead(const LiveAc& ac, PosSample& sample, double seconds)
     constexpr double kClimbFtPerS = 25;
     constexpr double kClimbVs = 1500;  // feet per minute
     constexpr double kSecondsPerHour = 3600;
-    const LatLon from = gf_positionOf(sample);
+    const LatLon from = gf_placeOf(sample);
     const LatLon to = destination(from, ac.hdg, seconds * sample.speed * kFeetPerNm / kSecondsPerHour);
     sample.lat = to.lat;
     sample.lon = to.lon;
@@ -205,7 +204,6 @@ void extrapolate(LiveAc& ac, int32_t count)
 {
     constexpr int32_t kSecondsOnGround = 3;
     constexpr int32_t kSecondsInAir = 8;
-    constexpr int32_t kSecondsParked = 604800;
     ac.extendCount = count;
     const bool parked = ac.st == StState::Parked;
     const int32_t step = ac.onGround ? kSecondsOnGround : kSecondsInAir;
@@ -215,7 +213,7 @@ void extrapolate(LiveAc& ac, int32_t count)
         lf_moveAhead(ac, sample, step);
     }
     // A long wait doesn't run over the end of the tick's range.
-    const int64_t time = int64_t{sample.time} + int64_t{parked ? kSecondsParked : step} * kTicksPerSecond;
+    const int64_t time = int64_t{sample.time} + (parked ? kParkedAheadTicks : step * kTicksPerSecond);
     sample.time = static_cast<int32_t>(std::min<int64_t>(time, 2'000'000'000));
     if (parked) {
         ac.liveAtStand = false;

@@ -30,7 +30,7 @@ std::atomic<int32_t> currentQnh{kStandardQnh};
 int32_t secondCount = 0;
 bool wasPaused = false;
 bool flareActive = false;
-UserNow userNow;
+UserAc userNow;
 std::string blockedCallsign;
 HourStamp hourNow;
 std::optional<ParkAirportPlace> parkAirport;

@@ -26,7 +26,9 @@
 namespace vlt {
 
 inline constexpr int32_t kTicksPerSecond = 100;
-inline constexpr int32_t kReplayDelayTicks = 3000;   // every aircraft runs this far behind its reports
+inline constexpr int32_t kReplayDelayTicks = 3000;  // every aircraft runs this far behind its reports
+inline constexpr int32_t kParkedAheadTicks =
+    60'480'000;                                      // a week: so far ahead lies the sample of who is parked
 inline constexpr uint32_t kLastStaticHexid = 10000;  // above it a hexid is a live aircraft's
 inline constexpr int32_t kStandardQnh = 1013;        // hPa, in which altitudes are reported
 inline constexpr uint32_t kNoObject = 0;             // no simulator object (yet)
@@ -264,17 +266,22 @@ struct SimMessage {
     double y = 0;
 };
 
-// The user's aircraft as last copied by the worker.
-struct UserNow {
-    double lat = 0;
+// The user's aircraft as the simulator reports it: twelve values in the order of their definition.
+struct UserAc {
+    double lat = 0;  // degrees
     double lon = 0;
-    double pitch = 0;     // radians
-    double bank = 0;      // radians
-    double heading = 0;   // radians
-    double altitude = 0;  // feet
-    double agl = 0;       // feet
-    double speed = 0;     // knots over the ground
+    double pitch = 0;  // radians
+    double bank = 0;
+    double heading = 0;
+    double altitude = 0;   // feet
+    double agl = 0;        // feet
+    double speed = 0;      // knots over the ground
+    int64_t zuluTime = 0;  // seconds of the day
+    int64_t zuluDay = 0;   // of the year
+    int64_t zuluYear = 0;
+    int64_t lights = 0;  // mask
 };
+static_assert(sizeof(UserAc) == 96, "twelve values as they come over the wire");
 
 // The tables. In brackets: the one thread, or the one lock, under which a table is touched.
 extern std::vector<LiveAc> liveAcs;                  // [worker] live aircraft in every fs
@@ -300,7 +307,7 @@ extern std::atomic<int32_t>
 extern int32_t secondCount;          // [worker] counts secondTicks up to a day
 extern bool wasPaused;               // [worker] the last pass found the flight not running
 extern bool flareActive;             // [worker] an aircraft is in the flare: object data come faster
-extern UserNow userNow;              // [worker] snapshot, once a second
+extern UserAc userNow;               // [worker] snapshot, once a second
 extern std::string blockedCallsign;  // [worker] BLOCK_CALLSIGN, taken over once a second
 extern HourStamp hourNow;            // [worker] the half hour of now
 

@@ -2,7 +2,7 @@
 
 #include "core/base/display.h"
 #include "core/base/parameters.h"
-#include "core/base/text.h"
+#include "link/traffic_reader.h"
 
 #include <nlohmann/json.hpp>
 
@@ -24,24 +24,24 @@ static const char* lf_feedWord(FeedState state)
 std::string gf_statusLine()
 {
     nlohmann::ordered_json status;
-    status["error"] = gf_textOf(&Display::errorText);
-    status["message"] = gf_textOf(&Display::messageText);
-    status["sim"] = gf_textOf(&Display::simText);
-    status["simConnected"] = display.simIndicator.load();
-    status["simRunning"] = display.simRunningIndicator.load();
-    status["realTraffic"] = display.rtIndicator.load();
-    status["title"] = gf_textOf(&Display::titleText);
-    status["model"] = gf_textOf(&Display::modelText);
-    status["trafficFeed"] = lf_feedWord(display.trafficFeedState);
-    status["weatherFeed"] = lf_feedWord(display.weatherFeedState);
+    status["error"] = display.error.load();
+    status["message"] = display.message.load();
+    status["sim"] = display.sim.name.load();
+    status["simConnected"] = display.sim.connected.load();
+    status["simRunning"] = display.sim.running.load();
+    status["realTraffic"] = display.realTraffic.load();
+    status["title"] = display.user.title.load();
+    status["model"] = display.user.model.load();
+    status["trafficFeed"] = lf_feedWord(trafficReader.state);
+    status["weatherFeed"] = lf_feedWord(weatherFeedState);
     status["liveries"] = display.liveriesCount.load();
     status["live"] = display.liveCount.load();
-    status["airport"] = gf_textOf(&Display::airportCode);
-    status["airportName"] = gf_textOf(&Display::airportName);
-    status["stands"] = display.standCount.load();
-    status["quality"] = gf_textOf(&Display::qualityText);
-    status["reservedStand"] = gf_textOf(&Display::reservedStandText);
-    status["userStand"] = gf_textOf(&Display::standText);
+    status["airport"] = display.airport.code.load();
+    status["airportName"] = display.airport.name.load();
+    status["stands"] = display.airport.standCount.load();
+    status["quality"] = display.airport.quality.load();
+    status["reservedStand"] = display.airport.reservedStand.load();
+    status["userStand"] = display.airport.userStand.load();
     status["rangeNm"] = LATERAL_RANGE.value.load();
     // Texts of the user's files and of the simulator may hold any bytes.
     return status.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);

@@ -4,7 +4,7 @@
 #include "airports/parking/park_list.h"
 #include "core/base/display.h"
 #include "link/traffic_reader.h"
-#include "sim/client.h"
+#include "sim/dispatch.h"
 #include "support/feed_line.h"
 #include "traffic/geodesy.h"
 
@@ -50,13 +50,13 @@ protected:
     static void fly(double milesNorth, double agl)
     {
         userOnGround = false;
-        userNow = UserNow{.lat = 47 + milesNorth / 60, .lon = 8, .agl = agl};
+        userNow = UserAc{.lat = 47 + milesNorth / 60, .lon = 8, .agl = agl};
     }
     static void stand(double metresEast)
     {
         const PosSample sample = gf_groundSample(metresEast, 0, 0, 0);
         userOnGround = true;
-        userNow = UserNow{.lat = sample.lat, .lon = sample.lon};
+        userNow = UserAc{.lat = sample.lat, .lon = sample.lon};
     }
     // The airport in sight, and its load at the next look.
     static void load()
@@ -82,7 +82,7 @@ TEST_F(ParkAirportTest, theListIsReadInEveryEncoding)
         EXPECT_FALSE(lf_readMyParkAirports()) << "XZZZ is unknown";
         EXPECT_EQ("XAAA,A1 XBBB,B 2 ", codes());
     }
-    EXPECT_EQ("airport XZZZ is unknown", gf_textOf(&Display::messageText));
+    EXPECT_EQ("airport XZZZ is unknown", display.message.load());
     std::filesystem::remove("airports/my_park_airports.txt");
     place.folder.write("airports/my_thirdparty/XBBB.xml", "");
     place.folder.write("airports/my_thirdparty/XZZZ.xml", "");
@@ -138,7 +138,7 @@ TEST_F(ParkAirportTest, anEmptyListGivesAFlyingUserNone)
     archive("XAAA", gf_airportText(gf_standText("A1", 0)));
     fly(0, 1000);
     load();
-    userNow = UserNow{};  // without a position
+    userNow = UserAc{};  // without a position
     userOnGround = true;
     load();
     EXPECT_EQ("", parkApf.code);
@@ -199,7 +199,7 @@ TEST_F(ParkAirportTest, aUserOnTheGroundIsAtHisAirport)
     EXPECT_EQ("XAAA", parkApf.code) << "on the ground nothing goes out of sight";
     EXPECT_EQ("A2", reservedStand);
     gf_showUserStand();
-    EXPECT_EQ("A1", gf_textOf(&Display::standText));
+    EXPECT_EQ("A1", display.airport.userStand.load());
     gf_noteUserStand();
     EXPECT_EQ("A2", reservedStand) << "nobody asked to note it";
     noteStandRequested = true;
@@ -238,7 +238,7 @@ TEST_F(ParkAirportTest, aLoadThatFailsLeavesNothingBehind)
     for (const auto& [text, message] : cases) {
         archive("XAAA", text);
         load();
-        EXPECT_EQ(message, gf_textOf(&Display::messageText));
+        EXPECT_EQ(message, display.message.load());
         EXPECT_EQ("", parkApf.code);
         EXPECT_TRUE(parkApf.stands.empty());
         EXPECT_FALSE(parkAirport.has_value());

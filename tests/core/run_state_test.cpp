@@ -68,15 +68,15 @@ TEST_F(RunStateTest, anErrorStaysAndAMessageGoesAfter25Seconds)
 {
     showMessage("hello", false);
     for (int second = 0; second < 26; ++second) {
-        EXPECT_EQ("hello", gf_textOf(&Display::messageText)) << second;
+        EXPECT_EQ("hello", display.message.load()) << second;
         gf_displaySecond();
     }
     gf_displaySecond();
-    EXPECT_EQ("", gf_textOf(&Display::messageText));
+    EXPECT_EQ("", display.message.load());
     showError("broken");
     showMessage("all is well", false);
-    EXPECT_EQ("broken", gf_textOf(&Display::errorText));
-    EXPECT_EQ("", gf_textOf(&Display::messageText));
+    EXPECT_EQ("broken", display.error.load());
+    EXPECT_EQ("", display.message.load());
 }
 
 }  // namespace vlt

@@ -1,8 +1,6 @@
 // The road of an aircraft that flies past: from its first report to its last position.
 #include "core/base/locks.h"
 #include "core/base/parameters.h"
-#include "sim/client.h"
-#include "sim/wire/ids.h"
 #include "support/flight.h"
 #include "traffic/geodesy.h"
 #include "traffic/traffic.h"

@@ -7,6 +7,9 @@
 #include "core/base/run_state.h"
 #include "liveries/liveries.h"
 #include "sim/detection.h"
+#include "sim/dispatch.h"
+#include "sim/frame.h"
+#include "sim/requests.h"
 #include "sim/user_aircraft.h"
 #include "sim/wire/ids.h"
 #include "sim/wire/packets.h"
@@ -134,7 +137,7 @@ TEST_F(ClientTest, connectsOnlyToTheWantedSimulator)
         }
         EXPECT_EQ(c.accepted, accepted) << c.name << c.path;
     }
-    EXPECT_EQ("Lockheed Martin Prepar3D v5 (5.4.9.1)", gf_textOf(&Display::simText));
+    EXPECT_EQ("Lockheed Martin Prepar3D v5 (5.4.9.1)", display.sim.name.load());
 }
 
 TEST_F(ClientTest, theWaitingMessageNamesTheVersion)
@@ -313,9 +316,9 @@ TEST_F(ClientTest, theUsersAircraftIsDeducedFromItsTexts)
     EXPECT_THROW(gf_onUserModel(""), UserErrorException);
     EXPECT_THROW(gf_onUserModel(std::nullopt), UserErrorException);
     gf_onUserTitle(std::string(60, 'x'));
-    EXPECT_EQ(std::string(48, 'x'), gf_textOf(&Display::titleText));
+    EXPECT_EQ(std::string(48, 'x'), display.user.title.load());
     gf_onUserTitle(std::string(47, 'x') + "\xC3\xBC");
-    EXPECT_EQ(std::string(47, 'x'), gf_textOf(&Display::titleText)) << "no half character";
+    EXPECT_EQ(std::string(47, 'x'), display.user.title.load()) << "no half character";
 }
 
 TEST_F(ClientTest, findsTheInstalledSimulator)

@@ -7,6 +7,7 @@
 #include "link/traffic_reader.h"
 #include "liveries/liveries.h"
 #include "sim/client.h"
+#include "sim/requests.h"
 #include "standin/direct.h"
 #include "support/fresh_run.h"
 #include "support/world.h"

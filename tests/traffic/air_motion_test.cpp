@@ -3,7 +3,7 @@
 #include "traffic/stream_end.h"
 
 #include "core/base/random.h"
-#include "sim/client.h"
+#include "sim/requests.h"
 #include "sim/wire/ids.h"
 #include "support/aircraft.h"
 #include "support/fresh_run.h"

@@ -2,6 +2,7 @@
 #include "traffic/ground_motion.h"
 
 #include "airports/loading.h"
+#include "sim/requests.h"
 #include "sim/wire/ids.h"
 #include "traffic/arrival.h"
 #include "traffic/cycle.h"
@@ -266,7 +267,7 @@ TEST_F(AtTheStand, aPullOutGoesAheadByTwoHalfSpans)
     LiveAc& ac = leaving(90);
     nextPos(ac);
     ASSERT_EQ(1U, ac.stream.size());
-    EXPECT_NEAR(2 * 17.05, distNm({47, 8}, gf_positionOf(ac.stream[0])) * kMetresPerNm, 0.2);
+    EXPECT_NEAR(2 * 17.05, distNm({47, 8}, gf_placeOf(ac.stream[0])) * kMetresPerNm, 0.2);
     EXPECT_FALSE(ac.pullOutPending);
 }
 

@@ -5,7 +5,6 @@
 #include "airports/parking/park_airport.h"
 #include "core/base/parameters.h"
 #include "liveries/liveries.h"
-#include "sim/client.h"
 #include "sim/user_aircraft.h"
 #include "support/aircraft.h"
 #include "support/fresh_run.h"

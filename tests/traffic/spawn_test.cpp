@@ -4,7 +4,7 @@
 #include "core/base/run_state.h"
 #include "core/base/text.h"
 #include "liveries/liveries.h"
-#include "sim/client.h"
+#include "sim/requests.h"
 #include "sim/wire/ids.h"
 #include "support/aircraft.h"
 #include "support/fresh_run.h"

@@ -1,6 +1,7 @@
 // What becomes of a new report: stops, stands, landings, and the end of the reports.
 #include "traffic/stream.h"
 
+#include "core/base/parameters.h"
 #include "sim/wire/ids.h"
 #include "traffic/arrival.h"
 #include "traffic/geodesy.h"

@@ -11,7 +11,7 @@
 #include "core/base/parameters.h"
 #include "core/base/text.h"
 #include "link/traffic_reader.h"
-#include "sim/client.h"
+#include "sim/dispatch.h"
 #include "traffic/auto_range.h"
 #include "traffic/removal.h"
 #include "traffic/stand_holding.h"
@@ -24,8 +24,6 @@
 
 namespace vlt {
 
-static constexpr double kAtAirport = 5.0;  // nm from the reference point
-
 static LatLon lastPosition;  // [worker] of the user at the last look
 
 // The last fruitless look for an airport around a user on the ground.
@@ -34,11 +32,6 @@ struct FruitlessLook {
     int32_t tick = 0;
 };
 static std::optional<FruitlessLook> fruitlessLook;  // [worker]
-
-static LatLon lf_user()
-{
-    return {userNow.lat, userNow.lon};
-}
 
 static bool lf_firstIsParkAirport()
 {
@@ -58,24 +51,9 @@ bool setParkAirport(std::string_view code)
     parkApf.altitude = static_cast<int32_t>(airport->altitude);
     parkAirport = ParkAirportPlace{airport->lat, airport->lon, airport->altitude};
     parkState = ParkState::InSight;
-    gf_setText(&Display::airportCode, airport->code);
+    display.airport.code = airport->code;
     logLine(format("The park airport is {}", airport->code));
     return true;
-}
-
-static void lf_clearDisplay()
-{
-    for (const auto field : {&Display::airportCode, &Display::airportName, &Display::qualityText,
-                             &Display::reservedStandText, &Display::standText}) {
-        gf_setText(field, "");
-    }
-    display.standCount = 0;
-    display.airportAltitude = 0;
-    display.trafficWeek = 0;
-    display.handmade = false;
-    display.flushStaticEnabled = false;
-    display.percentageEnabled = false;
-    display.learnSoftEnabled = true;
 }
 
 void closeAirport()
@@ -88,7 +66,7 @@ void closeAirport()
     parkAirport.reset();
     trafficReader.setParkAirport(std::nullopt);
     gf_forgetNearestStand();
-    lf_clearDisplay();
+    display.airport = {};
     gf_takeUsersSettingsBack();
     gf_keepWithinMaxLive();
 }
@@ -106,12 +84,12 @@ void gf_resetParkAirport()
 // A user on the ground here needs a line in the list, and it names the stand.
 static void lf_takeUserStand()
 {
-    const bool here =
-        userOnGround && parkAirport && distNm(lf_user(), {parkAirport->lat, parkAirport->lon}) <= kAtAirport;
+    const bool here = userOnGround && parkAirport &&
+                      distNm(gf_placeOf(userNow), gf_placeOf(*parkAirport)) <= kAirportRadius;
     if (!here) {
         return;
     }
-    const std::string& stand = nearestStandId(lf_user());
+    const std::string& stand = nearestStandId(gf_placeOf(userNow));
     if (lf_firstIsParkAirport()) {
         if (!stand.empty() && parkAirports.front().stand != stand) {
             gf_storeStand(stand);
@@ -119,7 +97,7 @@ static void lf_takeUserStand()
         return;
     }
     if (std::ranges::find(parkAirports, parkApf.code, &ParkListEntry::code) == parkAirports.end()) {
-        const double distance = distNm(lf_user(), {parkAirport->lat, parkAirport->lon});
+        const double distance = distNm(gf_placeOf(userNow), gf_placeOf(*parkAirport));
         gf_addParkAirport({parkApf.code, stand, parkAirport->lat, parkAirport->lon, distance});
     }
 }
@@ -132,7 +110,7 @@ static void lf_findReservedStand()
     if (!before.empty() && before != reservedStand) {
         logLine(format("reserved stand changed from \"{}\" to \"{}\"", before, reservedStand));
     }
-    gf_setText(&Display::reservedStandText, reservedStand);
+    display.airport.reservedStand = reservedStand;
 }
 
 static void lf_markReservedStands()
@@ -151,9 +129,7 @@ void updateReservedStand()
 
 void gf_showUserStand()
 {
-    if (const std::string& stand = nearestStandId(lf_user()); gf_textOf(&Display::standText) != stand) {
-        gf_setText(&Display::standText, stand);
-    }
+    display.airport.userStand = nearestStandId(gf_placeOf(userNow));
 }
 
 void gf_noteUserStand()
@@ -161,7 +137,7 @@ void gf_noteUserStand()
     if (!noteStandRequested.exchange(false)) {
         return;
     }
-    const std::string& stand = nearestStandId(lf_user());
+    const std::string& stand = nearestStandId(gf_placeOf(userNow));
     if (!stand.empty() && lf_firstIsParkAirport() && parkAirports.front().stand != stand) {
         gf_storeStand(stand);
         updateReservedStand();
@@ -173,7 +149,7 @@ void gf_noteUserStand()
 static void lf_putSettingsInForce(const AirportLoad& load)
 {
     gf_keepUsersSettings();
-    display.percentageEnabled = load.learned;
+    display.airport.percentageEnabled = load.learned;
     if (load.settings) {
         gf_applyParkingSettings(*load.settings);
     } else if (!load.learned) {
@@ -185,7 +161,7 @@ static void lf_putSettingsInForce(const AirportLoad& load)
 static void lf_allowSoftLearning()
 {
     softLearningAllowed = !gf_hasGoodQuality(parkApf);
-    display.learnSoftEnabled = softLearningAllowed;
+    display.airport.learnSoftEnabled = softLearningAllowed;
     if (softLearningAllowed) {
         gf_forgetUsersSetting(LEARN_SOFT);  // what is changed from now on is the user's doing
     } else {
@@ -195,13 +171,13 @@ static void lf_allowSoftLearning()
 
 static void lf_showAirport()
 {
-    display.standCount = static_cast<int32_t>(parkApf.stands.size());
-    display.airportAltitude = parkApf.altitude;
-    display.trafficWeek = parkApf.trafficWeek;
-    display.handmade = parkApf.handmade;
-    gf_setText(&Display::airportName, parkApf.name);
-    gf_setText(&Display::qualityText, gf_qualityText(parkApf.quality));
-    display.flushStaticEnabled = true;
+    display.airport.standCount = static_cast<int32_t>(parkApf.stands.size());
+    display.airport.altitude = parkApf.altitude;
+    display.airport.trafficWeek = parkApf.trafficWeek;
+    display.airport.handmade = parkApf.handmade;
+    display.airport.name = parkApf.name;
+    display.airport.quality = gf_qualityText(parkApf.quality);
+    display.airport.flushStaticEnabled = true;
 }
 
 void gf_installParkAirport(AirportLoad load, LatLon place)
@@ -216,9 +192,7 @@ void gf_installParkAirport(AirportLoad load, LatLon place)
     lf_showAirport();
     trafficReader.setParkAirport(parkAirport);
     gf_keepWithinMaxLive();
-    if (AUTO_RANGE.value) {
-        gf_adaptRange();
-    }
+    gf_adaptRange();
 }
 
 // The park airport's file. The text is empty on success, else what went wrong.
@@ -234,7 +208,7 @@ static std::string lf_readParkedFile()
     }
     AirportLoad load = gf_readApf(path, code);
     if (load.failed.empty()) {
-        gf_installParkAirport(std::move(load), {parkAirport->lat, parkAirport->lon});
+        gf_installParkAirport(std::move(load), gf_placeOf(*parkAirport));
         updateReservedStand();
         return {};
     }
@@ -271,14 +245,14 @@ static bool lf_lookedInVainLately()
 {
     constexpr double kMoved = 1.0;  // nm
     constexpr int32_t kAgainAfter = 300 * kTicksPerSecond;
-    return fruitlessLook && distNm(fruitlessLook->position, lf_user()) < kMoved &&
+    return fruitlessLook && distNm(fruitlessLook->position, gf_placeOf(userNow)) < kMoved &&
            tick - fruitlessLook->tick < kAgainAfter;
 }
 
 static void lf_findAirportAround()
 {
-    fruitlessLook = FruitlessLook{lf_user(), tick};
-    const AirportRecord* airport = closestAirport(lf_user());
+    fruitlessLook = FruitlessLook{gf_placeOf(userNow), tick};
+    const AirportRecord* airport = closestAirport(gf_placeOf(userNow));
     if (airport == nullptr) {
         logLine("User aircraft on the ground, no airport in sight");
         return;
@@ -325,7 +299,7 @@ static void checkOutOfSight()
         return;
     }
     const std::string code = parkApf.code;
-    const double distance = distNm(lf_user(), {parkAirport->lat, parkAirport->lon});
+    const double distance = distNm(gf_placeOf(userNow), gf_placeOf(*parkAirport));
     if (!lf_isInSight(distance)) {
         logLine(format("\n{} {} is out of sight ({:.1F} nm), parked aircraft will be removed",
                        timeOfDayString(), code, distance));
@@ -351,15 +325,15 @@ void parkAirportCheck()
         lf_loadNow();
         return;
     }
-    if (gf_isNullPosition(lf_user())) {
+    if (gf_isNullPosition(gf_placeOf(userNow))) {
         return;
     }
-    if (lf_user() != lastPosition) {
-        lastPosition = lf_user();
+    if (gf_placeOf(userNow) != lastPosition) {
+        lastPosition = gf_placeOf(userNow);
         gf_sortParkAirports(lastPosition);
     } else if (!parkAirports.empty()) {
         ParkListEntry& first = parkAirports.front();
-        first.distance = distNm(lastPosition, {first.lat, first.lon});
+        first.distance = distNm(lastPosition, gf_placeOf(first));
     }
     if (parkState == ParkState::Loaded) {
         checkOutOfSight();

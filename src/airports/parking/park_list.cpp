@@ -125,7 +125,7 @@ bool lf_readMyParkAirports()
         lf_addThirdParty(known);
         return clean;
     } catch (const std::exception& e) {
-        logLine(format("{}: {}", "lf_readMyParkAirports", e.what()));
+        logLine(format("lf_readMyParkAirports: {}", e.what()));
         return false;
     }
 }
@@ -133,7 +133,7 @@ bool lf_readMyParkAirports()
 void gf_sortParkAirports(LatLon user)
 {
     for (ParkListEntry& entry : parkAirports) {
-        entry.distance = distNm(user, {entry.lat, entry.lon});
+        entry.distance = distNm(user, gf_placeOf(entry));
     }
     parkAirports.sort([](const ParkListEntry& a, const ParkListEntry& b) { return a.distance < b.distance; });
 }

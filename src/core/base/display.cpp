@@ -26,10 +26,10 @@ void showMessage(std::string_view text, bool alsoLog)
 {
     {
         const std::scoped_lock lock(displayMutex);
-        if (!display.errorText.empty()) {
+        if (!display.error.empty()) {
             return;
         }
-        display.messageText = text;
+        display.message = text;
         display.messageSecond = text.empty() ? 0 : std::max(display.secondsCounter.load(), 1);
         if (alsoLog) {
             logLine(text);
@@ -47,8 +47,8 @@ void showError(std::string_view text)
 {
     {
         const std::scoped_lock lock(displayMutex);
-        display.messageText.clear();
-        display.errorText = text;
+        display.message = "";
+        display.error = text;
         logLine(format("Error {}", text));
     }
     lf_tell(text, true);
@@ -57,19 +57,7 @@ void showError(std::string_view text)
 void gf_clearError()
 {
     const std::scoped_lock lock(displayMutex);
-    display.errorText.clear();
-}
-
-void gf_setText(std::string Display::*field, std::string_view text)
-{
-    const std::scoped_lock lock(displayMutex);
-    display.*field = text;
-}
-
-std::string gf_textOf(const std::string Display::*field)
-{
-    const std::scoped_lock lock(displayMutex);
-    return display.*field;
+    display.error = "";
 }
 
 void gf_displaySecond()

@@ -22,7 +22,7 @@ void hoursToSet(std::string_view text, HoursSet& hours)
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), hour);
         if (error != std::errc{} || end != digits.data() + digits.size() || hour < 0 ||
             hour >= static_cast<int32_t>(kSlotsPerDay)) {
-            logLine(format("{} invalid hour \"{}\" in {}", "gf_hours2bitset", item, text));
+            logLine(format("gf_hours2bitset invalid hour \"{}\" in {}", item, text));
             continue;
         }
         hours.set(static_cast<size_t>(hour));

@@ -13,8 +13,6 @@
 
 namespace vlt {
 
-static constexpr int32_t kWholeMetresPerNm = 1852;
-
 // Gives each parameter that stands in the file to `act`, in the order of a new file.
 template <typename Act>
 static void lf_forEachInFile(const Act& act)
@@ -77,7 +75,7 @@ static void lf_add(pugi::xml_document& document, const P& p)
     pugi::xml_node element = list.append_child("parameter");
     if (!element.append_attribute("name").set_value(p.name.c_str()) ||
         !element.append_attribute("value").set_value(lf_fileText(p).c_str())) {
-        logLine(format("{}adding init xml parameter {} with {} failed!", "===> ", p.name, lf_fileText(p)));
+        logLine(format("===> adding init xml parameter {} with {} failed!", p.name, lf_fileText(p)));
     }
 }
 
@@ -193,7 +191,7 @@ void gf_applyLateralRange()
 {
     LATERAL_RANGE.value = std::clamp(LATERAL_RANGE.value.load(), LATERAL_RANGE.min, LATERAL_RANGE.max);
     lateralRangeNm = LATERAL_RANGE.value.load();
-    lateralRangeMetres = LATERAL_RANGE.value * kWholeMetresPerNm;
+    lateralRangeMetres = LATERAL_RANGE.value * static_cast<int32_t>(kMetresPerNm);
 }
 
 void gf_switchAutoRange(bool on)

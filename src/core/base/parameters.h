@@ -8,6 +8,7 @@
 
 #include "core/base/shared_text.h"
 #include "core/base/shared_value.h"
+#include "core/base/units.h"
 
 #include <cstdint>
 #include <string>
@@ -162,7 +163,7 @@ inline Button        RE_READ          {"Re-read",      {32838, 341}};
 
 // Follow LATERAL_RANGE.
 inline SharedValue<double> lateralRangeNm = 40.0;
-inline SharedValue<int32_t> lateralRangeMetres = 40 * 1852;
+inline SharedValue<int32_t> lateralRangeMetres = 40 * static_cast<int32_t>(kMetresPerNm);
 
 // Forces LATERAL_RANGE into its range and brings the two values that follow it up to date.
 void gf_applyLateralRange();

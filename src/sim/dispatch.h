@@ -1,0 +1,29 @@
+// The dispatch: one handler per message of the simulator.
+//
+// SimClient thread. Takes simCallMutex for the user's record and for setting up a new object, and
+// messageMutex, never both at once.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace vlt {
+
+extern std::atomic<int32_t> wantedSimVersion;  // [atomic] worker: 5 or 6
+extern std::atomic<bool> userOnGroundKnown;    // [atomic] SimClient: the first report has arrived
+extern std::atomic<bool> noteStandRequested;   // [atomic] SimClient: the user's stand is to be noted
+extern std::vector<uint32_t> addedObjects;     // [simClient] announced, not yet seen in a data reply
+
+// One message from the simulator. Throws UserErrorException where the user must read why we stop.
+void gf_dispatchMessage(std::span<const std::byte> message);
+
+// Asks the worker to note the user's stand, if the user stands: the flight ends, or another begins.
+void gf_requestNoteStand();
+
+// As at the start of a run.
+void gf_resetDispatch();
+
+}  // namespace vlt
