@@ -181,12 +181,9 @@ private:
         return facts;
     }
 
-    bool report() const
+    void writeFiles() const
     {
-        if (m_options.out.empty()) {
-            return true;
-        }
-        const bool summary = gf_writeSummary(m_simulator, facts(), m_options.out);
+        gf_writeSummary(m_simulator, facts(), m_options.out);
         Chart chart;
         chart.title = "Velatra";
         chart.subtitle = facts().feed;
@@ -197,8 +194,21 @@ private:
             chart.airport = gf_dayChartAirport();
         }
         chart.lives = m_simulator.lives();
-        const bool picture = gf_writePicture(chart, m_options.out / "traffic.svg");
-        return summary && picture;
+        gf_writePicture(chart, m_options.out / "traffic.svg");
+    }
+
+    // A file that can't be written doesn't end the run: the next report may find room.
+    bool report() const
+    {
+        try {
+            if (!m_options.out.empty()) {
+                writeFiles();
+            }
+            return true;
+        } catch (const std::exception& e) {
+            std::cerr << "velatra-standin: " << e.what() << std::endl;
+            return false;
+        }
     }
 
     int close()

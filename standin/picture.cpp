@@ -3,11 +3,11 @@
 #include "core/base/text.h"
 #include "standin/day_airport.h"
 #include "standin/picture_traffic.h"
+#include "standin/run_files.h"
 #include "standin/svg_canvas.h"
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
 
 namespace vlt {
 
@@ -300,13 +300,9 @@ std::string gf_trafficSvg(const Chart& chart)
     return svg + "</svg>\n";
 }
 
-bool gf_writePicture(const Chart& chart, const std::filesystem::path& file)
+void gf_writePicture(const Chart& chart, const std::filesystem::path& file)
 {
-    std::error_code error;
-    std::filesystem::create_directories(file.parent_path(), error);
-    std::ofstream out(file);
-    out << gf_trafficSvg(chart);
-    return out.good();
+    gf_writeRunFile(file, gf_trafficSvg(chart));
 }
 
 }  // namespace vlt

@@ -47,7 +47,7 @@ ChartAirport gf_dayChartAirport();
 // The chart as an SVG document.
 std::string gf_trafficSvg(const Chart& chart);
 
-// False if the file can't be written.
-bool gf_writePicture(const Chart& chart, const std::filesystem::path& file);
+// Throws std::runtime_error if the file can't be written.
+void gf_writePicture(const Chart& chart, const std::filesystem::path& file);
 
 }  // namespace vlt

@@ -1,14 +1,14 @@
 #include "standin/summary.h"
 
 #include "core/base/text.h"
-#include "standin/motion_breaks.h"
+#include "standin/run_files.h"
 #include "traffic/geodesy.h"
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <ranges>
 
 namespace vlt {
 
@@ -109,34 +109,28 @@ static int lf_mostAlive(const std::vector<ObjectLife>& lives)
     return most;
 }
 
-static Json lf_motionJson(const std::vector<MotionBreak>& breaks, double hours)
+static Json lf_motionJson(const RunMotion& motion, double hours)
 {
-    std::map<std::string, size_t> byKind;
     Json list = Json::array();
-    for (const MotionBreak& one : breaks) {
-        ++byKind[one.kind];
-        if (list.size() < kListedBreaks) {
-            list.push_back({{"object", one.object},
-                            {"callsign", one.callsign},
-                            {"time", lf_rounded(one.time, 0.01)},
-                            {"kind", one.kind},
-                            {"size", lf_rounded(one.size, 0.1)}});
-        }
+    for (const MotionBreak& one : motion.breaks | std::views::take(kListedBreaks)) {
+        list.push_back({{"object", one.object},
+                        {"callsign", one.callsign},
+                        {"time", lf_rounded(one.time, 0.01)},
+                        {"kind", one.kind},
+                        {"size", lf_rounded(one.size, 0.1)}});
     }
+    const auto count = static_cast<double>(motion.breaks.size());
     return {{"aircraftHours", lf_rounded(hours, 0.001)},
-            {"breaks", breaks.size()},
-            {"breaksPerHour", hours > 0 ? lf_rounded(static_cast<double>(breaks.size()) / hours, 0.01) : 0},
-            {"byKind", byKind},
+            {"breaks", motion.breaks.size()},
+            {"breaksPerHour", hours > 0 ? lf_rounded(count / hours, 0.01) : 0},
+            {"byKind", motion.byKind},
             {"list", list}};
 }
 
 static Json lf_complaintsJson(const std::vector<Complaint>& complaints)
 {
     Json list = Json::array();
-    for (const Complaint& complaint : complaints) {
-        if (list.size() == kListedComplaints) {
-            break;
-        }
+    for (const Complaint& complaint : complaints | std::views::take(kListedComplaints)) {
         list.push_back({{"time", lf_rounded(complaint.time, 0.01)},
                         {"sendId", complaint.sendId},
                         {"function", complaint.function},
@@ -154,13 +148,12 @@ std::string gf_summary(const VirtualSimulator& simulator, const RunFacts& facts)
     for (const auto& [function, count] : counts.packets) {
         packets[gf_functionName(function)] = count;
     }
-    std::vector<MotionBreak> breaks;
+    const RunMotion motion = gf_runMotion(lives);
     double hours = 0;
     Json objects = Json::array();
     for (const ObjectLife& life : lives) {
-        const std::vector<MotionBreak> own = gf_motionBreaks(life);
-        objects.push_back(lf_lifeJson(life, own.size()));
-        breaks.insert(breaks.end(), own.begin(), own.end());
+        objects.push_back(
+            lf_lifeJson(life, std::ranges::count(motion.breaks, life.id, &MotionBreak::object)));
         hours += gf_controlledHours(life, now);
     }
     const Json summary{{"seconds", lf_rounded(now, 0.01)},
@@ -180,37 +173,37 @@ std::string gf_summary(const VirtualSimulator& simulator, const RunFacts& facts)
                        {"mostAlive", lf_mostAlive(lives)},
                        {"complaints", counts.complaints},
                        {"complaintList", lf_complaintsJson(simulator.complaints())},
-                       {"motion", lf_motionJson(breaks, hours)},
+                       {"motion", lf_motionJson(motion, hours)},
                        {"objects", objects}};
     // Titles come from the client and may hold any bytes.
     return summary.dump(2, ' ', false, Json::error_handler_t::replace);
 }
 
-static bool lf_writeTracks(const std::vector<ObjectLife>& lives, const std::filesystem::path& file)
+// Every object once a second, angles in degrees, heights in feet.
+static std::string lf_tracksTable(const std::vector<ObjectLife>& lives)
 {
-    std::ofstream out(file);
-    out << "id,callsign,time,lat,lon,altitude,agl,headingDeg,pitchDeg,bankDeg,tas,onGround,gear,flaps,"
-           "lights\n";
+    fmt::memory_buffer table;
+    const auto out = fmt::appender(table);
+    fmt::format_to(out, "id,callsign,time,lat,lon,altitude,agl,headingDeg,pitchDeg,bankDeg,tas,onGround,gear,"
+                        "flaps,lights\n");
     for (const ObjectLife& life : lives) {
+        const std::string callsign = gf_csvCell(life.tailNumber);
         for (const TrackPoint& p : life.track) {
-            out << format(
-                "{},{},{:.2f},{:.6f},{:.6f},{:.1f},{:.1f},{:.2f},{:.2f},{:.2f},{:.1f},{},{},{},{}\n", life.id,
-                life.tailNumber, p.time, p.lat, p.lon, p.altitude, p.agl, p.heading * kDegPerRad,
+            fmt::format_to(
+                out, "{},{},{:.2f},{:.6f},{:.6f},{:.1f},{:.1f},{:.2f},{:.2f},{:.2f},{:.1f},{},{},{},{}\n",
+                life.id, callsign, p.time, p.lat, p.lon, p.altitude, p.agl, p.heading * kDegPerRad,
                 p.pitch * kDegPerRad, p.bank * kDegPerRad, p.tas, p.onGround ? 1 : 0, p.gearDown ? 1 : 0,
                 p.flaps, p.lights);
         }
     }
-    return out.good();
+    return fmt::to_string(table);
 }
 
-bool gf_writeSummary(const VirtualSimulator& simulator, const RunFacts& facts,
+void gf_writeSummary(const VirtualSimulator& simulator, const RunFacts& facts,
                      const std::filesystem::path& folder)
 {
-    std::error_code error;
-    std::filesystem::create_directories(folder, error);
-    std::ofstream out(folder / "summary.json");
-    out << gf_summary(simulator, facts) << '\n';
-    return out.good() && lf_writeTracks(simulator.lives(), folder / "tracks.csv");
+    gf_writeRunFile(folder / "summary.json", gf_summary(simulator, facts) + '\n');
+    gf_writeRunFile(folder / "tracks.csv", lf_tracksTable(simulator.lives()));
 }
 
 }  // namespace vlt

@@ -24,9 +24,9 @@ struct RunFacts {
 // The summary as JSON text, indented.
 std::string gf_summary(const VirtualSimulator& simulator, const RunFacts& facts);
 
-// Writes `summary.json` and `tracks.csv` into the folder, which is made if need be. False if a file
-// can't be written.
-bool gf_writeSummary(const VirtualSimulator& simulator, const RunFacts& facts,
+// Writes `summary.json` and `tracks.csv` into the folder, which is made if need be. Throws
+// std::runtime_error if a file can't be written.
+void gf_writeSummary(const VirtualSimulator& simulator, const RunFacts& facts,
                      const std::filesystem::path& folder);
 
 }  // namespace vlt
