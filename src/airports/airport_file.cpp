@@ -74,7 +74,7 @@ bool gf_isStandRadius(double radius)
     return radius >= 0 && radius <= kWidest;
 }
 
-static bool lf_isPossible(const ParkPos& stand)
+static bool lf_hasPossibleNumbers(const ParkPos& stand)
 {
     return std::abs(stand.lat) <= 90 && std::abs(stand.lon) <= 180 && std::isfinite(stand.heading) &&
            gf_isStandRadius(stand.radius);
@@ -91,7 +91,7 @@ bool readParkPos(const pugi::xml_node& node, const std::string& id, bool archive
     }
     stand.radius = node.attribute("radius").as_double() / kMetresPerNm;
     stand.heading = node.attribute("heading").as_double() * kRadPerDeg;
-    if (!lf_isPossible(stand)) {
+    if (!lf_hasPossibleNumbers(stand)) {
         logLine(format("Parking position {} has impossible numbers, skipped", id));
         return false;
     }

@@ -142,7 +142,7 @@ std::string learnedPath(std::string_view path, std::string_view publisher)
 
 // --- another airport's stands
 
-static ClosestStand lf_closest(const pugi::xml_document& document, LatLon position)
+static ClosestStand lf_closestStand(const pugi::xml_document& document, LatLon position)
 {
     ClosestStand closest;
     for (const pugi::xml_node& node : document.child("parkpositions").children("parkpos")) {
@@ -171,7 +171,7 @@ ClosestStand gf_readDestApfForClosestStand(const std::string& code, LatLon posit
         std::error_code error;
         std::filesystem::remove(fetched, error);
     }
-    return parsed ? lf_closest(document, position) : ClosestStand{};
+    return parsed ? lf_closestStand(document, position) : ClosestStand{};
 }
 
 }  // namespace vlt

@@ -17,7 +17,7 @@ namespace vlt {
 
 std::vector<AirportRecord> airportCatalogue;
 
-static bool lf_isPossible(const AirportRecord& airport)
+static bool lf_hasPossiblePlace(const AirportRecord& airport)
 {
     return std::abs(airport.lat) <= 90 && std::abs(airport.lon) <= 180 && std::isfinite(airport.altitude);
 }
@@ -41,7 +41,7 @@ bool readAirports()
         AirportRecord airport{node.attribute("code").as_string(), node.attribute("iata").as_string(),
                               node.attribute("lat").as_double(), node.attribute("lon").as_double(),
                               node.attribute("alt").as_double()};
-        if (node.attribute("lat") && node.attribute("lon") && lf_isPossible(airport)) {
+        if (node.attribute("lat") && node.attribute("lon") && lf_hasPossiblePlace(airport)) {
             airportCatalogue.push_back(std::move(airport));
         } else {
             logLine(format("airport {} in \"{}\" has no possible position, skipped", airport.code, shown));
@@ -65,7 +65,7 @@ struct Closest {
     const AirportRecord* neighbour = nullptr;
 };
 
-static Closest lf_closest(LatLon position)
+static Closest lf_closestTwo(LatLon position)
 {
     constexpr double kQuickLook = 0.09;  // degrees of latitude, more than kAirportRadius
     Closest closest;
@@ -93,7 +93,7 @@ static Closest lf_closest(LatLon position)
 
 const AirportRecord* closestAirport(LatLon position)
 {
-    const Closest closest = lf_closest(position);
+    const Closest closest = lf_closestTwo(position);
     if (closest.neighbour == nullptr) {
         return closest.nearest;
     }

@@ -7,8 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
-#include <iterator>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -81,7 +80,7 @@ struct Reached {
     double farDistance = kFarAway;
 };
 
-static void lf_look(ParkPos& stand, double distance, const LiveAc& ac, double searchRadius, bool& allowFar,
+static void lf_look(ParkPos& stand, double distance, const LiveAc& ac, double searchRadius, bool allowFar,
                     Reached& reached)
 {
     constexpr double kOnCentre = 20.0 / kMetresPerNm;  // close enough to take a stand too small
@@ -93,12 +92,11 @@ static void lf_look(ParkPos& stand, double distance, const LiveAc& ac, double se
         }
         reached.nearest = &stand;
         reached.nearestDistance = distance;
-        allowFar = false;
         if (!fits) {
             reached.enlarge = &stand;
         }
-    } else if (allowFar && distance <= kFar && distance < reached.farDistance && lf_fits(stand, ac) &&
-               lf_knowsFlight(stand, ac)) {
+    } else if (allowFar && reached.nearest == nullptr && distance <= kFar && distance < reached.farDistance &&
+               lf_fits(stand, ac) && lf_knowsFlight(stand, ac)) {
         reached.far = &stand;
         reached.farDistance = distance;
     }
@@ -140,9 +138,7 @@ struct Candidate {
     bool history = false;  // the flight, or its airline's type, was seen there
 };
 
-using StandTest = std::function<bool(const ParkPos&)>;
-
-static bool lf_isTaken(const ParkPos& stand, HourStamp stamp)
+static bool lf_historyTakes(const ParkPos& stand, HourStamp stamp)
 {
     return std::ranges::any_of(stand.options, [stamp](const StandOption& option) {
         return option.day == static_cast<int32_t>(stamp.day) && option.hours.test(stamp.slot);
@@ -165,7 +161,7 @@ static int32_t lf_score(const ParkPos& stand, const LiveAc& ac, Pass pass)
     return static_cast<int32_t>(std::lround((stand.radius - ac.radius) / step));
 }
 
-static std::vector<Candidate> lf_tryStands(HourStamp stamp, const LiveAc& ac, const StandTest& wanted,
+static std::vector<Candidate> lf_tryStands(HourStamp stamp, const LiveAc& ac, bool (*wanted)(const ParkPos&),
                                            Pass pass)
 {
     constexpr int32_t kWorstScore = 100;
@@ -176,7 +172,7 @@ static std::vector<Candidate> lf_tryStands(HourStamp stamp, const LiveAc& ac, co
             continue;
         }
         const int32_t score = lf_score(stand, ac, pass);
-        if (score > best || lf_isTaken(stand, stamp)) {
+        if (score > best || lf_historyTakes(stand, stamp)) {
             continue;
         }
         best = score;
@@ -185,12 +181,54 @@ static std::vector<Candidate> lf_tryStands(HourStamp stamp, const LiveAc& ac, co
     return candidates;
 }
 
-// Which sets of stands an aircraft looks through, in order, and how: each fitted, then loose, or all
-// fitted ones first.
-struct SearchPlan {
-    std::vector<StandTest> sets;
-    bool fittedFirst = false;
+// Kinds of stands.
+
+static bool lf_isHeli(const ParkPos& s)
+{
+    return s.heli;
+}
+
+static bool lf_isNoHeli(const ParkPos& s)
+{
+    return !s.heli;
+}
+
+static bool lf_isRamp(const ParkPos& s)
+{
+    return s.ramp;
+}
+
+static bool lf_isCargo(const ParkPos& s)
+{
+    return s.cargo && !s.heli;
+}
+
+static bool lf_isGate(const ParkPos& s)
+{
+    return !s.cargo && !s.heli && !s.ramp;
+}
+
+static bool lf_isPassengerRamp(const ParkPos& s)
+{
+    return !s.cargo && !s.heli && s.ramp;
+}
+
+// The kinds that an aircraft looks through, in order; the first that has candidates decides.
+struct Look {
+    bool (*wanted)(const ParkPos&);
+    Pass pass;
 };
+// clang-format off
+constexpr Look kForRotorcraft[] = {{lf_isHeli, Pass::Fitted},          {lf_isRamp, Pass::Fitted},
+                                   {lf_isHeli, Pass::Loose},           {lf_isRamp, Pass::Loose}};
+constexpr Look kForCargo[] =      {{lf_isCargo, Pass::Fitted},         {lf_isCargo, Pass::Loose},
+                                   {lf_isNoHeli, Pass::Fitted},        {lf_isNoHeli, Pass::Loose}};
+constexpr Look kForSmall[] =      {{lf_isPassengerRamp, Pass::Fitted}, {lf_isPassengerRamp, Pass::Loose}};
+constexpr Look kGatesFirst[] =    {{lf_isGate, Pass::Fitted},          {lf_isGate, Pass::Loose},
+                                   {lf_isPassengerRamp, Pass::Fitted}, {lf_isPassengerRamp, Pass::Loose}};
+constexpr Look kRampsFirst[] =    {{lf_isPassengerRamp, Pass::Fitted}, {lf_isPassengerRamp, Pass::Loose},
+                                   {lf_isGate, Pass::Fitted},          {lf_isGate, Pass::Loose}};
+// clang-format on
 
 static bool lf_looksAtGatesFirst()
 {
@@ -198,45 +236,29 @@ static bool lf_looksAtGatesFirst()
     return parkApf.code.starts_with('K') || gf_randomNumber() % 100 >= kRampsFirstPercent;
 }
 
-static SearchPlan lf_searchPlan(const LiveAc& ac)
+static std::span<const Look> lf_looksOf(const LiveAc& ac)
 {
-    const auto isHeli = [](const ParkPos& s) { return s.heli; };
-    const auto isRamp = [](const ParkPos& s) { return s.ramp; };
-    const auto isCargo = [](const ParkPos& s) { return s.cargo && !s.heli; };
-    const auto isNoHeli = [](const ParkPos& s) { return !s.heli; };
-    const auto isGate = [](const ParkPos& s) { return !s.cargo && !s.heli && !s.ramp; };
-    const auto isPassengerRamp = [](const ParkPos& s) { return !s.cargo && !s.heli && s.ramp; };
     if (ac.category == AcCategory::Rotorcraft) {
-        return {{isHeli, isRamp}, true};
+        return kForRotorcraft;
     }
     if (ac.cargo) {
-        return {{isCargo, isNoHeli}, false};
+        return kForCargo;
     }
     const bool airliner = ac.category == AcCategory::Large || ac.category == AcCategory::Heavy ||
                           ac.category == AcCategory::HighPerf;
     if (!airliner || ac.airline == kPrivateAirline) {
-        return {{isPassengerRamp}, false};
+        return kForSmall;
     }
     if (lf_looksAtGatesFirst()) {
-        return {{isGate, isPassengerRamp}, false};
+        return kGatesFirst;
     }
-    return {{isPassengerRamp, isGate}, false};
+    return kRampsFirst;
 }
 
 static std::vector<Candidate> lf_findCandidates(HourStamp stamp, const LiveAc& ac)
 {
-    const SearchPlan plan = lf_searchPlan(ac);
-    std::vector<std::pair<const StandTest*, Pass>> passes;
-    for (const StandTest& set : plan.sets) {
-        passes.emplace_back(&set, Pass::Fitted);
-        passes.emplace_back(&set, Pass::Loose);
-    }
-    if (plan.fittedFirst) {
-        std::ranges::stable_sort(passes, {}, &std::pair<const StandTest*, Pass>::second);
-    }
-    for (const auto& pass : passes) {
-        if (std::vector<Candidate> found = lf_tryStands(stamp, ac, *pass.first, pass.second);
-            !found.empty()) {
+    for (const Look& look : lf_looksOf(ac)) {
+        if (std::vector<Candidate> found = lf_tryStands(stamp, ac, look.wanted, look.pass); !found.empty()) {
             return found;
         }
     }

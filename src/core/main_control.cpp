@@ -1,7 +1,7 @@
 #include "core/main_control.h"
 
-#include "airports/parking/park_airport.h"
 #include "airports/parking/park_list.h"
+#include "airports/parking/reserved_stand.h"
 #include "core/base/clock.h"
 #include "core/base/display.h"
 #include "core/base/errors.h"

@@ -1,6 +1,7 @@
 #include "core/traffic_loop.h"
 
 #include "airports/parking/park_airport.h"
+#include "airports/parking/reserved_stand.h"
 #include "core/base/clock.h"
 #include "core/base/display.h"
 #include "core/base/locks.h"

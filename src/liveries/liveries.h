@@ -1,7 +1,7 @@
 // The records and tables of the livery rooms: the data base of the real world, and what is installed.
 //
-// All tables are filled once by the worker before the traffic starts, and only read afterwards, except
-// those marked [worker, grows].
+// All tables are filled once by the worker before the traffic starts, and only read afterwards, except those
+// marked [worker, grows] and the similar lists, whose order each query that walks them shuffles.
 #pragma once
 
 #include "core/base/text.h"

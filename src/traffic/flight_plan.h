@@ -1,5 +1,5 @@
 // Flight plans for aircraft whose origin and destination the feed knows: one small file each, given to the
-// simulator. Worker thread; the call into the simulator takes its lock, the file work doesn't.
+// simulator. Worker thread; the call into the simulator takes simCallMutex.
 #pragma once
 
 #include "traffic/traffic.h"

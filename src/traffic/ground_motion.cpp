@@ -154,7 +154,7 @@ static void lf_endPushBack(LiveAc& ac)
     gf_commandThrottle(ac, kThrottleIdle);
     gf_commandFlaps(ac, 1);
     gf_setSt(ac, StState::PushedBack);
-    ac.pushStage = 1;
+    ac.pushStage = kPushTurns;
     ac.pushedBackDist = kFar;
     ac.extendCount = 0;
     ac.pullOutPending = false;
@@ -163,9 +163,9 @@ static void lf_endPushBack(LiveAc& ac)
 static void lf_pushOn(LiveAc& ac)
 {
     --ac.pushStage;
-    if (ac.pushStage == 1) {
+    if (ac.pushStage == kPushTurns) {
         lf_beginTurnOfPushBack(ac);
-    } else if (ac.pushStage < 1) {
+    } else if (ac.pushStage < kPushTurns) {
         lf_endPushBack(ac);
     }
 }

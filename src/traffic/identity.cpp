@@ -195,7 +195,7 @@ static bool lf_changesCallsign(const LiveAc& ac, const FeedRecord& record)
 }
 
 // Under this call sign the aircraft would be seen twice.
-static bool lf_isTaken(const LiveAc& ac, const std::string& callsign)
+static bool lf_wouldBeDouble(const LiveAc& ac, const std::string& callsign)
 {
     return (gf_isGhost(callsign) && hasTwin(callsign)) || gf_doubleOf(ac, callsign, "") != nullptr;
 }
@@ -223,7 +223,7 @@ bool identityUpdate(LiveAc& ac, const FeedRecord& record)
         return true;
     }
     const bool newCallsign = lf_changesCallsign(ac, record);
-    if (newCallsign && lf_isTaken(ac, record.callsign)) {
+    if (newCallsign && lf_wouldBeDouble(ac, record.callsign)) {
         return false;
     }
     const bool sameRoute = updateRoute(ac, record);

@@ -81,7 +81,7 @@ void pushBack(LiveAc& ac)
     ac.pushTurnKnown = false;
     gf_commandLights(ac, kLightsPushBack);
     gf_setSt(ac, StState::PushingBack);
-    ac.pushStage = 2;
+    ac.pushStage = kPushStraight;
 }
 
 // --- in

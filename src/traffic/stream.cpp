@@ -110,8 +110,7 @@ bool checkNewPosDuringLanding(LiveAc& ac, PosSample& sample)
 
 static bool lf_duringPushBack(LiveAc& ac, const PosSample& sample)
 {
-    constexpr int32_t kStraightPart = 2;
-    if (STRAIGHT_PBS_ONLY.value || ac.pushStage != kStraightPart) {
+    if (STRAIGHT_PBS_ONLY.value || ac.pushStage != kPushStraight) {
         return false;
     }
     if (sample.headingValid || sample.track != 0) {
@@ -142,7 +141,7 @@ static bool lf_afterPushBack(LiveAc& ac, PosSample& sample)
         gf_endExtension(ac);
     }
     ac.pushTurnKnown = false;
-    ac.pushStage = 0;
+    ac.pushStage = kNotPushed;
     gf_setSt(ac, StState::Taxi);
     gf_forgetStand(ac);
     lf_endHolding(ac);

@@ -56,6 +56,8 @@ enum class StState {
     Parked,   // at a stand
     Birth,    // until the first position is fixed at spawning
 };
+static_assert(StState::PushingBack < StState::PushedBack && StState::PushedBack < StState::Taxi,
+              "what comes after a push-back is told by order");
 
 // Identity and performance, common to every aircraft in the simulator.
 struct AcBase {
@@ -132,10 +134,12 @@ struct StaticAc : AcBase {
     FsState fs = FsState::Buffer;
     uint32_t throttleLevel = kNoThrottleLevel;  // last commanded, 0 to 4
     uint32_t flapsLevel = kNoFlapsLevel;        // last commanded, 0 to 3
-    bool soft = false;             // static: the stand is a soft one; live: the stand is a cargo stand
+    // Of a static aircraft: its stand was inferred, not seen. Of a live one: its stand is a cargo stand;
+    // aircraft and stand fit if both are cargo or neither.
+    bool soft = false;
     bool removeWhenAdded = false;  // remove as soon as the simulator has acknowledged it
     bool eraseNow = false;         // no object; erase the record in this cycle
-    bool eraseCancelled = false;   // its creation was cancelled in time; erase the record in this cycle
+    bool eraseCancelled = false;   // its request was taken back in time; erase the record in this cycle
     std::string_view goesBecause;  // why it is being removed, a literal; empty while it stays
 };
 
@@ -153,71 +157,102 @@ struct Curve {
     double dt = 0;  // per tick
 };
 
-// A live aircraft.
+// Stages of a push-back, counted down at each of its samples.
+enum PushStage : int32_t { kNotPushed = 0, kPushTurns = 1, kPushStraight = 2 };
+
+// A live aircraft. The fields stand in groups by phase; each group tells who sets it and who ends it. "For
+// life" is what nobody takes back.
 struct LiveAc : StaticAc {
-    double lat = 0;  // position in the simulator
+    // Where the object is: fixed at spawning, moved by step_motion every tick. On the ground the simulator's
+    // answers give the altitude.
+    double lat = 0;
     double lon = 0;
     double pitch = 0;
     double bank = 0;
     double hdg = 0;
-    double alt = 0;                // feet
-    double vsOut = 0;              // feet per second, as sent
-    double tasOut = 0;             // knots, as sent; 0 while the front sample is stationary
-    std::deque<PosSample> stream;  // by time, strictly rising; the front is travelled from, the next one to
-    double feedTime = 0;           // feed time stamp of the last accepted sample, seconds
-    int32_t parkedSince = 0;       // tick
-    int32_t extendCount = 0;       // invented samples still to come; 0 none, -1 used up
-    int32_t holdStart = 0;         // tick when holding began
+    double alt = 0;     // feet
+    double vsOut = 0;   // feet per second, as sent; per leg
+    double tasOut = 0;  // knots, as sent; 0 while the front sample is stationary; per leg
+    double agl = 2500;  // feet above ground as the simulator told
+
+    // The phase: changed by gf_setSt, at the place that knows of the change.
     StState st = StState::Birth;
     StState prevSt = StState::Birth;
-    bool liveAtStand = false;  // parked or parking, it still receives samples
-    double lastCheckLat = 0;   // position at the last check against static aircraft
-    double lastCheckLon = 0;
-    bool onGround = false;  // driven as a ground object
-    bool flightPlanLoaded = false;
-    bool heldForUser = false;  // held back because it would appear in the user's way
-    bool holding = false;      // stands beyond the end of its stream and waits for data
-    double dLat = 0;           // degrees per tick
+    bool onGround = false;  // driven as a ground object: from the answer or touchdown to the rotation
+
+    // The reports: intake and stream append, legs drops what was flown, stream_end invents what is missing.
+    std::deque<PosSample> stream;  // by time, strictly rising; the front is travelled from, the next one to
+    double feedTime = 0;           // feed time stamp of the last accepted sample, seconds
+    int32_t extendCount = 0;       // invented samples still to come; 0 none, -1 used up
+    int32_t lagLimit = 1000;       // ticks by which the arrival at the next sample may come earlier
+    int32_t leadLimit = 1000;  // and later; both widened by a change of course of events, narrowed per leg
+
+    // The leg in progress: set by legs and the motions, added up by step_motion.
+    double dLat = 0;  // degrees per tick
     double dLon = 0;
     double pitchRate = 0;  // radians per tick
     double bankRate = 0;
     double hdgRate = 0;
-    double altRate = 0;   // feet per tick
-    double targetVs = 0;  // feet per minute, of the next sample
-    double speedOut = 0;  // knots, of the next sample; negative while pushing back
+    double altRate = 0;      // feet per tick
+    double targetVs = 0;     // feet per minute, of the next sample
+    double speedOut = 0;     // knots, of the next sample; negative while pushing back
+    double trackTarget = 0;  // bearing of the leg in progress
+
+    // Turning on the ground: judged per leg by ground_motion.
     Curve curve;
-    double curveAngle = 0;     // degrees, heading change of the curve
-    PosSample pushExitSample;  // second leg of a push-back
-    double lastParkLat = 0;    // where a stand was last searched; 0 none
+    double curveAngle = 0;  // degrees, heading change of the curve
+    double turnDeg = 0;     // degrees between heading and leg while turning
+    bool turning = false;   // the heading differs from the leg by more than 3 degrees
+
+    // Waiting: begun by stream_end at the end of the reports, or after a push-back; ended by a report.
+    bool holding = false;
+    int32_t holdStart = 0;  // tick
+
+    // Before it appears: set and cleared at the gate.
+    bool heldForUser = false;  // held back because it would appear in the user's way
+
+    // In the air: set by air_config.
+    bool approach = false;  // configured for landing at the user's airport, until the roll-out or a climb
+    bool climbConfigured = false;  // until the next approach or take-off
+    bool cruiseLights = false;  // lights for above 10000 ft are set, until it comes below for the first time
+    bool belowLights = false;   // lights for below 10000 ft are set; for life
+
+    // Take-off: begun by runway, ended by air_config above the initial climb, or by a touchdown after it
+    // failed.
+    bool takeOff = false;    // a take-off run or climb out is in progress
+    int32_t phaseTicks = 1;  // countdown of rotation and initial climb; 1 outside them
+
+    // Flare and landing: flareStep and onTouchdown set, rollOutConfig ends; a rotation ends the roll too.
+    uint32_t flareStage = 0;           // 0 none, 1 to 4
+    double flareHeight = 0;            // feet, from which the flare is judged
+    std::optional<double> groundElev;  // feet, under an aircraft in the flare
+    bool touchdownBlend = false;       // pitch and bank are being brought to ground values
+    bool landingRoll = false;
+    double landingHdg = 0;  // at touchdown
+    bool landed = false;    // came from a landing seen here, until it leaves its stand or takes off
+
+    // At a stand: stand_holding and arrival set; `checkAtStand` judges the reports.
+    double lastParkLat = 0;  // where a stand was last searched; 0 none
     double lastParkLon = 0;
-    int32_t lagLimit = 1000;   // ticks by which the arrival at the next sample may come earlier
-    int32_t leadLimit = 1000;  // and later
-    int32_t phaseTicks = 1;    // countdown of rotation, initial climb, derotation
-    int32_t pushStage = 0;
-    int32_t growingDist = 0;    // successive samples that moved away from the stand
-    double trackTarget = 0;     // bearing of the leg in progress
-    double agl = 2500;          // feet above ground as the simulator told
-    double flareHeight = 0;     // feet, from which the flare is judged
-    double landingHdg = 0;      // at touchdown
-    double pushedBackDist = 0;  // nm
+    int32_t parkedSince = 0;    // tick
+    bool liveAtStand = false;   // it still receives samples; until its reports end
     double standDistFirst = 0;  // nm from the stand, first sample at it
     double standDistLast = 0;   // nm, latest
-    double turnDeg = 0;         // degrees between heading and leg while turning
+    int32_t growingDist = 0;    // successive samples that moved away from the stand
+    bool towed = false;         // left its stand too soon after landing; for life
+
+    // Leaving a stand: begun by ground_motion and stand_moves, ended by the first taxi movement.
+    bool pullOutPending = false;  // the reports lead away
+    int32_t pushStage = kNotPushed;
+    PosSample pushExitSample;  // second leg of a push-back, to the other side
     bool pushTurnRight = false;
     bool pushTurnKnown = false;
-    std::optional<double> groundElev;  // feet, under an aircraft in the flare
-    uint32_t flareStage = 0;           // 0 none, 1 to 4
-    bool approach = false;             // configured for landing at the user's airport
-    bool landed = false;               // came to its stand from a landing seen here
-    bool towed = false;
-    bool climbConfigured = false;
-    bool takeOff = false;         // a take-off run or climb out is in progress
-    bool cruiseLights = false;    // lights for above 10000 ft are set
-    bool belowLights = false;     // lights for below 10000 ft are set
-    bool touchdownBlend = false;  // pitch and bank are being brought to ground values
-    bool landingRoll = false;
-    bool pullOutPending = false;
-    bool turning = false;  // on the ground, the heading differs from the leg by more than 3 degrees
+    double pushedBackDist = 0;  // nm to the latest report since the push-back ended
+
+    // Beside all phases.
+    bool flightPlanLoaded = false;  // for life
+    double lastCheckLat = 0;        // position at the last check against static aircraft
+    double lastCheckLon = 0;
 };
 
 // A request for an object.

@@ -2,6 +2,7 @@
 
 #include "airports/airport_place.h"
 #include "airports/parking/park_list.h"
+#include "airports/parking/reserved_stand.h"
 #include "core/base/display.h"
 #include "link/traffic_reader.h"
 #include "sim/dispatch.h"

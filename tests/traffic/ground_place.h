@@ -2,6 +2,7 @@
 #pragma once
 
 #include "sim/client.h"
+#include "sim/requests.h"
 #include "support/aircraft.h"
 #include "support/fresh_run.h"
 #include "traffic/arrival.h"
