@@ -3,7 +3,19 @@
 find_package(GTest REQUIRED)
 include(GoogleTest)
 
+# How fast a test's own code runs matters less than how fast it compiles.
+set(LIGHT $<$<CONFIG:Release>:-O1>)
+
 file(GLOB SUPPORT_SOURCES CONFIGURE_DEPENDS tests/support/*.cpp)
+add_library(velatra_test_support STATIC ${SUPPORT_SOURCES})
+target_include_directories(velatra_test_support PUBLIC tests)
+target_link_libraries(velatra_test_support PUBLIC velatra_world GTest::gtest GTest::gmock)
+target_compile_definitions(velatra_test_support PUBLIC
+    VELATRA_SOURCE_DIR="${CMAKE_SOURCE_DIR}" VELATRA_BINARY_DIR="${CMAKE_BINARY_DIR}")
+target_compile_options(velatra_test_support PRIVATE ${LIGHT})
+target_precompile_headers(velatra_test_support PRIVATE
+    <gtest/gtest.h> <gmock/gmock.h> <fmt/format.h> <pugixml.hpp> <algorithm> <atomic> <chrono> <filesystem> <fstream>
+    <functional> <map> <mutex> <optional> <string> <string_view> <vector>)
 
 function(velatra_test folder simulator)
     file(GLOB sources CONFIGURE_DEPENDS tests/${folder}/*.cpp)
@@ -11,15 +23,10 @@ function(velatra_test folder simulator)
         return()
     endif()
     set(target test_${folder})
-    # The support drives the simulator in process, which the transport's tests do without.
-    if(simulator STREQUAL velatra_direct)
-        list(APPEND sources ${SUPPORT_SOURCES})
-    endif()
     add_executable(${target} ${sources})
-    target_include_directories(${target} PRIVATE . tests)
-    target_link_libraries(${target} PRIVATE ${simulator} GTest::gtest GTest::gmock GTest::gtest_main)
-    target_compile_definitions(${target} PRIVATE
-        VELATRA_SOURCE_DIR="${CMAKE_SOURCE_DIR}" VELATRA_BINARY_DIR="${CMAKE_BINARY_DIR}")
+    target_link_libraries(${target} PRIVATE ${simulator} velatra_test_support GTest::gtest_main)
+    target_compile_options(${target} PRIVATE ${LIGHT})
+    target_precompile_headers(${target} REUSE_FROM velatra_test_support)
     gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
 endfunction()
 
