@@ -154,30 +154,6 @@ static void lf_matchAtStep(benchmark::State& state)
 }
 BENCHMARK(lf_matchAtStep)->Name("match/step")->DenseRange(0, 6);
 
-// Half of all liveries are special, and among them all of the aircraft's airline and model but one.
-static void lf_matchAmongSpecials(benchmark::State& state)
-{
-    lf_loadWorld();
-    AcBase ac = lf_aircraftForStep(2);
-    const auto before = specialTitles;
-    size_t count = 0;
-    for (const auto& [airline, models] : airlineLiveries) {
-        for (const auto& [model, entries] : models) {
-            for (const LiveryEntry& entry : entries) {
-                if (++count % 2 == 0 || airline == ac.airline) {
-                    specialTitles.push_back(entry.title);
-                }
-            }
-        }
-    }
-    for (auto _ : state) {
-        matchLive(ac);
-        benchmark::DoNotOptimize(ac.title);
-    }
-    specialTitles = before;
-}
-BENCHMARK(lf_matchAmongSpecials)->Name("match/specials");
-
 static void lf_addList(pugi::xml_document& document, const char* section, const char* element,
                        const char* attribute, const TypeSet& codes, std::string (*scramble)(std::string_view))
 {
@@ -238,7 +214,6 @@ static void lf_start(benchmark::State& state)
         gf_readDbaseFile(fetched);
         readLiveriesScanned(scanned);
         buildMatchIndexes();
-        collectInlineRegcodes();
     }
     if (dbase.registrations.size() != kRegistrations) {
         state.SkipWithError("registrations are missing");

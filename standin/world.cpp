@@ -12,17 +12,16 @@
 
 namespace vlt {
 
-void gf_installWorldLiveries(std::list<Livery> installed)
+void gf_installWorldLiveries(std::list<Livery> installed, const std::function<void()>& bindRegcodes)
 {
     gf_clearMatchIndexes();
     liveries = std::move(installed);
     gf_sortLiveries();
-    buildMatchIndexes();
-    collectInlineRegcodes();
+    buildMatchIndexes(bindRegcodes);
     liveries.clear();
 }
 
-static void lf_loadRegcodes(const std::filesystem::path& folder)
+static void lf_bindRegcodes(const std::filesystem::path& folder)
 {
     pugi::xml_document document;
     document.load_string(gf_regcodesText(folder).c_str());
@@ -37,8 +36,7 @@ void gf_loadWorld(const std::filesystem::path& folder)
     pugi::xml_document document;
     document.load_string(gf_dbaseText(folder).c_str());
     gf_readDbaseSections(document, "dbase.xml");
-    gf_installWorldLiveries(gf_worldLiveries(folder));
-    lf_loadRegcodes(folder);
+    gf_installWorldLiveries(gf_worldLiveries(folder), [&folder] { lf_bindRegcodes(folder); });
 }
 
 }  // namespace vlt

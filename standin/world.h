@@ -7,12 +7,14 @@
 #include "liveries/liveries.h"
 
 #include <filesystem>
+#include <functional>
 #include <list>
 
 namespace vlt {
 
-// Makes these the installed liveries; what was installed before is gone.
-void gf_installWorldLiveries(std::list<Livery> installed);
+// Makes these the installed liveries, and binds registrations to them beyond those that they carry; what was
+// installed before is gone.
+void gf_installWorldLiveries(std::list<Livery> installed, const std::function<void()>& bindRegcodes = {});
 
 // Reads the data base, the liveries and the registrations of a world folder, as they come back from what is
 // published of it. Throws what publisher.h tells.

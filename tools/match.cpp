@@ -55,7 +55,7 @@ static void lf_loadDbase(const std::string& path)
     gf_readDbaseSections(document, path);
 }
 
-static void lf_loadRegcodes(const MatchOptions& options)
+static void lf_bindRegcodes(const MatchOptions& options)
 {
     std::vector<std::string> results;
     if (!options.regcodes.empty()) {
@@ -81,9 +81,7 @@ static void lf_load(const MatchOptions& options)
     }
     lf_loadDbase(options.dbase);
     readLiveriesScanned(options.liveries);
-    buildMatchIndexes();
-    collectInlineRegcodes();
-    lf_loadRegcodes(options);
+    buildMatchIndexes([&options] { lf_bindRegcodes(options); });
     liveries.clear();
 }
 

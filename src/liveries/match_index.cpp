@@ -2,22 +2,13 @@
 
 #include "core/base/log.h"
 #include "liveries/database.h"
+#include "liveries/regcodes.h"
 
 #include <algorithm>
 #include <tuple>
 #include <unordered_set>
 
 namespace vlt {
-
-// What is known of specialTitles beyond the vector itself. Brought up to date on the first question
-// after the vector has changed.
-struct SpecialLookup {
-    std::unordered_set<std::string_view, Fnv1a, std::equal_to<>> titles;  // the same as the vector's
-    std::unordered_map<const TitleViews*, TitleViews> freeTitles;         // by list: those not special
-    size_t taken = 0;            // how many of the vector's titles are in
-    const void* last = nullptr;  // the text of the last one taken
-};
-static SpecialLookup specialLookup;  // [worker]
 
 void gf_sortLiveries()
 {
@@ -26,7 +17,7 @@ void gf_sortLiveries()
     });
 }
 
-void gf_dropUnusableLiveries()
+static void lf_dropUnusable()
 {
     liveries.remove_if([](const Livery& livery) {
         const bool incomplete = livery.airline.empty() || livery.model.empty() || livery.title.empty();
@@ -39,7 +30,7 @@ void gf_dropUnusableLiveries()
     });
 }
 
-void gf_buildAirlineLiveries()
+static void lf_buildAirlineLiveries()
 {
     airlineLiveries.clear();
     for (const Livery& livery : liveries) {
@@ -53,10 +44,9 @@ void gf_buildAirlineLiveries()
     }
 }
 
-void gf_buildByAirlineModel()
+static void lf_buildByAirlineModel()
 {
     byAirlineModel = {};
-    specialLookup = {};
     for (const auto& [airline, models] : airlineLiveries) {
         for (const auto& [model, entries] : models) {
             for (const LiveryEntry& entry : entries) {
@@ -66,7 +56,7 @@ void gf_buildByAirlineModel()
     }
 }
 
-void gf_buildByModel()
+static void lf_buildByModel()
 {
     struct Installed {
         std::string_view model, airline, title;
@@ -86,7 +76,6 @@ void gf_buildByModel()
         return std::tie(a.model, a.airline, a.title) < std::tie(b.model, b.airline, b.title);
     });
     byModel = {};
-    specialLookup = {};
     for (const Installed& livery : all) {
         byModel[livery.cargo ? 1 : 0][std::string(livery.model)].push_back(livery.title);
     }
@@ -115,7 +104,7 @@ static void lf_addLookAlikes(const std::vector<std::string>& group, std::vector<
     }
 }
 
-void gf_buildSimilarWithLiveries()
+static void lf_buildSimilarWithLiveries()
 {
     std::vector<LookAlikes> all;
     for (const std::vector<std::string>& group : dbase.similarTypes) {
@@ -129,7 +118,7 @@ void gf_buildSimilarWithLiveries()
     logLine(format("{} similar model definitions", similarWithLiveries.size()));
 }
 
-void gf_buildSimilarPerAirline()
+static void lf_buildSimilarPerAirline()
 {
     similarPerAirline.clear();
     for (const auto& [airline, models] : airlineLiveries) {
@@ -148,7 +137,7 @@ void gf_buildSimilarPerAirline()
     }
 }
 
-std::vector<std::string> gf_modelsOfCategory(AcCategory category)
+static std::vector<std::string> lf_modelsOfCategory(AcCategory category)
 {
     std::set<std::string> models;
     for (const auto& index : byModel) {
@@ -161,51 +150,53 @@ std::vector<std::string> gf_modelsOfCategory(AcCategory category)
     return {models.begin(), models.end()};
 }
 
-void gf_buildCategoryModels()
+static void lf_buildCategoryModels()
 {
-    lightModels = gf_modelsOfCategory(AcCategory::Light);
-    buzjetModels = gf_modelsOfCategory(AcCategory::Buzjets);
-    rotorcraftModels = gf_modelsOfCategory(AcCategory::Rotorcraft);
+    lightModels = lf_modelsOfCategory(AcCategory::Light);
+    buzjetModels = lf_modelsOfCategory(AcCategory::Buzjets);
+    rotorcraftModels = lf_modelsOfCategory(AcCategory::Rotorcraft);
 }
 
-void buildMatchIndexes()
+// A special title is reached through its registration only: the ladder's lists don't hold it, and a list of
+// special titles alone isn't there.
+static void lf_leaveSpecialTitlesOut()
 {
-    gf_dropUnusableLiveries();
-    gf_buildAirlineLiveries();
-    gf_buildByAirlineModel();
-    gf_buildByModel();
-    gf_buildSimilarWithLiveries();
-    gf_buildSimilarPerAirline();
-    gf_buildCategoryModels();
-}
-
-static const SpecialLookup& lf_specials()
-{
-    SpecialLookup& lookup = specialLookup;
-    const void* last = specialTitles.empty() ? nullptr : specialTitles.back().data();
-    if (lookup.taken != specialTitles.size() || lookup.last != last) {
-        lookup.titles = {specialTitles.begin(), specialTitles.end()};
-        lookup.freeTitles.clear();
-        lookup.taken = specialTitles.size();
-        lookup.last = last;
+    const std::unordered_set<std::string_view, Fnv1a, std::equal_to<>> special(specialTitles.begin(),
+                                                                               specialTitles.end());
+    const auto clean = [&special](TextMap<TitleViews>& models) {
+        for (auto& [model, titles] : models) {
+            std::erase_if(titles, [&special](std::string_view title) { return special.contains(title); });
+        }
+        std::erase_if(models, [](const auto& entry) { return entry.second.empty(); });
+    };
+    if (special.empty()) {
+        return;
     }
-    return lookup;
-}
-
-bool gf_isSpecialTitle(std::string_view title)
-{
-    return !specialTitles.empty() && lf_specials().titles.contains(title);
-}
-
-const TitleViews& gf_freeTitles(const TitleViews& titles)
-{
-    const SpecialLookup& lookup = lf_specials();
-    const auto [place, added] = specialLookup.freeTitles.try_emplace(&titles);
-    if (added) {
-        std::copy_if(titles.begin(), titles.end(), std::back_inserter(place->second),
-                     [&lookup](std::string_view title) { return !lookup.titles.contains(title); });
+    for (size_t use = 0; use < byModel.size(); ++use) {
+        clean(byModel[use]);
+        for (auto& [airline, models] : byAirlineModel[use]) {
+            clean(models);
+        }
     }
-    return place->second;
+}
+
+void buildMatchIndexes(const std::function<void()>& bindRegcodes)
+{
+    lf_dropUnusable();
+    lf_buildAirlineLiveries();
+    collectInlineRegcodes();
+    if (bindRegcodes) {
+        bindRegcodes();
+    }
+    logLine(format("{} registration codes", regcodeTitles.size()));
+    lf_buildByAirlineModel();
+    lf_buildByModel();
+    logLine(format("{} airlines, {} pax aircraft models and {} cargo aircraft models", airlineLiveries.size(),
+                   byModel[0].size(), byModel[1].size()));
+    lf_leaveSpecialTitlesOut();
+    lf_buildSimilarWithLiveries();
+    lf_buildSimilarPerAirline();
+    lf_buildCategoryModels();
 }
 
 void gf_clearMatchIndexes()
@@ -213,7 +204,6 @@ void gf_clearMatchIndexes()
     for (TitleViews* views : {&specialTitles, &refusedTitles}) {
         views->clear();
     }
-    specialLookup = {};
     regcodeTitles.clear();
     titleCache.clear();
     failedLiveries.clear();

@@ -7,7 +7,6 @@
 #include "core/base/random.h"
 #include "core/base/text.h"
 #include "liveries/database.h"
-#include "liveries/match_index.h"
 #include "liveries/regcodes.h"
 
 #include <algorithm>
@@ -15,7 +14,6 @@
 
 namespace vlt {
 
-constexpr int32_t kPickRounds = 5;      // draws that may hit a special livery
 constexpr int32_t kSummaryWidth = 100;  // columns
 constexpr std::string_view kSimulatorName = "P3D";
 constexpr std::string_view kFsltlMark = "FSLTL_";
@@ -28,18 +26,9 @@ struct Query {
     bool rowKnown = false;           // `row` has been looked up
 };
 
-// Sets the title to one of the list's, but never to a special one. No title when all are special.
 static void lf_pick(AcBase& ac, const TitleViews& titles)
 {
     ac.title = titles[randomIndex(titles.size())];
-    for (int32_t round = 0; round < kPickRounds; ++round) {
-        if (!gf_isSpecialTitle(ac.title)) {
-            return;
-        }
-        ac.title = titles[randomIndex(titles.size())];
-    }
-    const TitleViews& free = gf_freeTitles(titles);
-    ac.title = free.empty() ? std::string_view{} : free[randomIndex(free.size())];
 }
 
 static void lf_pickOfModel(AcBase& ac, std::string_view model)

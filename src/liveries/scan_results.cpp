@@ -7,6 +7,7 @@
 #include "core/base/paths.h"
 #include "core/base/text.h"
 #include "core/base/xml_file.h"
+#include "liveries/database.h"
 #include "liveries/dbase_reader.h"
 #include "liveries/match_index.h"
 #include "liveries/regcodes.h"
@@ -102,15 +103,29 @@ static void lf_reportGeneric()
     logLine(format("{}", fmt::join(models, ",")));
 }
 
-static int64_t lf_countTitles(const TextMap<TitleViews>& index, const std::vector<std::string>& models)
+// What is installed of a category, special liveries too.
+struct InstalledCategory {
+    std::vector<std::string> models;  // sorted
+    int64_t pax = 0;
+    int64_t cargo = 0;
+};
+
+static InstalledCategory lf_installed(AcCategory category)
 {
-    int64_t count = 0;
-    for (const std::string& model : models) {
-        if (const auto titles = index.find(model); titles != index.end()) {
-            count += static_cast<int64_t>(titles->second.size());
+    InstalledCategory installed;
+    std::set<std::string> names;
+    for (const auto& [airline, models] : airlineLiveries) {
+        for (const auto& [model, entries] : models) {
+            if (categoryOf(model) == category) {
+                names.insert(model);
+                const auto cargo = std::ranges::count(entries, true, &LiveryEntry::cargo);
+                installed.cargo += cargo;
+                installed.pax += std::ssize(entries) - cargo;
+            }
         }
     }
-    return count;
+    installed.models.assign(names.begin(), names.end());
+    return installed;
 }
 
 static void lf_logModels(const std::vector<std::string>& models)
@@ -149,12 +164,10 @@ static void lf_judgeOption(AcCategory category, bool installed)
 void gf_reportCategory(AcCategory category)
 {
     const size_t number = static_cast<size_t>(category);
-    const std::vector<std::string> models = gf_modelsOfCategory(category);
+    const auto [models, pax, cargo] = lf_installed(category);
     if (models.empty()) {
         logLine(format("Category {}: No livery found", kCategoryNames[number]));
     } else {
-        const int64_t pax = lf_countTitles(byModel[0], models);
-        const int64_t cargo = lf_countTitles(byModel[1], models);
         std::string text =
             format("Category {}: {} pax liverie{}", kCategoryNames[number], pax, gf_plural(pax));
         if (cargo > 0) {
@@ -166,21 +179,6 @@ void gf_reportCategory(AcCategory category)
     lf_judgeOption(category, !models.empty());
 }
 
-static void lf_buildIndexes()
-{
-    gf_buildAirlineLiveries();
-    gf_buildByAirlineModel();
-    collectInlineRegcodes();
-    processRegcodeFiles();
-    logLine(format("{} registration codes", regcodeTitles.size()));
-    gf_buildByModel();
-    logLine(format("{} airlines, {} pax aircraft models and {} cargo aircraft models", airlineLiveries.size(),
-                   byModel[0].size(), byModel[1].size()));
-    gf_buildSimilarWithLiveries();
-    gf_buildSimilarPerAirline();
-    gf_buildCategoryModels();
-}
-
 void processScannedLiveries()
 {
     if (liveriesProcessed) {
@@ -190,8 +188,7 @@ void processScannedLiveries()
     }
     readLiveriesScanned();
     display.liveriesCount = static_cast<int32_t>(liveries.size());
-    gf_dropUnusableLiveries();
-    lf_buildIndexes();
+    buildMatchIndexes(processRegcodeFiles);
     lf_reportGeneric();
     for (size_t i = 0; i < kCategoryCount; ++i) {
         gf_reportCategory(static_cast<AcCategory>(i));

@@ -112,16 +112,17 @@ static void lf_fillDbase()
 
 void gf_installLiveries(const std::vector<Livery>& installed)
 {
-    gf_installWorldLiveries({installed.begin(), installed.end()});
-    for (const auto& [airline, models] : airlineLiveries) {
-        for (const auto& [model, entries] : models) {
-            for (const LiveryEntry& entry : entries) {
-                if (entry.title.starts_with("special")) {
-                    specialTitles.push_back(entry.title);
+    gf_installWorldLiveries({installed.begin(), installed.end()}, [] {
+        for (const auto& [airline, models] : airlineLiveries) {
+            for (const auto& [model, entries] : models) {
+                for (const LiveryEntry& entry : entries) {
+                    if (entry.title.starts_with("special")) {
+                        specialTitles.push_back(entry.title);
+                    }
                 }
             }
         }
-    }
+    });
 }
 
 void gf_loadSmallWorld()

@@ -7,7 +7,7 @@
 
 namespace vlt {
 
-static std::mutex wakeMutex;  // orders a stop request with the waits below; nothing is taken inside
+static std::mutex wakeMutex;  // every writer of the state and every wait below; nothing is taken inside
 static std::condition_variable wakeStop;  // [wakeMutex]
 
 std::string_view gf_exitReasonText(ExitReason reason)
@@ -24,10 +24,10 @@ std::string_view gf_exitReasonText(ExitReason reason)
 bool gf_requestStop(ExitReason reason, int32_t delaySeconds)
 {
     const std::scoped_lock lock(wakeMutex);
-    ExitReason none = ExitReason::NotYetSet;
-    if (stopRequested || !exitReason.compare_exchange_strong(none, reason)) {
+    if (stopRequested || exitReason != ExitReason::NotYetSet) {
         return false;
     }
+    exitReason = reason;
     restartDelaySeconds = delaySeconds;
     stopRequested = true;
     wakeStop.notify_all();
@@ -39,8 +39,9 @@ void gf_requestClose()
     const std::scoped_lock lock(wakeMutex);
     closeRequested = true;
     stopRequested = true;
-    ExitReason none = ExitReason::NotYetSet;
-    exitReason.compare_exchange_strong(none, ExitReason::UserClosedSim);
+    if (exitReason == ExitReason::NotYetSet) {
+        exitReason = ExitReason::UserClosedSim;
+    }
     wakeStop.notify_all();
 }
 
