@@ -8,6 +8,7 @@
 #include "standin/file_server.h"
 #include "standin/picture.h"
 #include "standin/realtraffic_client.h"
+#include "standin/run_files.h"
 #include "standin/sim_server.h"
 #include "standin/standin_options.h"
 #include "standin/summary.h"
@@ -190,11 +191,9 @@ private:
         const UserState user = m_simulator.user();
         chart.user = {user.lat, user.lon};
         chart.userHeading = user.heading;
-        if (m_options.recording.empty()) {
-            chart.airport = gf_dayChartAirport();
-        }
+        chart.atDayAirport = m_options.recording.empty();
         chart.lives = m_simulator.lives();
-        gf_writePicture(chart, m_options.out / "traffic.svg");
+        gf_writeRunFile(m_options.out / "traffic.svg", gf_trafficSvg(chart));
     }
 
     // A file that can't be written doesn't end the run: the next report may find room.

@@ -2,16 +2,18 @@
 
 #include "core/base/text.h"
 #include "standin/day_airport.h"
-#include "standin/picture_traffic.h"
-#include "standin/run_files.h"
 #include "standin/svg_canvas.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <optional>
+#include <utility>
 
 namespace vlt {
 
 constexpr double kPageWidth = 1500;
+constexpr double kPageHeight = 1040;
 constexpr double kMargin = 20;
 constexpr double kMainSide = 1000;
 constexpr double kSideLeft = kMargin + kMainSide + kMargin;
@@ -24,118 +26,235 @@ constexpr double kLargestRadiusNm = 40;
 constexpr double kRingNm = 5;
 constexpr size_t kBoardRows = 12;
 
-ChartAirport gf_dayChartAirport()
+constexpr double kMoment = 2.5;         // seconds
+constexpr double kNewestSeconds = 300;  // a track older than this counts as history and is drawn faintly
+constexpr double kLabelHeight = 11;
+constexpr double kCharWidth = 6.1;
+
+// ---- the aircraft
+
+// Still there at `now`, or gone no more than a moment before: when the program leaves, all its aircraft go at
+// once, and the picture shows them as they were.
+static bool lf_isPresent(const ObjectLife& life, double now)
 {
-    ChartAirport airport;
-    airport.code = kDayAirportCode;
-    airport.at = kDayAirport;
-    airport.elevation = kDayElevation;
-    for (const DayRunway& runway : kDayRunways) {
-        airport.runways.push_back(
-            {runway.name, {gf_fieldPosition(runway.west), gf_fieldPosition(runway.east)}});
+    return life.removedAt == kNeverInLife || life.removedAt > now - kMoment;
+}
+
+struct ColourStop {
+    double feet;
+    int red, green, blue;
+};
+
+// From the ground's neighbourhood to the airways.
+constexpr std::array<ColourStop, 6> kStops{{{0, 94, 234, 140},
+                                            {4000, 190, 235, 80},
+                                            {10000, 255, 214, 70},
+                                            {18000, 255, 150, 60},
+                                            {30000, 255, 86, 108},
+                                            {41000, 206, 120, 255}}};
+
+static std::string lf_heightColour(double feet, bool onGround)
+{
+    if (onGround) {
+        return "#5fb4ff";
     }
-    for (const DayStand& stand : gf_dayStands()) {
-        airport.stands.push_back({stand.id, gf_fieldPosition(stand.at), stand.radiusM});
+    size_t i = 1;
+    while (i + 1 < kStops.size() && feet > kStops[i].feet) {
+        ++i;
     }
-    return airport;
+    const ColourStop& a = kStops[i - 1];
+    const ColourStop& b = kStops[i];
+    const double part = std::clamp((feet - a.feet) / (b.feet - a.feet), 0.0, 1.0);
+    const auto mix = [part](int from, int to) {
+        return static_cast<int>(std::lround(from + (to - from) * part));
+    };
+    return format("#{:02x}{:02x}{:02x}", mix(a.red, b.red), mix(a.green, b.green), mix(a.blue, b.blue));
+}
+
+static std::string lf_track(const SvgMap& map, const ObjectLife& life, double now, double width)
+{
+    const bool present = lf_isPresent(life, now);
+    std::vector<StyledPoint> points;
+    points.reserve(life.track.size());
+    for (const TrackPoint& point : life.track) {
+        const bool fresh = present && now - point.time < kNewestSeconds;
+        points.push_back(
+            {gf_onPage(map, {point.lat, point.lon}),
+             format("stroke='{}' stroke-width='{:.1f}' opacity='{}'",
+                    lf_heightColour(std::round(point.altitude / 500) * 500, point.onGround), width,
+                    fresh     ? 0.9
+                    : present ? 0.35
+                              : 0.15)});
+    }
+    return gf_svgPieces(points);
+}
+
+static std::string lf_symbol(PagePoint at, const TrackPoint& point, const std::string& category, double size)
+{
+    const std::string colour = lf_heightColour(point.altitude, point.onGround);
+    const double turnDeg = point.heading * kDegPerRad;
+    if (category == "Rotorcraft") {
+        return gf_svgSymbol("M-7,-8.5 L7,5.5 M7,-8.5 L-7,5.5 M0,-4 L0,10 M-2.5,10 L2.5,10", at, turnDeg, size,
+                            format("fill='none' stroke='{}' stroke-width='2.2'", colour));
+    }
+    return gf_svgSymbol(kPlanePath, at, turnDeg, size,
+                        format("fill='{}' stroke='#08131d' stroke-width='0.8'", colour));
+}
+
+static LatLon lf_lastPlace(const ObjectLife& life)
+{
+    return {life.track.back().lat, life.track.back().lon};
+}
+
+// "gnd", "2600 ft" or "FL340".
+static std::string lf_heightText(const TrackPoint& point)
+{
+    return point.onGround            ? "gnd"
+           : point.altitude >= 10000 ? format("FL{:03.0f}", point.altitude / 100)
+                                     : format("{:.0f} ft", std::round(point.altitude / 100) * 100);
+}
+
+static bool lf_overlap(const PageBox& a, const PageBox& b)
+{
+    return a.left < b.left + b.width && b.left < a.left + a.width && a.top < b.top + b.height &&
+           b.top < a.top + a.height;
+}
+
+// Where the label goes: the first of some places round the symbol that is free, else none.
+static std::optional<PagePoint> lf_placeLabel(std::vector<PageBox>& taken, PagePoint at, size_t letters)
+{
+    const double width = static_cast<double>(letters) * kCharWidth;
+    const std::array<PagePoint, 8> offsets{{{12, -4},
+                                            {-12 - width, -4},
+                                            {-width / 2, 24},
+                                            {-width / 2, -28},
+                                            {16, 20},
+                                            {16, -26},
+                                            {-16 - width, 20},
+                                            {-16 - width, -26}}};
+    for (const PagePoint& offset : offsets) {
+        const PagePoint label{at.x + offset.x, at.y + offset.y};
+        const PageBox box{label.x, label.y - kLabelHeight, width, 2 * kLabelHeight};
+        if (std::ranges::none_of(taken, [&](const PageBox& other) { return lf_overlap(other, box); })) {
+            taken.push_back(box);
+            return label;
+        }
+    }
+    return std::nullopt;
+}
+
+static std::string lf_label(std::vector<PageBox>& taken, PagePoint at, const ObjectLife& life)
+{
+    const std::string second = format("{} {}", life.model, lf_heightText(life.track.back()));
+    const auto label = lf_placeLabel(taken, at, std::max(life.tailNumber.size(), second.size()));
+    if (!label) {
+        return {};
+    }
+    return gf_svgText(*label, life.tailNumber, "class='label'") +
+           gf_svgText({label->x, label->y + kLabelHeight}, second, "class='detail'");
+}
+
+// Everybody's tracks, with symbols and labels of those that are still there. `size` scales the symbols. Who
+// is nearer to the map's centre than `nearNm` gets no label: another map has it.
+static std::string lf_trafficOnMap(const SvgMap& map, const std::vector<ObjectLife>& lives, double now,
+                                   double size, double nearNm)
+{
+    std::string svg;
+    std::vector<PageBox> taken;
+    std::vector<std::pair<const ObjectLife*, PagePoint>> shown;
+    for (const ObjectLife& life : lives) {
+        svg += lf_track(map, life, now, size * 2);
+        if (lf_isPresent(life, now) && !life.track.empty()) {
+            const PagePoint at = gf_onPage(map, lf_lastPlace(life));
+            if (gf_isInside(map.frame, at)) {
+                shown.emplace_back(&life, at);
+            }
+        }
+    }
+    for (const auto& [life, at] : shown) {
+        taken.push_back({at.x - 9 * size, at.y - 9 * size, 18 * size, 18 * size});
+        svg += lf_symbol(at, life->track.back(), life->category, size);
+    }
+    for (const auto& [life, at] : shown) {
+        if (distNm(map.centre, lf_lastPlace(*life)) >= nearNm) {
+            svg += lf_label(taken, at, *life);
+        }
+    }
+    return svg;
 }
 
 // ---- the frame of a map
 
+// A square of the page that shows `radiusNm` from its middle to each edge.
+static SvgMap lf_squareMap(double left, double top, double side, LatLon centre, double radiusNm)
+{
+    return {{left, top, side, side}, centre, side / 2 / (radiusNm * kMetresPerNm)};
+}
+
 static std::string lf_ring(const SvgMap& map, double nm)
 {
     const PagePoint centre = gf_onPage(map, map.centre);
-    const double radius = nm * gf_pagePerNm(map);
-    return format("<circle cx='{:.1f}' cy='{:.1f}' r='{:.1f}' fill='none' stroke='#2a4258' "
-                  "stroke-dasharray='2 5'/>\n<text x='{:.1f}' y='{:.1f}' class='ring'>{:.0f} nm</text>\n",
-                  centre.x, centre.y, radius, centre.x + 3, centre.y - radius - 3, nm);
+    const double radius = nm * kMetresPerNm * map.pagePerM;
+    return gf_svgCircle(centre, radius, "fill='none' stroke='#2a4258' stroke-dasharray='2 5'") +
+           gf_svgText({centre.x + 3, centre.y - radius - 3}, format("{:.0f} nm", nm), "class='ring'");
 }
 
-static std::string lf_compass(const SvgMap& map)
+// What lies on the map, cut off at its frame.
+static std::string lf_framed(const SvgMap& map, const char* id, const std::string& content)
 {
-    std::string svg;
-    const PagePoint centre = gf_onPage(map, map.centre);
-    const double outer = map.side / 2 - 6;
-    for (int deg = 0; deg < 360; deg += 10) {
-        const double angle = deg * kRadPerDeg;
-        const double inner = outer - (deg % 30 == 0 ? 12 : 6);
-        svg += format("<line x1='{:.1f}' y1='{:.1f}' x2='{:.1f}' y2='{:.1f}' stroke='#3c5a75'/>\n",
-                      centre.x + inner * std::sin(angle), centre.y - inner * std::cos(angle),
-                      centre.x + outer * std::sin(angle), centre.y - outer * std::cos(angle));
-        if (deg % 30 == 0) {
-            const double at = outer - 23;
-            svg += format("<text x='{:.1f}' y='{:.1f}' class='ring' text-anchor='middle'>{:02d}</text>\n",
-                          centre.x + at * std::sin(angle), centre.y - at * std::cos(angle) + 4,
-                          deg == 0 ? 36 : deg / 10);
-        }
-    }
-    return svg;
+    return format("<clipPath id='{}'>{}</clipPath>\n", id, gf_svgBox(map.frame, "rx='8'")) +
+           gf_svgBox(map.frame, "rx='8' fill='#0e202f' stroke='#35526b'") +
+           format("<g clip-path='url(#{})'>\n{}</g>\n", id, content);
 }
 
-static std::string lf_frame(const SvgMap& map, const char* id)
+static std::string lf_northAndScale(const SvgMap& map, double metres, const std::string& label)
 {
-    return format("<clipPath id='{}'><rect x='{}' y='{}' width='{}' height='{}' rx='8'/></clipPath>\n"
-                  "<rect x='{}' y='{}' width='{}' height='{}' rx='8' fill='url(#sea)' stroke='#35526b'/>\n",
-                  id, map.left, map.top, map.side, map.side, map.left, map.top, map.side, map.side);
-}
-
-static std::string lf_northAndScale(const SvgMap& map, double nm, const std::string& label)
-{
-    const double x = map.left + map.side - 34;
-    const double y = map.top + 46;
-    const double length = nm * gf_pagePerNm(map);
-    const double right = map.left + map.side - 18;
-    const double base = map.top + map.side - 18;
-    return format(
-        "<path d='M{0:.1f},{1:.1f} l-8,22 l8,-5 l8,5 z' fill='#dbe9f5'/>"
-        "<text x='{0:.1f}' y='{2:.1f}' class='label' text-anchor='middle'>N</text>\n"
-        "<path d='M{3:.1f},{4:.1f} v6 h{5:.1f} v-6' fill='none' stroke='#dbe9f5' stroke-width='1.5'/>"
-        "<text x='{6:.1f}' y='{7:.1f}' class='label' text-anchor='middle'>{8}</text>\n",
-        x, y - 20, y - 24, right - length, base - 6, length, right - length / 2, base - 8, label);
+    const double right = map.frame.left + map.frame.width - 18;
+    const double base = map.frame.top + map.frame.height - 24;
+    const double left = right - metres * map.pagePerM;
+    const PagePoint north{right - 16, map.frame.top + 26};
+    const std::string style = "class='label' text-anchor='middle'";
+    return gf_svgSymbol("M0,0 l-8,22 l8,-5 l8,5 z", north, 0, 1, "fill='#dbe9f5'") +
+           gf_svgText({north.x, north.y - 4}, "N", style) +
+           gf_svgLine({{left, base}, {left, base + 6}, {right, base + 6}, {right, base}},
+                      "stroke='#dbe9f5' stroke-width='1.5'") +
+           gf_svgText({(left + right) / 2, base - 2}, label, style);
 }
 
 // ---- the airport
 
-static std::string lf_runway(const SvgMap& map, const ChartRunway& runway, double widthM, bool named)
+static std::string lf_runway(const SvgMap& map, const DayRunway& runway, bool named)
 {
-    const PagePoint a = gf_onPage(map, runway.ends[0]);
-    const PagePoint b = gf_onPage(map, runway.ends[1]);
-    const double width = std::max(widthM / kMetresPerNm * gf_pagePerNm(map), 3.0);
+    constexpr double kWidthM = 60;
+    const PagePoint west = gf_onPage(map, gf_fieldPosition(runway.west));
+    const PagePoint east = gf_onPage(map, gf_fieldPosition(runway.east));
+    const double width = std::max(kWidthM * map.pagePerM, 3.0);
     std::string svg =
-        format("<path d='M{} L{}' stroke='#9fb3c4' stroke-width='{:.1f}'/>", gf_pair(a), gf_pair(b), width);
-    svg += format("<path d='M{} L{}' stroke='#ffffff' stroke-width='{:.1f}' stroke-dasharray='7 6'/>\n",
-                  gf_pair(a), gf_pair(b), std::max(width / 8, 0.6));
+        gf_svgLine({west, east}, format("stroke='#9fb3c4' stroke-width='{:.1f}'", width)) +
+        gf_svgLine({west, east}, format("stroke='#fff' stroke-width='{:.1f}' stroke-dasharray='7 6'",
+                                        std::max(width / 8, 0.6)));
     if (named) {
-        const size_t slash = runway.name.find('/');
-        const PagePoint ends[] = {a, b};
-        for (size_t i = 0; i < 2; ++i) {
-            const double away = i == 0 ? -14 : 14;
-            const std::string name = i == 0 ? runway.name.substr(0, slash) : runway.name.substr(slash + 1);
-            svg += format("<text x='{:.1f}' y='{:.1f}' class='runway' text-anchor='middle'>{}</text>\n",
-                          ends[i].x + away, ends[i].y - 6, gf_xmlText(name));
-        }
+        const std::string name = runway.name;
+        const size_t slash = name.find('/');
+        svg += gf_svgText({west.x - 14, west.y - 6}, name.substr(0, slash), "class='runway'") +
+               gf_svgText({east.x + 14, east.y - 6}, name.substr(slash + 1), "class='runway'");
     }
     return svg;
 }
 
-static std::string lf_airport(const SvgMap& map, const ChartAirport& airport, bool large)
+static std::string lf_airport(const SvgMap& map, bool large)
 {
     std::string svg;
-    for (const ChartRunway& runway : airport.runways) {
-        svg += lf_runway(map, runway, 60, large);
-    }
-    for (const ChartStand& stand : airport.stands) {
-        if (large) {
-            const PagePoint at = gf_onPage(map, stand.at);
-            svg += format("<circle cx='{:.1f}' cy='{:.1f}' r='{:.1f}' fill='#1b3347' stroke='#6d8ba5' "
-                          "stroke-width='0.8'/>\n",
-                          at.x, at.y, stand.radiusM / kMetresPerNm * gf_pagePerNm(map));
-        }
+    for (const DayRunway& runway : kDayRunways) {
+        svg += lf_runway(map, runway, large);
     }
     if (!large) {
-        const PagePoint at = gf_onPage(map, airport.at);
-        svg += format("<text x='{:.1f}' y='{:.1f}' class='airport' text-anchor='middle'>{}</text>\n", at.x,
-                      at.y + 34, gf_xmlText(airport.code));
+        const PagePoint at = gf_onPage(map, kDayAirport);
+        return svg + gf_svgText({at.x, at.y + 34}, kDayAirportCode, "class='airport'");
+    }
+    for (const DayStand& stand : gf_dayStands()) {
+        svg += gf_svgCircle(gf_onPage(map, gf_fieldPosition(stand.at)), stand.radiusM * map.pagePerM,
+                            "fill='#1b3347' stroke='#6d8ba5' stroke-width='0.8'");
     }
     return svg;
 }
@@ -143,10 +262,9 @@ static std::string lf_airport(const SvgMap& map, const ChartAirport& airport, bo
 static std::string lf_user(const SvgMap& map, const Chart& chart)
 {
     const PagePoint at = gf_onPage(map, chart.user);
-    return format("<g transform='translate({:.1f},{:.1f}) rotate({:.0f})'><circle r='9' fill='none' "
-                  "stroke='#ffffff' stroke-width='1.6'/><path d='M0,-14 L0,-5 M-4,3 L0,-5 L4,3' fill='none' "
-                  "stroke='#ffffff' stroke-width='1.6'/></g>\n",
-                  at.x, at.y, chart.userHeading * kDegPerRad);
+    const std::string style = "fill='none' stroke='#ffffff' stroke-width='1.6'";
+    return gf_svgCircle(at, 9, style) +
+           gf_svgSymbol("M0,-14 L0,-5 M-4,3 L0,-5 L4,3", at, chart.userHeading * kDegPerRad, 1, style);
 }
 
 // ---- the side of the page
@@ -155,7 +273,7 @@ static std::string lf_user(const SvgMap& map, const Chart& chart)
 static std::vector<ObjectLife> lf_lowTraffic(const Chart& chart)
 {
     std::vector<ObjectLife> low = chart.lives;
-    const double ceiling = (chart.airport ? chart.airport->elevation : 0) + kInsetHighest;
+    const double ceiling = (chart.atDayAirport ? kDayElevation : 0) + kInsetHighest;
     std::erase_if(low, [&](const ObjectLife& life) {
         return std::all_of(life.track.begin(), life.track.end(),
                            [&](const TrackPoint& point) { return point.altitude > ceiling; });
@@ -163,50 +281,41 @@ static std::vector<ObjectLife> lf_lowTraffic(const Chart& chart)
     return low;
 }
 
-struct Numbers {
-    size_t airborne = 0;
-    size_t ground = 0;
-    size_t gone = 0;
-};
-
-static Numbers lf_numbers(const Chart& chart, double now)
-{
-    Numbers numbers;
-    for (const ObjectLife& life : chart.lives) {
-        const bool onGround = !life.track.empty() && life.track.back().onGround;
-        ++(!gf_isPresent(life, now) ? numbers.gone : onGround ? numbers.ground : numbers.airborne);
-    }
-    return numbers;
-}
-
 static std::string lf_heading(const Chart& chart, double now)
 {
-    const Numbers n = lf_numbers(chart, now);
+    size_t airborne = 0, ground = 0, gone = 0;
+    for (const ObjectLife& life : chart.lives) {
+        const bool onGround = !life.track.empty() && life.track.back().onGround;
+        ++(!lf_isPresent(life, now) ? gone : onGround ? ground : airborne);
+    }
     const int seconds = static_cast<int>(now);
-    return format(
-        "<text x='{0}' y='64' class='title'>{1}</text><text x='{0}' y='92' class='subtitle'>{2}</text>\n"
-        "<text x='{0}' y='132' class='fact'>{3} airborne &#183; {4} on the ground &#183; {5} gone</text>"
-        "<text x='{0}' y='156' class='fact'>after {6}:{7:02d} min of live traffic</text>\n",
-        kSideLeft, gf_xmlText(chart.title), gf_xmlText(chart.subtitle), n.airborne, n.ground, n.gone,
-        seconds / 60, seconds % 60);
+    return gf_svgText({kSideLeft, 64}, chart.title, "class='title'") +
+           gf_svgText({kSideLeft, 92}, chart.subtitle, "class='subtitle'") +
+           gf_svgText({kSideLeft, 132},
+                      format("{} airborne, {} on the ground, {} gone", airborne, ground, gone),
+                      "class='fact'") +
+           gf_svgText({kSideLeft, 156},
+                      format("after {}:{:02d} min of live traffic", seconds / 60, seconds % 60),
+                      "class='fact'");
 }
 
 static std::string lf_legend(double top)
 {
-    std::string svg = format("<text x='{}' y='{}' class='fact'>height</text>\n", kSideLeft, top);
     constexpr int kSteps = 44;
+    constexpr double kHighest = 41000;
     const double width = kInsetSide / (kSteps + 4);
-    svg += format("<rect x='{:.1f}' y='{:.1f}' width='{:.1f}' height='12' fill='{}'/>"
-                  "<text x='{:.1f}' y='{:.1f}' class='ring'>ground</text>\n",
-                  kSideLeft, top + 10, width * 3, gf_heightColour(0, true), kSideLeft, top + 36);
+    const auto at = [&](double feet) { return kSideLeft + width * (4 + feet / kHighest * (kSteps - 1)); };
+    std::string svg =
+        gf_svgText({kSideLeft, top}, "height", "class='fact'") +
+        gf_svgBox({kSideLeft, top + 10, width * 3, 12}, format("fill='{}'", lf_heightColour(0, true))) +
+        gf_svgText({kSideLeft, top + 36}, "ground", "class='ring'");
     for (int i = 0; i < kSteps; ++i) {
-        const double feet = i * 41000.0 / (kSteps - 1);
-        svg += format("<rect x='{:.1f}' y='{:.1f}' width='{:.1f}' height='12' fill='{}'/>\n",
-                      kSideLeft + width * (i + 4), top + 10, width + 0.4, gf_heightColour(feet, false));
+        const double feet = i * kHighest / (kSteps - 1);
+        svg += gf_svgBox({at(feet), top + 10, width + 0.4, 12},
+                         format("fill='{}'", lf_heightColour(feet, false)));
     }
     for (const double feet : {5000.0, 10000.0, 20000.0, 30000.0, 40000.0}) {
-        svg += format("<text x='{:.1f}' y='{:.1f}' class='ring' text-anchor='middle'>{:.0f}</text>\n",
-                      kSideLeft + width * (4 + feet / 41000 * (kSteps - 1)), top + 36, feet);
+        svg += gf_svgText({at(feet), top + 36}, format("{:.0f}", feet), "class='ring' text-anchor='middle'");
     }
     return svg;
 }
@@ -216,53 +325,75 @@ static std::string lf_board(const Chart& chart, LatLon centre, double now, doubl
 {
     std::vector<std::pair<double, const ObjectLife*>> nearest;
     for (const ObjectLife& life : chart.lives) {
-        if (gf_isPresent(life, now) && !life.track.empty() && !life.track.back().onGround) {
-            nearest.emplace_back(distNm(centre, {life.track.back().lat, life.track.back().lon}), &life);
+        if (lf_isPresent(life, now) && !life.track.empty() && !life.track.back().onGround) {
+            nearest.emplace_back(distNm(centre, lf_lastPlace(life)), &life);
         }
     }
     std::sort(nearest.begin(), nearest.end());
     nearest.resize(std::min(nearest.size(), kBoardRows));
-    std::string svg =
-        format("<text x='{}' y='{:.0f}' class='fact'>nearest in the air</text>\n", kSideLeft, top);
+    std::string svg = gf_svgText({kSideLeft, top}, "nearest in the air", "class='fact'");
     double y = top + 20;
     for (const auto& [nm, life] : nearest) {
         const TrackPoint& point = life->track.back();
-        svg += format("<text y='{0:.0f}' class='row'><tspan x='{1}' fill='{2}'>{3}</tspan>"
-                      "<tspan x='{4}'>{5}</tspan><tspan x='{6}'>{7}</tspan><tspan x='{8}'>{9:.0f} kt</tspan>"
-                      "<tspan x='{10}'>{11:.1f} nm</tspan></text>\n",
-                      y, kSideLeft, gf_heightColour(point.altitude, false), gf_xmlText(life->tailNumber),
-                      kSideLeft + 95, gf_xmlText(life->model), kSideLeft + 160, gf_heightText(point),
-                      kSideLeft + 250, point.tas, kSideLeft + 330, nm);
+        svg += gf_svgText({kSideLeft, y}, life->tailNumber,
+                          format("style='fill:{}' class='row'", lf_heightColour(point.altitude, false)));
+        const std::pair<double, std::string> cells[] = {{95, life->model},
+                                                        {160, lf_heightText(point)},
+                                                        {250, format("{:.0f} kt", point.tas)},
+                                                        {330, format("{:.1f} nm", nm)}};
+        for (const auto& [x, text] : cells) {
+            svg += gf_svgText({kSideLeft + x, y}, text, "class='row'");
+        }
         y += 17;
     }
     return svg;
 }
 
-constexpr const char* kHead =
-    "<svg xmlns='http://www.w3.org/2000/svg' width='1500' height='1040' viewBox='0 0 1500 1040'>\n"
-    "<defs><radialGradient id='sea'><stop offset='0' stop-color='#12283a'/>"
-    "<stop offset='1' stop-color='#0a1824'/></radialGradient></defs>\n"
-    "<style>text{font-family:'DejaVu "
-    "Sans',Verdana,sans-serif}.label{font-size:10px;fill:#eef6fc;font-weight:bold}"
-    ".detail{font-size:9px;fill:#a9c0d3}.ring{font-size:9px;fill:#64829c}.runway{font-size:11px;fill:#dbe9f5}"
-    ".airport{font-size:13px;fill:#ffffff;font-weight:bold}.title{font-size:38px;fill:#ffffff;font-weight:"
-    "bold}"
-    ".subtitle{font-size:15px;fill:#7fa3c0}.fact{font-size:15px;fill:#c9dcea}"
-    ".row{font-size:12px;fill:#c9dcea}</style>\n"
-    "<rect width='1500' height='1040' fill='#07111a'/>\n";
+// ---- the page
+
+constexpr const char* kCss =
+    ".label{font-size:10px;fill:#eef6fc;font-weight:bold}.detail{font-size:9px;fill:#a9c0d3}"
+    ".ring{font-size:9px;fill:#64829c}.runway{font-size:11px;fill:#dbe9f5}"
+    ".airport{font-size:13px;fill:#ffffff;font-weight:bold}.runway,.airport{text-anchor:middle}"
+    ".title{font-size:38px;fill:#ffffff;font-weight:bold}.subtitle{font-size:15px;fill:#7fa3c0}"
+    ".fact{font-size:15px;fill:#c9dcea}.row{font-size:12px;fill:#c9dcea}"
+    "polyline{stroke-linejoin:round}";
 
 // As wide as the traffic that is there, within limits.
-static double lf_radius(const Chart& chart, LatLon centre, double now)
+static double lf_radiusNm(const Chart& chart, LatLon centre, double now)
 {
     std::vector<double> distances;
     for (const ObjectLife& life : chart.lives) {
-        if (gf_isPresent(life, now) && !life.track.empty()) {
-            distances.push_back(distNm(centre, {life.track.back().lat, life.track.back().lon}));
+        if (lf_isPresent(life, now) && !life.track.empty()) {
+            distances.push_back(distNm(centre, lf_lastPlace(life)));
         }
     }
     std::sort(distances.begin(), distances.end());
     const double wanted = distances.empty() ? 0 : distances[distances.size() * 95 / 100] * 1.08;
     return std::clamp(wanted, kSmallestRadiusNm, kLargestRadiusNm);
+}
+
+static std::string lf_wideMap(const Chart& chart, LatLon centre, double now)
+{
+    const double radiusNm = lf_radiusNm(chart, centre, now);
+    const SvgMap map = lf_squareMap(kMargin, kMargin, kMainSide, centre, radiusNm);
+    std::string svg;
+    const double ringsNm = radiusNm > 25 ? 2 * kRingNm : kRingNm;
+    for (double nm = kRingNm; nm < radiusNm; nm += ringsNm) {
+        svg += lf_ring(map, nm);
+    }
+    svg += (chart.atDayAirport ? lf_airport(map, false) : "") +
+           lf_trafficOnMap(map, chart.lives, now, 0.85, kInsetRadiusNm) + lf_user(map, chart);
+    return lf_framed(map, "wide", svg) + lf_northAndScale(map, kRingNm * kMetresPerNm, "5 nm");
+}
+
+static std::string lf_nearMap(const Chart& chart, LatLon centre, double now)
+{
+    const SvgMap map = lf_squareMap(kSideLeft, kInsetTop, kInsetSide, centre, kInsetRadiusNm);
+    return lf_framed(map, "near",
+                     (chart.atDayAirport ? lf_airport(map, true) : "") +
+                         lf_trafficOnMap(map, lf_lowTraffic(chart), now, 0.7, 0) + lf_user(map, chart)) +
+           lf_northAndScale(map, 1000, "1000 m");
 }
 
 std::string gf_trafficSvg(const Chart& chart)
@@ -271,38 +402,17 @@ std::string gf_trafficSvg(const Chart& chart)
     for (const ObjectLife& life : chart.lives) {
         now = life.track.empty() ? now : std::max(now, life.track.back().time);
     }
-    const LatLon centre = chart.airport ? chart.airport->at : chart.user;
-    const SvgMap map{kMargin, kMargin, kMainSide, centre, lf_radius(chart, centre, now)};
-    const SvgMap inset{kSideLeft, kInsetTop, kInsetSide, centre, kInsetRadiusNm};
-    std::string svg = kHead + lf_frame(map, "wide") + "<g clip-path='url(#wide)'>\n" + lf_compass(map);
-    for (double nm = kRingNm; nm<map.radiusNm; nm += map.radiusNm> 25 ? 2 * kRingNm : kRingNm) {
-        svg += lf_ring(map, nm);
+    const LatLon centre = chart.atDayAirport ? kDayAirport : chart.user;
+    std::string svg = gf_svgBox({0, 0, kPageWidth, kPageHeight}, "fill='#07111a'") +
+                      lf_wideMap(chart, centre, now) + lf_heading(chart, now) +
+                      lf_nearMap(chart, centre, now);
+    double top = kInsetTop + kInsetSide + 26;
+    if (chart.atDayAirport) {
+        svg += gf_svgText({kSideLeft, top}, format("{}, elevation {:.0f} ft", kDayAirportCode, kDayElevation),
+                          "class='fact'");
     }
-    if (chart.airport) {
-        svg += lf_airport(map, *chart.airport, false);
-    }
-    svg += gf_trafficOnMap(map, chart.lives, now, 0.85, kInsetRadiusNm) + lf_user(map, chart) + "</g>\n";
-    svg += lf_northAndScale(map, kRingNm, "5 nm");
-    svg += lf_heading(chart, now);
-    svg += lf_frame(inset, "near") + "<g clip-path='url(#near)'>\n";
-    if (chart.airport) {
-        svg += lf_airport(inset, *chart.airport, true);
-    }
-    svg += gf_trafficOnMap(inset, lf_lowTraffic(chart), now, 0.7, 0) + lf_user(inset, chart) + "</g>\n";
-    svg += lf_northAndScale(inset, 1000 / kMetresPerNm, "1000 m");
-    if (chart.airport) {
-        svg += format("<text x='{:.0f}' y='{:.0f}' class='fact'>{} &#183; elevation {:.0f} ft</text>\n",
-                      kSideLeft, kInsetTop + kInsetSide + 26, gf_xmlText(chart.airport->code),
-                      chart.airport->elevation);
-    }
-    svg += lf_legend(kInsetTop + kInsetSide + 62);
-    svg += lf_board(chart, centre, now, kInsetTop + kInsetSide + 132);
-    return svg + "</svg>\n";
-}
-
-void gf_writePicture(const Chart& chart, const std::filesystem::path& file)
-{
-    gf_writeRunFile(file, gf_trafficSvg(chart));
+    svg += lf_legend(top + 36) + lf_board(chart, centre, now, top + 106);
+    return gf_svgPage(kPageWidth, kPageHeight, kCss, svg);
 }
 
 }  // namespace vlt

@@ -2,96 +2,97 @@
 
 #include "core/base/text.h"
 
-#include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace vlt {
 
-struct ColourStop {
-    double feet;
-    int red, green, blue;
-};
-
-// From the ground's neighbourhood to the airways.
-constexpr std::array<ColourStop, 6> kStops{{{0, 94, 234, 140},
-                                            {4000, 190, 235, 80},
-                                            {10000, 255, 214, 70},
-                                            {18000, 255, 150, 60},
-                                            {30000, 255, 86, 108},
-                                            {41000, 206, 120, 255}}};
-
-PagePoint gf_onPage(const SvgMap& map, LatLon place)
+bool gf_isInside(const PageBox& box, PagePoint point)
 {
-    const double nm = distNm(map.centre, place);
-    const double angle = nm > 0 ? bearing(map.centre, place) : 0;
-    const double scale = gf_pagePerNm(map);
-    return {map.left + map.side / 2 + nm * scale * std::sin(angle),
-            map.top + map.side / 2 - nm * scale * std::cos(angle)};
+    return point.x >= box.left && point.x <= box.left + box.width && point.y >= box.top &&
+           point.y <= box.top + box.height;
 }
 
-bool gf_inFrame(const SvgMap& map, PagePoint point)
-{
-    return point.x >= map.left && point.x <= map.left + map.side && point.y >= map.top &&
-           point.y <= map.top + map.side;
-}
-
-double gf_pagePerNm(const SvgMap& map)
-{
-    return map.side / 2 / map.radiusNm;
-}
-
-std::string gf_pair(PagePoint point)
-{
-    return format("{:.1f},{:.1f}", point.x, point.y);
-}
-
-std::string gf_xmlText(std::string_view text)
+static std::string lf_xmlText(std::string_view text)
 {
     std::string safe;
     for (const char c : text) {
-        switch (c) {
-        case '&':
+        if (c == '&') {
             safe += "&amp;";
-            break;
-        case '<':
+        } else if (c == '<') {
             safe += "&lt;";
-            break;
-        case '>':
+        } else if (c == '>') {
             safe += "&gt;";
-            break;
-        case '"':
-            safe += "&quot;";
-            break;
-        default:
-            safe += static_cast<unsigned char>(c) < 0x20 || static_cast<unsigned char>(c) > 0x7E ? '?' : c;
-            break;
+        } else {
+            safe += c < 0x20 || c > 0x7E ? '?' : c;
         }
     }
     return safe;
 }
 
-std::string gf_heightColour(double feet, bool onGround)
+std::string gf_svgText(PagePoint at, std::string_view text, std::string_view style)
 {
-    if (onGround) {
-        return "#5fb4ff";
-    }
-    size_t i = 1;
-    while (i + 1 < kStops.size() && feet > kStops[i].feet) {
-        ++i;
-    }
-    const ColourStop& a = kStops[i - 1];
-    const ColourStop& b = kStops[i];
-    const double part = std::clamp((feet - a.feet) / (b.feet - a.feet), 0.0, 1.0);
-    const auto mix = [part](int from, int to) {
-        return static_cast<int>(std::lround(from + (to - from) * part));
-    };
-    return format("#{:02x}{:02x}{:02x}", mix(a.red, b.red), mix(a.green, b.green), mix(a.blue, b.blue));
+    return format("<text x='{:.1f}' y='{:.1f}' {}>{}</text>\n", at.x, at.y, style, lf_xmlText(text));
 }
 
-bool gf_overlaps(const PageBox& a, const PageBox& b)
+std::string gf_svgLine(const std::vector<PagePoint>& points, std::string_view style)
 {
-    return a.left < b.right && b.left < a.right && a.top < b.bottom && b.top < a.bottom;
+    std::string places;
+    for (const PagePoint& point : points) {
+        places += format("{:.1f},{:.1f} ", point.x, point.y);
+    }
+    return format("<polyline points='{}' {}/>\n", places, style);
+}
+
+std::string gf_svgPieces(const std::vector<StyledPoint>& points)
+{
+    std::string svg;
+    std::vector<PagePoint> piece;
+    for (size_t i = 0; i < points.size(); ++i) {
+        piece.push_back(points[i].at);
+        const bool ends = i + 1 == points.size() || points[i + 1].style != points[i].style;
+        if (ends && piece.size() > 1) {
+            svg += gf_svgLine(piece, points[i].style);
+        }
+        if (ends) {
+            piece = {points[i].at};
+        }
+    }
+    return svg;
+}
+
+std::string gf_svgCircle(PagePoint centre, double radius, std::string_view style)
+{
+    return format("<circle cx='{:.1f}' cy='{:.1f}' r='{:.1f}' {}/>\n", centre.x, centre.y, radius, style);
+}
+
+std::string gf_svgBox(const PageBox& box, std::string_view style)
+{
+    return format("<rect x='{:.1f}' y='{:.1f}' width='{:.1f}' height='{:.1f}' {}/>\n", box.left, box.top,
+                  box.width, box.height, style);
+}
+
+std::string gf_svgSymbol(std::string_view path, PagePoint at, double turnDeg, double scale,
+                         std::string_view style)
+{
+    return format("<path transform='translate({:.1f},{:.1f}) rotate({:.1f}) scale({:.3f})' d='{}' {}/>\n",
+                  at.x, at.y, turnDeg, scale, path, style);
+}
+
+std::string gf_svgPage(double width, double height, std::string_view css, std::string_view content)
+{
+    return format(
+        "<svg xmlns='http://www.w3.org/2000/svg' width='{0}' height='{1}' viewBox='0 0 {0} {1}'>\n"
+        "<style>text{{font-family:'DejaVu Sans',Verdana,sans-serif}}polyline{{fill:none}}{2}</style>\n"
+        "{3}</svg>\n",
+        width, height, css, content);
+}
+
+PagePoint gf_onPage(const SvgMap& map, LatLon place)
+{
+    const double way = distNm(map.centre, place) * kMetresPerNm * map.pagePerM;
+    const double angle = bearing(map.centre, place);
+    return {map.frame.left + map.frame.width / 2 + way * std::sin(angle),
+            map.frame.top + map.frame.height / 2 - way * std::cos(angle)};
 }
 
 }  // namespace vlt

@@ -1,6 +1,6 @@
-// Drawing of a map as SVG: a frame on the page that shows the surroundings of a place.
+// Drawing as SVG: the elements of a page, and a map that shows the surroundings of a place on it.
 //
-// A SvgMap belongs to whoever made it; one thread.
+// Pure functions that give texts; any thread. Lengths on the page in its own units.
 #pragma once
 
 #include "traffic/geodesy.h"
@@ -16,32 +16,46 @@ struct PagePoint {
     double y = 0;
 };
 
-// A square frame of the page, north up.
-struct SvgMap {
+struct PageBox {
     double left = 0;
     double top = 0;
-    double side = 0;  // of the square, page units
-    LatLon centre;
-    double radiusNm = 0;  // from the centre to each edge
+    double width = 0;
+    double height = 0;
 };
+bool gf_isInside(const PageBox& box, PagePoint point);
 
+// Elements. `style` is further attributes, such as "class='row'". Any text may be given: what XML can't hold
+// becomes "?".
+std::string gf_svgText(PagePoint at, std::string_view text, std::string_view style);
+std::string gf_svgLine(const std::vector<PagePoint>& points, std::string_view style);
+// A line whose style changes on the way: each piece begins where the one before it ended.
+struct StyledPoint {
+    PagePoint at;
+    std::string style;
+};
+std::string gf_svgPieces(const std::vector<StyledPoint>& points);
+std::string gf_svgCircle(PagePoint centre, double radius, std::string_view style);
+std::string gf_svgBox(const PageBox& box, std::string_view style);
+
+// A path around its own origin, turned clockwise, enlarged, and moved to `at`.
+std::string gf_svgSymbol(std::string_view path, PagePoint at, double turnDeg, double scale,
+                         std::string_view style);
+
+// An aircraft from above, nose up, with a length and a span of 20 units.
+inline constexpr std::string_view kPlanePath =
+    "M0,-10 L1.6,-5 L1.6,-1.5 L10,3.5 L10,5.5 L1.6,3 L1.2,7 L4,9 L4,10 L0,9 "
+    "L-4,10 L-4,9 L-1.2,7 L-1.6,3 L-10,5.5 L-10,3.5 L-1.6,-1.5 L-1.6,-5 Z";
+inline constexpr double kPlaneLength = 20;
+
+// The document.
+std::string gf_svgPage(double width, double height, std::string_view css, std::string_view content);
+
+// A part of the page, north up.
+struct SvgMap {
+    PageBox frame;
+    LatLon centre;        // in the middle of the frame
+    double pagePerM = 1;  // page units to a metre
+};
 PagePoint gf_onPage(const SvgMap& map, LatLon place);
-bool gf_inFrame(const SvgMap& map, PagePoint point);
-double gf_pagePerNm(const SvgMap& map);
-
-// "x,y" with a tenth of a unit.
-std::string gf_pair(PagePoint point);
-
-// A text safe between tags and in attributes; bytes that XML can't hold become "?".
-std::string gf_xmlText(std::string_view text);
-
-// The colour of a height in feet, on the ground apart: from blue on the ground over green to red.
-std::string gf_heightColour(double feet, bool onGround);
-
-// Boxes on the page that must not overlap: where labels are.
-struct PageBox {
-    double left = 0, top = 0, right = 0, bottom = 0;
-};
-bool gf_overlaps(const PageBox& a, const PageBox& b);
 
 }  // namespace vlt

@@ -3,6 +3,7 @@
 // The command lines stand here; what a subcommand does stands in the file of its name beside this one.
 #include "tools/decode.h"
 #include "tools/match.h"
+#include "tools/picture.h"
 #include "tools/publish.h"
 #include "tools/replay.h"
 #include "tools/stand.h"
@@ -87,6 +88,15 @@ static void lf_addMatch(CLI::App& tool)
             options.query = *query;
         }
     });
+}
+
+static void lf_addPicture(CLI::App& tool)
+{
+    const auto [app, options] =
+        lf_add(tool, "picture", "draw how aircraft moved in a replay of the built-in day", gf_picture);
+    app.add_option("--world", options->world, "folder of the plain tables")->capture_default_str();
+    app.add_option("--out", options->out, "folder of the pictures")->capture_default_str();
+    app.add_option("--seconds", options->seconds, "of the replay")->capture_default_str();
 }
 
 // A subcommand that makes a file from the world folder in the out folder.
@@ -200,6 +210,7 @@ int main(int argc, char** argv)
         tool.require_subcommand(1);
         lf_addDecode(tool);
         lf_addMatch(tool);
+        lf_addPicture(tool);
         lf_addPublish(tool);
         lf_addReplay(tool);
         lf_addStand(tool);

@@ -34,9 +34,9 @@ static std::filesystem::path lf_writeDayAirport(const ReplayToolOptions& options
     throw std::runtime_error(format("{} has no airport {}", options.replay.world.string(), kDayAirportCode));
 }
 
-static void lf_resolve(ReplayToolOptions& options)
+ReplayOptions gf_replayOptions(const ReplayToolOptions& options)
 {
-    ReplayOptions& replay = options.replay;
+    ReplayOptions replay = options.replay;
     const bool day = options.recording.empty();
     if (day && replay.airportFile.empty()) {
         replay.airportFile = lf_writeDayAirport(options);
@@ -54,18 +54,18 @@ static void lf_resolve(ReplayToolOptions& options)
     replay.terrain.originLat = replay.user.lat;
     replay.terrain.slopeFtPerNm = options.slopePercent * kFeetPerPercent;
     replay.terrain.elevation = options.elevation.value_or(day ? kDayElevation : 0);
+    return replay;
 }
 
-int gf_replayToFiles(const ReplayToolOptions& given)
+int gf_replayToFiles(const ReplayToolOptions& options)
 {
-    ReplayToolOptions options = given;
-    lf_resolve(options);
+    const ReplayOptions replay = gf_replayOptions(options);
     DayOptions day;
-    day.seed = options.replay.seed;
-    day.world = options.replay.world;
+    day.seed = replay.seed;
+    day.world = replay.world;
     const FeedSource feed = options.recording.empty() ? FeedSource(day) : FeedSource(options.recording);
     ReplayRecorder recorder(options.out, options.every, !options.noEvents);
-    const ReplayResult result = gf_replay(feed, options.replay, &recorder);
+    const ReplayResult result = gf_replay(feed, replay, &recorder);
     gf_writeReplay(result, options.out);
     const nlohmann::ordered_json told = {
         {"out", options.out.string()},

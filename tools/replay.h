@@ -23,8 +23,12 @@ struct ReplayToolOptions {
     bool noEvents = false;
 };
 
+// What the replay itself needs. Writes the built-in day's airport file to the folder `out` where none is
+// given. Throws if a recording comes without the user's place.
+ReplayOptions gf_replayOptions(const ReplayToolOptions& options);
+
 // Writes the results to the folder `out` and prints one JSON line. The exit code: 2 if something was that
-// must never be. Throws if a recording comes without the user's place.
+// must never be. Throws as gf_replayOptions does, and if a file can't be written.
 int gf_replayToFiles(const ReplayToolOptions& options);
 
 }  // namespace vlt

@@ -3,6 +3,7 @@
 #include "standin/installed_titles.h"
 #include "standin/motion_breaks.h"
 #include "standin/picture.h"
+#include "standin/picture_motion.h"
 #include "support/temp_folder.h"
 #include "test_client.h"
 #include "traffic/geodesy.h"
@@ -141,7 +142,7 @@ TEST(Summary, tellsAndDrawsAFlightWhateverItsNames)
 
     Chart chart;
     chart.title = "A & B <C>";
-    chart.airport = gf_dayChartAirport();
+    chart.atDayAirport = true;
     chart.user = {47.6, 11.5};
     chart.lives = simulator.lives();
     ASSERT_EQ(1u, chart.lives.size());
@@ -153,6 +154,48 @@ TEST(Summary, tellsAndDrawsAFlightWhateverItsNames)
     EXPECT_FALSE(document.select_nodes("//*[local-name()='text' and text()='DLH<1>?']").empty());
     EXPECT_FALSE(document.select_nodes("//*[local-name()='polyline']").empty());
     EXPECT_TRUE(document.load_string(gf_trafficSvg({}).c_str())) << "nobody there";
+}
+
+// An aircraft that lands, parks, is pushed back and takes off again, half a minute for each.
+static MotionTrack lf_turnaround()
+{
+    const StState phases[] = {StState::Flying,      StState::Taxi,       StState::Parking, StState::Parked,
+                              StState::PushingBack, StState::PushedBack, StState::Taxi,    StState::TakeOff};
+    MotionTrack track{"A&B <1>", 36, {}, {{100, {47.6, 11.5}}}};
+    for (int second = 0; second < 240; ++second) {
+        const StState st = phases[second / 30];
+        const bool airborne = st == StState::Flying || st == StState::TakeOff;
+        track.looks.push_back({static_cast<double>(second),
+                               {47.6, 11.5 + second * 1e-5},
+                               airborne ? 2000.0 : 1608.0,
+                               80,
+                               0,
+                               second < 60 || second > 200 ? 130.0 : 5.0,
+                               st,
+                               !airborne});
+    }
+    return track;
+}
+
+TEST(MotionPictures, drawTheFirstWhoDidIt)
+{
+    MotionTrack later = lf_turnaround();
+    later.name = "LATER";
+    for (MotionLook& look : later.looks) {
+        look.time += 20;
+    }
+    const std::vector<MotionPicture> pictures = gf_motionPictures({later, lf_turnaround()});
+    ASSERT_EQ(5U, pictures.size());
+    for (const MotionPicture& picture : pictures) {
+        pugi::xml_document document;
+        EXPECT_TRUE(document.load_string(picture.svg.c_str())) << picture.name;
+        EXPECT_EQ(std::string::npos, picture.svg.find("nan")) << picture.name;
+        EXPECT_NE(std::string::npos, picture.svg.find(">A&amp;B &lt;1&gt;")) << picture.name;
+    }
+    EXPECT_NE(std::string::npos, pictures[1].svg.find("touchdown at 30.00 s"));
+    EXPECT_NE(std::string::npos, pictures[3].svg.find("rotation at 210.00 s"));
+    later.looks.resize(100);
+    EXPECT_THROW(gf_motionPictures({later}), std::runtime_error) << "nobody is pushed back";
 }
 
 TEST(InstalledTitles, readsRowsByTheirHeaderAndLeavesBadOnesOut)
