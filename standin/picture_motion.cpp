@@ -20,7 +20,7 @@ constexpr double kPageWidth = 900;
 constexpr double kPageHeight = 560;
 constexpr PageBox kDiagram{76, 46, 608, 430};
 constexpr double kLegendLeft = 708;
-constexpr double kDelay = 30;  // seconds from a report to its due time
+constexpr double kDelay = static_cast<double>(kReplayDelayTicks) / kTicksPerSecond;  // seconds
 
 constexpr const char* kInk = "#1d2733";
 constexpr const char* kBlue = "#1f6fb4";
