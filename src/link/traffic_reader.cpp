@@ -382,6 +382,12 @@ LineOutcome TrafficReader::decodeLine()
     if (!lf_inRange({centreLat, centreLon}, position, lateralRangeNm)) {
         return LineOutcome::OutOfRange;
     }
+    return decodeNear(position);
+}
+
+// A line whose position can concern the user.
+LineOutcome TrafficReader::decodeNear(LatLon position)
+{
     cutFields(kPlacesRead);
     field(kCategory);
     if (field(kTail).size() > kLongestTail) {

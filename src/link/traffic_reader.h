@@ -75,6 +75,7 @@ private:
     std::optional<double> knownElevation() const;
     LineOutcome processLine();
     LineOutcome decodeLine();
+    LineOutcome decodeNear(LatLon position);
     LineOutcome takeIdentity();
     LineOutcome takeCallsign();
     LineOutcome judgeGround() const;
