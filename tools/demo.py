@@ -6,7 +6,6 @@ picture of the traffic is as it should be.
 """
 import argparse
 import json
-import os
 import shutil
 import signal
 import subprocess
@@ -14,67 +13,38 @@ import sys
 import time
 from pathlib import Path
 
+from machine import Machine
+
 ROOT = Path(__file__).resolve().parent.parent
 INSTALL = ROOT / "build" / "install"
 DEMO = ROOT / "build" / "demo"
-PROGRAM = DEMO / "program"  # the installed program, in a folder that may be written to
 LEAST_OBJECTS = 15  # within the 10 nm that the automatic range leaves around the airport
 SET_UP_SECONDS = 6  # from the creation of an object to its first move, at most
 
 
-def prepare(world: Path) -> dict:
-    """A fresh machine of its own for the demo: folders, an installed simulator, a download server's files."""
+def prepare(world: Path) -> Machine:
+    """A fresh machine of its own for the demo, whose user wants parking at the world's airport."""
     shutil.rmtree(DEMO, ignore_errors=True)
-    for folder in ("appdata", "documents", "public", "runtime", "server", "drive_c/Prepar3D v5/Scenery"):
-        (DEMO / folder).mkdir(parents=True)
-    (DEMO / "appdata" / "registry.ini").write_text(
-        "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Lockheed Martin\\Prepar3D v5]\nSetupPath=C:\\Prepar3D v5\n")
-    environment = dict(
-        os.environ,
-        VELATRA_APPDATA=str(DEMO / "appdata"),
-        VELATRA_DOCUMENTS=str(DEMO / "documents"),
-        VELATRA_PUBLIC_DOCUMENTS=str(DEMO / "public"),
-        VELATRA_RUNTIME=str(DEMO / "runtime"),
-        VELATRA_DRIVE_C=str(DEMO / "drive_c"),
-    )
-    for folder in ("output", "input/my_regcodes", "airports"):
-        (PROGRAM / folder).mkdir(parents=True)
-    (PROGRAM / "docs").symlink_to(INSTALL / "docs")
-    (PROGRAM / "airports" / "my_park_airports.txt").write_text("XVEL\n")
-    publish(world, PROGRAM / "output", "liveries")
-    publish(world, PROGRAM / "airports_p3d.xml", "catalogue", "--base", INSTALL / "airports_p3d.xml")
-    for what in ("dbase", "regcodes", "airport-files"):
-        publish(world, DEMO / "server", what)
-    return environment
+    machine = Machine(DEMO, INSTALL, world)
+    machine.publish(INSTALL / "airports_p3d.xml")
+    (machine.program / "airports").mkdir()
+    (machine.program / "airports" / "my_park_airports.txt").write_text("XVEL\n")
+    return machine
 
 
-def publish(world: Path, out: Path, what: str, *more):
-    subprocess.run([INSTALL / "velatra-tool", "publish", what, "--world", world, "--out", out, *more], check=True,
-                   stdout=subprocess.DEVNULL)
-
-
-def start_world(options: argparse.Namespace, environment: dict) -> tuple[subprocess.Popen, dict]:
-    command = [INSTALL / "velatra-standin", "--world", options.world, "--seconds", str(options.seconds), "--out", DEMO,
-               "--serve", DEMO / "server", "--http-port", "0", "--ground-elevation", str(options.ground),
-               "--user-lat", str(options.user[0]), "--user-lon", str(options.user[1]),
-               "--user-alt", str(options.user[2])]
+def start_world(machine: Machine, options: argparse.Namespace) -> subprocess.Popen:
+    arguments = ["--seconds", options.seconds, "--ground-elevation", options.ground, "--user-lat", options.user[0],
+                 "--user-lon", options.user[1], "--user-alt", options.user[2]]
     if options.recording:
-        command += ["--recording", options.recording, "--from", str(options.start)]
-    else:
-        command += ["--builtin-day"]
-    standin = subprocess.Popen([str(c) for c in command], env=environment, stdout=subprocess.PIPE, text=True,
-                               stderr=(DEMO / "standin.err").open("w"))
-    ready = json.loads(standin.stdout.readline())
-    return standin, ready
+        arguments += ["--recording", options.recording.resolve(), "--from", options.start]
+    return machine.start_world(*arguments, stderr=(DEMO / "standin.err").open("w"))[0]
 
 
 def run(options: argparse.Namespace) -> int:
-    environment = prepare(options.world)
-    standin, ready = start_world(options, environment)
-    environment["VELATRA_SERVER"] = f"http://127.0.0.1:{ready['http']}/"
-    velatra = subprocess.Popen([INSTALL / "velatra", "--headless", "--status", "5"], cwd=PROGRAM, env=environment,
-                               stdout=(DEMO / "velatra.out").open("w"), stderr=subprocess.STDOUT)
+    machine = prepare(options.world.resolve())
     try:
+        standin = start_world(machine, options)
+        velatra = machine.start_velatra(5, stdout=(DEMO / "velatra.out").open("w"))
         deadline = time.monotonic() + options.seconds - 2
         while time.monotonic() < deadline and velatra.poll() is None and standin.poll() is None:
             time.sleep(0.2)
@@ -82,9 +52,7 @@ def run(options: argparse.Namespace) -> int:
         code = velatra.wait(10)
         standin.wait(30)
     finally:
-        for process in (velatra, standin):
-            if process.poll() is None:
-                process.kill()
+        machine.close()
     return code
 
 
@@ -132,7 +100,7 @@ def judge(code: int, builtin_day: bool) -> int:
 def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--seconds", type=int, default=120, help="of the whole run")
-    parser.add_argument("--recording", help="play this recording instead of the built-in day")
+    parser.add_argument("--recording", type=Path, help="play this recording instead of the built-in day")
     parser.add_argument("--start", type=float, default=0, help="seconds of the recording to begin at")
     parser.add_argument("--world", type=Path, default=ROOT / "data" / "world")
     parser.add_argument("--user", type=float, nargs=3, default=(47.6, 11.5, 12000), metavar=("LAT", "LON", "FEET"))

@@ -35,39 +35,46 @@ def line(**changes):
     return ",".join(places)
 
 
-def test_decode():
-    def outcome(text, *options):
-        last = call(["decode", "--user", "47", "8", *options], text + "\n")[-1]
-        return last.get("dropped", "record")
+def decode(lines, *options):
+    answers = call(["decode", *options], "".join(text + "\n" for text in lines))
+    expect("each line is answered", len(lines), len(answers))
+    return answers
 
-    park = ("--park", "47", "8", "500")
-    null_island = ("--user", "0", "0")
-    for what, text, options, expected in (
-            ("vehicle", line(p16="X VEH"), (), "a ground vehicle"),
-            ("tail of 12", line(p11="A" * 12), (), "record"),
-            ("tail of 13", line(p11="A" * 13), (), "the registration is too long"),
-            ("hexid 10000", line(p1="10000"), (), "the address is too low"),
-            ("hexid 10001", line(p1="10001"), (), "record"),
-            ("hexid overflows", line(p1="4294967296"), (), "a field is missing or unreadable"),
-            ("C2", line(p28="C2"), (), "not an aircraft by category or type"),
-            ("GLID without category", line(p28="null", p10="GLID"), (), "record"),
-            ("1000 ft at 30 kt", line(p4="1000", p8="30"), (), "on the ground without a park airport"),
-            ("560 ft at 75 kt", line(p4="560", p8="75"), park, "record"),
-            ("ground away from the airport", line(p4="0", p2="47.2"), park, "on the ground away from the park airport"),
-            ("@ without tail", line(p9="A@B", p11="null"), (), "neither call sign nor registration"),
-            ("short line", "RTTFC,1,2,3", (), "a field is missing or unreadable"),
-            ("repeated, elsewhere", line() + "\n" + line(), (), "the same as the datagram before"),
-            ("repeated, here", line() + "\n" + line(), ("--here",), "record")):
-        expect(what, expected, outcome(text, *options))
-    expect("null position", "no valid position",
-           call(["decode", *null_island], line(p2="0.0005", p3="0.01") + "\n")[0].get("dropped"))
-    low, high = call(["decode", "--user", "47", "8", *park],
-                     line(p4="560", p8="75") + "\n" + line(p4="600", p8="75") + "\n")
+
+def test_decode():
+    airborne = ("--user", "47", "8")
+    park = (*airborne, "--park", "47", "8", "500")
+    repeated = line(p14="1717665812.8")
+    for options, cases in (
+            (airborne, (
+                ("vehicle", line(p16="X VEH"), "a ground vehicle"),
+                ("tail of 12", line(p11="A" * 12), "record"),
+                ("tail of 13", line(p11="A" * 13), "the registration is too long"),
+                ("hexid 10000", line(p1="10000"), "the address is too low"),
+                ("hexid 10001", line(p1="10001"), "record"),
+                ("hexid overflows", line(p1="4294967296"), "a field is missing or unreadable"),
+                ("C2", line(p28="C2"), "not an aircraft by category or type"),
+                ("GLID without category", line(p28="null", p10="GLID"), "record"),
+                ("1000 ft at 30 kt", line(p4="1000", p8="30"), "on the ground without a park airport"),
+                ("@ without tail", line(p9="A@B", p11="null"), "neither call sign nor registration"),
+                ("short line", "RTTFC,1,2,3", "a field is missing or unreadable"),
+                ("once", repeated, "record"),
+                ("repeated, elsewhere", repeated, "the same as the datagram before"))),
+            ((*airborne, "--here"), (
+                ("once", repeated, "record"),
+                ("repeated, here", repeated, "record"))),
+            (("--user", "0", "0"), (
+                ("null position", line(p2="0.0005", p3="0.01"), "no valid position"),)),
+            (park, (
+                ("ground away from the airport", line(p4="0", p2="47.2"), "on the ground away from the park airport"),))):
+        answers = decode([text for _, text, _ in cases], *options)
+        for (what, _, expected), answer in zip(cases, answers):
+            expect(what, expected, answer.get("dropped", "record"))
+    low, high, zero = decode([line(p4="560", p8="75"), line(p4="600", p8="75"), line(p7="0", p17="adsb_icao", p25="0")], *park)
     expect("560 ft is on the ground", False, low["record"]["airborne"])
     expect("600 ft is in the air", True, high["record"]["airborne"])
-    heading = call(["decode", "--user", "47", "8"], line(p7="0", p17="adsb_icao", p25="0") + "\n")[0]["record"]
-    expect("a heading of 0 is 2 pi", True, abs(heading["heading"] - 6.283185307179586) < 1e-12)
-    expect("and a track of 0 is 360", 360.0, heading["track"])
+    expect("a heading of 0 is 2 pi", True, abs(zero["record"]["heading"] - 6.283185307179586) < 1e-12)
+    expect("and a track of 0 is 360", 360.0, zero["record"]["track"])
 
 
 def test_match(folder):
@@ -76,25 +83,30 @@ def test_match(folder):
     with (WORLD / "liveries.csv").open() as file:
         liveries = list(csv.DictReader(file))
     files = ["match", "--dbase", folder / "dbase.zip", "--liveries", folder / "LiveriesScanned.xml", "--no-random"]
-
-    def match(*options):
-        return call([*files, *options], "")[0]
-
     own = next(row for row in liveries if row["atcid"])
-    expect("unknown registration at depth 1", None, match("--airline", "BAW", "--model", "A319", "--depth", "1")["title"])
-    by_registration = match("--airline", "XXX", "--model", "ZZZ9", "--regcode", own["atcid"], "--depth", "1")
-    expect("its own registration wins over all", (1, own["title"]), (by_registration["step"], by_registration["title"]))
-    expect("airline and model", 2, match("--airline", "BAW", "--model", "A319")["step"])
-    expect("private", 4, match("--airline", "PVT", "--model", "C172")["step"])
-    expect("a large one of nobody's", None, match("--airline", "XXX", "--model", "A124")["title"])
-    refused = match("--airline", "BAW", "--model", "A319")["title"]
-    expect("refused before", None, match("--airline", "BAW", "--model", "A319", "--refused", refused)["title"])
     pax_only = next(row for row in liveries if row["cargo"] in ("0", "false", "") and not row["atcid"]
                     and row["airl"] not in ("ZZZ", "PVT") and not any(
                         other["airl"] == row["airl"] and other["type"] == row["type"] and other is not row
                         for other in liveries))
-    cargo = match("--airline", pax_only["airl"], "--model", pax_only["type"], "--cargo")
-    expect("cargo takes the airline's passenger livery", (2, pax_only["title"]), (cargo["step"], cargo["title"]))
+    # A query in the options, the others as lines.
+    first = call([*files, "--airline", "BAW", "--model", "A319"], "")[0]
+    cases = (
+        ("unknown registration at depth 1", {"airline": "BAW", "model": "A319", "depth": 1}, None, None),
+        ("its own registration wins over all",
+         {"airline": "XXX", "model": "ZZZ9", "regcode": own["atcid"], "depth": 1}, 1, own["title"]),
+        ("airline and model", {"airline": "BAW", "model": "A319"}, 2, first["title"]),
+        ("private", {"airline": "PVT", "model": "C172"}, 4, ...),
+        ("a large one of nobody's", {"airline": "XXX", "model": "A124"}, None, None),
+        ("refused before", {"airline": "BAW", "model": "A319", "refused": [first["title"]]}, None, None),
+        ("cargo takes the airline's passenger livery",
+         {"airline": pax_only["airl"], "model": pax_only["type"], "cargo": True}, 2, pax_only["title"]))
+    answers = call(files, "".join(json.dumps(query) + "\n" for _, query, _, _ in cases))
+    expect("each query is answered", len(cases), len(answers))
+    for (what, _, step, title), answer in zip(cases, answers):
+        if step is not None:
+            expect(what, step, answer["step"])
+        if title is not ...:
+            expect(what, title, answer["title"])
 
 
 with tempfile.TemporaryDirectory(prefix="velatra-tools-") as scratch:
