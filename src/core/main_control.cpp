@@ -16,6 +16,7 @@
 #include "liveries/scan_results.h"
 #include "platform/paths_form.h"
 #include "platform/user_messages.h"
+#include "sim/dispatch.h"
 #include "traffic/auto_range.h"
 #include "traffic/flight_plan.h"
 
@@ -172,6 +173,7 @@ static void lf_closeDown()
     if (exitReason == ExitReason::SystemError) {
         lf_waitForUser();
     }
+    gf_requestNoteStand();  // the SimClient may not have come to its own end yet
     gf_noteUserStand();
     lf_forgetForNextRun();
     writeMatchingSummary();

@@ -227,7 +227,6 @@ void TrafficReader::reset()
 void TrafficReader::onStarted()
 {
     state = FeedState::Receiving;
-    weatherFeedState = FeedState::Receiving;
 }
 
 void TrafficReader::onStopped()

@@ -90,7 +90,7 @@ private:
 };
 
 extern TrafficReader trafficReader;
-extern SharedValue<FeedState> weatherFeedState;  // of the feed that brings the weather, beside the traffic's
+extern SharedValue<FeedState> weatherFeedState;  // of the weather's feed: stopped as long as nothing reads it
 
 // Starts the Traffic Reader's thread.
 std::jthread startTrafficReader(uint16_t port);

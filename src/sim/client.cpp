@@ -41,6 +41,7 @@ void gf_resetSimClient()
 
 bool gf_openSim()
 {
+    gf_beginConversation();
     SimHandle handle = nullptr;
     if (SimConnect_Open(&handle, kProgramName, 0) != kSimOk) {
         return false;
@@ -100,6 +101,7 @@ static void lf_noteStandstill()
     display.sim.running = false;
 }
 
+// The loop itself has failed.
 static void lf_connectionLost()
 {
     lf_noteStandstill();
@@ -109,17 +111,30 @@ static void lf_connectionLost()
     gf_requestStop(ExitReason::SimWasClosed, 0);
 }
 
-// Dispatches until the token stops it or the connection breaks.
-static void lf_dispatchLoop(const std::stop_token& token)
+// The connection is broken. While the flight runs the worker's next request fails, and tells; after the
+// simulator's quit nothing is asked, and nothing is missing. In between nobody else would ever notice.
+static void lf_onBroken()
+{
+    if (!simRunning && !simHasQuit && !simRequestFailed) {
+        raiseRequestError();
+    }
+}
+
+// Dispatches until the token stops it. False if the connection broke before its opening message: as good as
+// none.
+static bool lf_dispatchLoop(const std::stop_token& token)
 {
     const FineTimer oneMillisecond;
     while (!token.stop_requested()) {
         if (!gf_dispatchSim()) {
-            lf_connectionLost();
-            return;
+            if (!simHasOpened) {
+                return false;
+            }
+            lf_onBroken();
         }
         std::this_thread::sleep_for(kPollPause);
     }
+    return true;
 }
 
 static void lf_clientLoop(const std::stop_token& token)
@@ -130,9 +145,7 @@ static void lf_clientLoop(const std::stop_token& token)
             showMessage(format("Waiting for Prepar3Dv{} ...", gf_expectedSimVersion()), true);
             told = true;
         }
-        if (gf_openSim()) {
-            lf_dispatchLoop(token);
-        } else {
+        if (!gf_openSim() || !lf_dispatchLoop(token)) {
             gf_closeSim();
             gf_sleepUnlessStopping(kRetryPause);
         }

@@ -91,11 +91,8 @@ static constexpr ClientEvent kClientEvents[] = {
 static_assert(std::size(kClientEvents) == THROTTLE_SET - BEACON_LIGHTS_SET + 1,
               "every client event is mapped");
 
-static bool lf_mapClientEvent(SimHandle handle, const ClientEvent& event)
+static bool lf_addToGroup(SimHandle handle, const ClientEvent& event)
 {
-    if (SimConnect_MapClientEventToSimEvent(handle, event.id, event.name) != kSimOk) {
-        return false;
-    }
     return event.id == ENGINE_AUTO_START ||
            SimConnect_AddClientEventToNotificationGroup(handle, kEventGroup, event.id, true) == kSimOk;
 }
@@ -109,9 +106,12 @@ bool gf_defineEverything(SimHandle handle)
         subscribed && std::ranges::all_of(kDefinitionEntries, [handle](const DefinitionEntry& e) {
             return SimConnect_AddToDataDefinition(handle, e.definition, e.variable, e.unit, e.type) == kSimOk;
         });
-    return defined &&
+    const bool mapped = defined && std::ranges::all_of(kClientEvents, [handle](const ClientEvent& e) {
+                            return SimConnect_MapClientEventToSimEvent(handle, e.id, e.name) == kSimOk;
+                        });
+    return mapped &&
            std::ranges::all_of(kClientEvents,
-                               [handle](const ClientEvent& e) { return lf_mapClientEvent(handle, e); }) &&
+                               [handle](const ClientEvent& e) { return lf_addToGroup(handle, e); }) &&
            SimConnect_SetNotificationGroupPriority(handle, kEventGroup, kHighestPriority) == kSimOk;
 }
 

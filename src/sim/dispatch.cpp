@@ -31,6 +31,8 @@ std::atomic<int32_t> wantedSimVersion{5};
 std::atomic<bool> userOnGroundKnown{false};
 std::atomic<bool> noteStandRequested{false};
 std::vector<uint32_t> addedObjects;
+bool simHasOpened = false;
+bool simHasQuit = false;
 
 static uint32_t framesSeen = 0;  // [simClient]
 static LatLon userPrevPosition;  // [simClient] of the report before
@@ -133,6 +135,7 @@ static std::string lf_lettersDigitsBlanks(std::string_view text)
 
 static void lf_onOpen(PacketReader& body)
 {
+    simHasOpened = true;
     const std::string application = lf_lettersDigitsBlanks(body.text(kSimNameWidth));
     if (application.empty()) {
         logLine("! Simulator name empty?");
@@ -360,6 +363,7 @@ static void lf_dispatch(uint32_t id, PacketReader& body)
     case SimMessageId::Open:
         return lf_onOpen(body);
     case SimMessageId::Quit:
+        simHasQuit = true;
         simRunning = false;
         display.sim.running = false;
         return;
@@ -396,8 +400,15 @@ void gf_dispatchMessage(std::span<const std::byte> message)
     }
 }
 
+void gf_beginConversation()
+{
+    simHasOpened = false;
+    simHasQuit = false;
+}
+
 void gf_resetDispatch()
 {
+    gf_beginConversation();
     addedObjects.clear();
     userOnGroundKnown = false;
     noteStandRequested = false;

@@ -17,11 +17,17 @@ extern std::atomic<bool> userOnGroundKnown;    // [atomic] SimClient: the first 
 extern std::atomic<bool> noteStandRequested;   // [atomic] SimClient: the user's stand is to be noted
 extern std::vector<uint32_t> addedObjects;     // [simClient] announced, not yet seen in a data reply
 
+extern bool simHasOpened;  // [simClient] the connection's opening message has come
+extern bool simHasQuit;    // [simClient] the simulator has said that it goes
+
 // One message from the simulator. Throws UserErrorException where the user must read why we stop.
 void gf_dispatchMessage(std::span<const std::byte> message);
 
 // Asks the worker to note the user's stand, if the user stands: the flight ends, or another begins.
 void gf_requestNoteStand();
+
+// A new connection: neither opening nor quit message has come.
+void gf_beginConversation();
 
 // As at the start of a run.
 void gf_resetDispatch();

@@ -90,6 +90,16 @@ def end_world(machine: Machine, world: subprocess.Popen) -> dict:
     return summary
 
 
+def simulators_pipe(machine: Machine) -> socket.socket:
+    """The end of the simulator's pipe, to play a simulator that misbehaves."""
+    path = machine.folder / "runtime" / "pipe" / "Lockheed Martin Prepar3D v5" / "SimConnect"
+    path.parent.mkdir(parents=True)
+    server = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
+    server.bind(str(path))
+    server.listen()
+    return server
+
+
 def nothing_is_left_of_downloads(machine: Machine):
     leftovers = [p.name for p in machine.program.rglob("*") if p.suffix in (".part", ".zip", ".new")]
     assert not leftovers, leftovers
@@ -180,25 +190,64 @@ def over_the_network_the_configuration_leads_to_the_simulator(machine: Machine):
         assert stop(velatra) == 0
 
 
-def a_killed_simulator_ends_the_program(machine: Machine):
+def after_a_broken_connection_it_waits_again(machine: Machine, velatra: subprocess.Popen):
+    wait_for_line(velatra, "SimConnect request error")
+    wait_for_line(velatra, "Restarting after 9 seconds")
+    wait_for_line(velatra, "Waiting for Prepar3Dv5 ...")
+    assert stop(velatra) == 0
+    log = machine.log()
+    assert -1 < log.find("Exiting: SIMCONNECT ERROR") < log.find("Exiting: USER CLOSED SIM")
+    assert "no longer connected" not in log
+
+
+def a_simulator_killed_in_traffic_is_waited_for_again(machine: Machine):
     world, _ = machine.start_world(*IN_THE_AIR)
     velatra = machine.start_velatra()
-    wait_for_status(velatra, lambda status: status["simRunning"])
+    wait_for_status(velatra, lambda status: status["live"] > 0)  # and more are on their way
     world.kill()
-    wait_for_line(velatra, "Flight Simulator no longer connected, Velatra will stop ...")
-    assert velatra.wait(20) == 0
-    assert "Exiting: SIM WAS CLOSED" in machine.log()
+    after_a_broken_connection_it_waits_again(machine, velatra)
 
 
-def a_simulator_that_says_goodbye_ends_the_program(machine: Machine):
+def a_simulator_killed_before_its_flight_runs_is_waited_for_again(machine: Machine):
+    """It opens the conversation, and goes without a word while nothing would be asked of it."""
+    opening = struct.pack("<III256s10I", 308, 4, 2, b"Lockheed Martin Prepar3D v5", 5, 4, 9, 1, 5, 4, 9, 1, 0, 0)
+    machine.start_world(*NO_FEED, "--no-simulator-for", 600)
+    with simulators_pipe(machine) as server:
+        velatra = machine.start_velatra()
+        client, _ = server.accept()
+        client.sendall(opening)
+        wait_for_line(velatra, "connected")
+        client.close()
+    after_a_broken_connection_it_waits_again(machine, velatra)
+
+
+def a_simulator_that_hangs_up_while_it_starts_is_tried_again(machine: Machine):
+    machine.start_world(*NO_FEED, "--no-simulator-for", 600)
+    with simulators_pipe(machine) as server:
+        velatra = machine.start_velatra()
+        for _ in range(2):
+            client, _ = server.accept()
+            time.sleep(0.2)
+            client.close()
+        wait_for_status(velatra, lambda status: True)
+        assert stop(velatra) == 0
+    log = machine.log()
+    assert "SimConnect request error" not in log and "no longer connected" not in log
+    assert log.count("Waiting for Prepar3Dv5") == 1
+
+
+def after_a_simulators_goodbye_it_stays_until_the_user_closes(machine: Machine):
     world, _ = machine.start_world(*NO_FEED, "--quit-at-end")
     velatra = machine.start_velatra()
     wait_for_line(velatra, "No traffic in this region?")
     end_world(machine, world)
-    wait_for_line(velatra, "Flight Simulator no longer connected, Velatra will stop ...")
-    assert velatra.wait(20) == 0
+    wait_for_status(velatra, lambda status: not status["simRunning"])
+    time.sleep(4)
+    assert velatra.poll() is None
+    assert stop(velatra) == 0
     log = machine.log()
-    assert -1 < log.find("Flight not running") < log.find("no longer connected") < log.find("Exiting: SIM WAS CLOSED")
+    assert -1 < log.find("Flight not running") < log.find("Exiting: USER CLOSED SIM")
+    assert "SimConnect request error" not in log and "no longer connected" not in log
 
 
 def without_a_server_the_error_stays_until_the_user_closes(machine: Machine):
@@ -235,12 +284,14 @@ def a_server_that_is_silent_does_not_hold_the_user(machine: Machine):
 SCENARIOS = (
     the_airport_around_the_user_is_known,
     traffic_appears_and_flies,
-    a_simulator_that_says_goodbye_ends_the_program,
+    after_a_simulators_goodbye_it_stays_until_the_user_closes,
+    a_simulator_killed_in_traffic_is_waited_for_again,
+    a_simulator_killed_before_its_flight_runs_is_waited_for_again,
     a_server_that_errs_leaves_an_error_and_no_files,
     without_its_file_the_park_airport_has_no_stands,
     over_the_network_the_configuration_leads_to_the_simulator,
     it_waits_for_the_simulator_and_ends_in_every_wait,
-    a_killed_simulator_ends_the_program,
+    a_simulator_that_hangs_up_while_it_starts_is_tried_again,
     without_a_server_the_error_stays_until_the_user_closes,
     a_second_instance_leaves_the_first_alone,
     a_server_that_is_silent_does_not_hold_the_user,

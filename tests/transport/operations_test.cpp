@@ -426,7 +426,7 @@ TEST_F(Operations, noteACancelledRead)
     const PipeServer pipe;
     gf_holdIoThread();
     auto connection = std::make_shared<SimConnection>(SimConfig{});
-    ASSERT_TRUE(connection->connect({SimRoad::Pipe, ".", kPipeName}));
+    ASSERT_FALSE(connection->connect({SimRoad::Pipe, ".", kPipeName}));
     EXPECT_TRUE(connection->close(CloseReason::None, kSimOk));
     while (connection->closeReason() == CloseReason::None) {
         std::this_thread::yield();

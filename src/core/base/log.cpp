@@ -14,6 +14,7 @@
 namespace vlt {
 
 static std::ofstream logStream;  // [logMutex]
+static int64_t lostLines = 0;    // [logMutex] since the last one that could be written
 
 static void lf_moveOlder(const std::filesystem::path& from, const std::filesystem::path& to)
 {
@@ -46,9 +47,16 @@ void gf_logEnd()
 void logLine(std::string_view text)
 {
     const std::scoped_lock lock(logMutex);
-    if (logStream.is_open()) {
-        logStream << text << '\n' << std::flush;
+    if (!logStream.is_open()) {
+        return;
     }
+    // A full disk may have room again: one line that fails mustn't silence all that follow.
+    logStream.clear();
+    if (lostLines > 0) {
+        logStream << format("({} line{} could not be written)\n", lostLines, gf_plural(lostLines));
+    }
+    logStream << text << '\n' << std::flush;
+    lostLines = logStream ? 0 : lostLines + 1;
 }
 
 void logLineTimed(std::string_view text)

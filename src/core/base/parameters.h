@@ -115,7 +115,7 @@ inline StringParameter afolders[10] = {  // extra airport folders
     {"afolder5", ""}, {"afolder6", ""}, {"afolder7", ""}, {"afolder8", ""}, {"afolder9", ""}};
 
 // Switches with a check box.                                          id     y
-inline Checkbox ALWAYS_ON_TOP            {"ALWAYS_ON_TOP",             true,  {32771, 147}};  // the window stays above others
+inline Checkbox ALWAYS_ON_TOP            {"ALWAYS_ON_TOP",             false, {32771, 147}};  // the window stays above others
 inline Checkbox GUID_CHANGES             {"GUID_CHANGES",              true,  {32773, 203}};  // respawn for a better livery
 inline Checkbox AEROWINX                 {"AEROWINX",                  false, {32775, 203}};  // PSX serves RealTraffic, not we
 inline Checkbox LEARN_SOFT               {"LEARN_SOFT",                true,  {32777, 175}};  // learn soft stands

@@ -25,6 +25,11 @@ static std::string_view lf_bareName(std::string_view name)
     return isPipe ? behindHost.substr(kPipeFolder.size()) : name;
 }
 
+bool gf_isPipeOfThisMachine(std::string_view pipeName)
+{
+    return !pipeName.starts_with("\\\\") || pipeName.starts_with("\\\\.\\");
+}
+
 std::filesystem::path gf_localPipeFile(std::string_view pipeName)
 {
     std::string name(lf_bareName(pipeName));

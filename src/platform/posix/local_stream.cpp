@@ -38,6 +38,9 @@ static std::error_code lf_connect(int file, const sockaddr_un& address, std::chr
 std::error_code gf_connectLocalStream(LocalStream& stream, std::string_view name,
                                       std::chrono::milliseconds busyLimit)
 {
+    if (!gf_isPipeOfThisMachine(name)) {
+        return std::make_error_code(std::errc::host_unreachable);
+    }
     const std::string path = gf_localPipeFile(name).string();
     sockaddr_un address{};
     address.sun_family = AF_UNIX;

@@ -1,5 +1,7 @@
 #include "sim/wire/transport/connection.h"
 
+#include "core/base/run_state.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -47,7 +49,8 @@ SimStatus SimConnection::dispatch(SimDispatchFunction function, void* context)
         return kSimFail;
     }
     std::vector<std::byte> packet;
-    while (true) {
+    // A server that floods must not hold the program's end back.
+    while (!gf_stopping()) {
         // Asked before the list: packets come before the end, so none can follow an end seen here.
         const bool ended = closeReason() != CloseReason::None;
         if (!takeIncoming(packet)) {
@@ -57,6 +60,7 @@ SimStatus SimConnection::dispatch(SimDispatchFunction function, void* context)
             m_dispatchFunction(packet, context);
         }
     }
+    return kSimOk;
 }
 
 std::shared_ptr<SimConnection> gf_findConnection(SimHandle handle)

@@ -31,7 +31,6 @@ void ReceiveBuffer::reset()
 {
     m_writeMark = 0;
     m_readMark = 0;
-    m_inGap = false;
 }
 
 void ReceiveBuffer::skipZeros()
@@ -39,12 +38,10 @@ void ReceiveBuffer::skipZeros()
     while (m_readMark < m_writeMark && m_buffer[m_readMark] == std::byte{0}) {
         ++m_readMark;
     }
-    // Zeros that come with a later read belong to the same gap, however few are left of it.
-    const bool gapGoesOn = m_readMark == m_writeMark;
-    if (gapGoesOn) {
+    // What comes with a later read is judged anew: a zero there may be the low byte of a size.
+    if (m_readMark == m_writeMark) {
         reset();
     }
-    m_inGap = gapGoesOn;
 }
 
 void ReceiveBuffer::makeRoom()
@@ -97,9 +94,6 @@ void ReceiveBuffer::takeBytes(size_t size)
 
 ReceiveBuffer::Taken ReceiveBuffer::take(uint32_t maxReceiveSize)
 {
-    if (m_inGap) {
-        skipZeros();
-    }
     while (m_writeMark - m_readMark >= kSizeBytes) {
         uint32_t size = 0;
         std::memcpy(&size, m_buffer.data() + m_readMark, kSizeBytes);

@@ -70,7 +70,6 @@ private:
     std::vector<std::byte> m_buffer;
     size_t m_writeMark = 0;
     size_t m_readMark = 0;
-    bool m_inGap = false;             // the last bytes were zeros between packets
     std::vector<std::byte> m_packet;  // grows, holds one packet
     size_t m_packetSize = 0;          // bytes of m_packet in use
 };

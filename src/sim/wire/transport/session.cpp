@@ -1,4 +1,7 @@
 // A conversation over the wire from opening to close, and how its packets are sent.
+#include "core/base/log.h"
+#include "core/base/run_state.h"
+#include "core/base/text.h"
 #include "sim/wire/packets.h"
 #include "sim/wire/send_packet.h"
 #include "sim/wire/simconnect.h"
@@ -65,18 +68,36 @@ static void lf_endIoThread()
     gf_releaseIoThread();
 }
 
+// Why a connection isn't made, once per change: the client tries every second.
+static void lf_logReason(const std::string& reason)
+{
+    static std::string last;  // [the connecting thread]
+    if (reason != last && !reason.empty()) {
+        logLine(format("no connection to the simulator:{}", reason));
+    }
+    last = reason;
+}
+
 static std::shared_ptr<SimConnection> lf_connect(const SimConfig& config)
 {
     std::shared_ptr<SimConnection> connection;
+    std::string reasons;
     const bool connected = gf_connectByChain(config, [&](const SimTarget& target) {
+        if (gf_stopping()) {
+            return false;  // an attempt may take seconds
+        }
         connection = std::make_shared<SimConnection>(config);
-        if (connection->connect(target)) {
+        const std::error_code error = connection->connect(target);
+        if (!error) {
             return true;
         }
+        reasons += format(" [{}{}: {}]", target.road == SimRoad::Pipe ? "" : target.host + " ", target.name,
+                          error.message());
         connection->close(CloseReason::None, kSimOk);
         connection.reset();
         return false;
     });
+    lf_logReason(connected || gf_stopping() ? "" : reasons);
     return connected ? connection : nullptr;
 }
 

@@ -39,16 +39,16 @@ SimTransport::SimTransport(const SimConfig& config)
 {
 }
 
-bool SimTransport::connect(const SimTarget& target)
+std::error_code SimTransport::connect(const SimTarget& target)
 {
     // Nobody else knows the object yet, so that the wait needs no lock.
-    if (m_stream.connect(target)) {
-        return false;
+    if (const std::error_code error = m_stream.connect(target)) {
+        return error;
     }
     start();
     const std::scoped_lock lock(m_stateMutex);
     postRead();
-    return true;
+    return {};
 }
 
 void SimTransport::start()
@@ -98,25 +98,35 @@ bool SimTransport::isOpen()
 
 void SimTransport::postRead()
 {
-    m_stream.readSome(
-        m_receiveBuffer.room(),
-        [self = shared_from_this()](std::error_code error, size_t count) { self->readDone(error, count); });
+    m_stream.readSome(m_receiveBuffer.room(),
+                      [self = shared_from_this()](std::error_code error, size_t count) {
+                          self->complete([&] { self->readDone(error, count); });
+                      });
+}
+
+// A completion that fails half-way would leave the connection open and deaf.
+template <typename Handle>
+void SimTransport::complete(Handle handle)
+{
+    const std::scoped_lock lock(m_stateMutex);
+    try {
+        handle();
+    } catch (const std::bad_alloc&) {
+        closeLocked(CloseReason::NoMemory, kStatusNoMemory);
+    } catch (const std::exception&) {
+        closeAfter({});
+    }
 }
 
 void SimTransport::readDone(std::error_code error, size_t count)
 {
-    const std::scoped_lock lock(m_stateMutex);
     // A closed stream: its owner closed it while this completion was on its way.
     if (error || !m_stream.isOpen()) {
         closeAfter(error);
         return;
     }
     m_receiveBuffer.filled(count);
-    try {
-        takePackets();
-    } catch (const std::bad_alloc&) {
-        closeLocked(CloseReason::NoMemory, kStatusNoMemory);
-    }
+    takePackets();
     if (m_stream.isOpen()) {
         postRead();
     }
@@ -171,14 +181,14 @@ void SimTransport::startNextWrite()
 
 void SimTransport::postWrite()
 {
-    m_stream.writeSome(
-        std::span<const std::byte>(m_writing).subspan(m_written),
-        [self = shared_from_this()](std::error_code error, size_t count) { self->writeDone(error, count); });
+    m_stream.writeSome(std::span<const std::byte>(m_writing).subspan(m_written),
+                       [self = shared_from_this()](std::error_code error, size_t count) {
+                           self->complete([&] { self->writeDone(error, count); });
+                       });
 }
 
 void SimTransport::writeDone(std::error_code error, size_t count)
 {
-    const std::scoped_lock lock(m_stateMutex);
     m_written += count;
     if (!error && m_written < m_writing.size() && m_stream.isOpen()) {
         postWrite();

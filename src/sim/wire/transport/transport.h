@@ -28,8 +28,8 @@ public:
     SimTransport(const SimTransport&) = delete;
     SimTransport& operator=(const SimTransport&) = delete;
 
-    // Connects, starts, and begins to read. False if nobody is there. Once in a connection's life.
-    bool connect(const SimTarget& target);
+    // Connects, starts, and begins to read; no error when somebody is there. Once in a connection's life.
+    std::error_code connect(const SimTarget& target);
     // Forgets what was received or is waiting to be sent, and marks the connection as open.
     void start();
     // Closes the stream. A reason other than None is kept with its status, for whoever asks next;
@@ -55,7 +55,11 @@ protected:
     virtual void packetReceived(std::span<const std::byte> packet) = 0;
 
 private:
-    // All below are called under stateMutex, but for the two `...Done`, which take it.
+    // Takes stateMutex for a completion; one that throws closes the connection with its reason.
+    template <typename Handle>
+    void complete(Handle handle);
+
+    // All below are called under stateMutex.
     bool closeLocked(CloseReason reason, SimStatus status);
     void closeAfter(std::error_code error);
     void takePackets();
