@@ -3,7 +3,7 @@
 #include "standin/virtual_simulator.h"
 
 #include "core/base/text.h"
-#include "standin/sim_exceptions.h"
+#include "sim/wire/exceptions.h"
 #include "traffic/geodesy.h"
 
 #include <algorithm>

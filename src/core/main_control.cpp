@@ -32,7 +32,6 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 
 static std::atomic<bool> runEndedInError{false};  // [atomic] worker
-static bool restarting = false;                   // [worker] the last run ended in a restart
 
 // --- the way up
 
@@ -180,7 +179,7 @@ static void lf_closeDown()
     writeUnmatchedList();
     failedLiveries.clear();
     const ExitReason reason = exitReason;
-    restarting = lf_leadsToRestart(reason) && !closeRequested && lf_prepareRestart(reason);
+    const bool restarting = lf_leadsToRestart(reason) && !closeRequested && lf_prepareRestart(reason);
     if (reason == ExitReason::NewFlight) {
         lf_tellNewFlight();
     }

@@ -67,7 +67,9 @@ static bool lf_readDbaseOnce()
 
 void prepareRun()
 {
-    readParameters();
+    if (const std::string forUser = readParameters(); !forUser.empty()) {
+        showMessage(forUser, true);
+    }
     makeFolders();
     PROGRAM_INSTALL_PATH.value = gf_shown(std::filesystem::current_path());
     saveParameter(PROGRAM_INSTALL_PATH);
@@ -156,7 +158,6 @@ void runTraffic()
         return;
     }
     display.realTraffic = true;
-    settingsOpen = false;
     if (!gf_sleepUnlessStopping(kBeforeReader)) {
         return;
     }

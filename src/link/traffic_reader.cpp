@@ -153,9 +153,8 @@ static void lf_takeRoll(PosSample& sample, double degrees)
 
 double gf_groundedAltitude(double altitude, double speed, std::optional<double> parkElevation)
 {
-    constexpr double kJudgedBelow = 14000;       // feet
-    constexpr double kUnknownElevation = -1000;  // feet, low enough that no height test holds
-    constexpr double kAlwaysGround = 35;         // knots
+    constexpr double kJudgedBelow = 14000;  // feet
+    constexpr double kAlwaysGround = 35;    // knots
     // At most this high above the park airport and at most this fast: on the ground.
     struct GroundLimit {
         double height, speed;
@@ -165,8 +164,8 @@ double gf_groundedAltitude(double altitude, double speed, std::optional<double> 
     if (altitude <= 0 || speed <= kAlwaysGround) {
         return 0;
     }
-    if (altitude < kJudgedBelow) {
-        const double height = altitude - parkElevation.value_or(kUnknownElevation);
+    if (parkElevation && altitude < kJudgedBelow) {
+        const double height = altitude - *parkElevation;
         const auto holds = [&](const GroundLimit& l) { return height <= l.height && speed <= l.speed; };
         if (std::any_of(kGroundLimits.begin(), kGroundLimits.end(), holds)) {
             return 0;

@@ -95,16 +95,10 @@ std::string gf_expectedSimVersion()
     return std::to_string(P3D_VERSION.value);
 }
 
-static void lf_noteStandstill()
-{
-    simRunning = false;
-    display.sim.running = false;
-}
-
 // The loop itself has failed.
 static void lf_connectionLost()
 {
-    lf_noteStandstill();
+    gf_noteSimRunning(false);
     showMessage(
         format("{} Flight Simulator no longer connected, {} will stop ...", timeOfDayString(), kProgramName),
         true);
@@ -165,7 +159,7 @@ static void lf_threadBody(const std::stop_token& token)
     } catch (const UserErrorException& e) {
         // The text must stay readable: without a running flight the worker waits until the user closes.
         showError(e.what());
-        lf_noteStandstill();
+        gf_noteSimRunning(false);
     } catch (const std::exception& e) {
         lf_failed(e.what());
     } catch (...) {

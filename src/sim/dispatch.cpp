@@ -10,6 +10,7 @@
 #include "sim/frame.h"
 #include "sim/requests.h"
 #include "sim/user_aircraft.h"
+#include "sim/wire/exceptions.h"
 #include "sim/wire/ids.h"
 #include "sim/wire/packets.h"
 #include "traffic/geodesy.h"
@@ -63,8 +64,7 @@ static void lf_onEvent(PacketReader& body)
     const uint32_t data = body.u32();
     switch (event) {
     case kEventSim:
-        simRunning = data == 1;
-        display.sim.running = data == 1;
+        gf_noteSimRunning(data == 1);
         break;
     case kEventPositionChanged:
         logLine("User ac position changed");
@@ -176,20 +176,20 @@ static void lf_onException(PacketReader& body)
     const uint32_t sendId = body.u32();
     const uint32_t index = body.u32();
     switch (exception) {
-    case 3:
+    case kExceptionUnrecognizedId:
         if (!gf_isNullPosition(lf_userPosition())) {
             logLineUnlessStopping("SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID");
         }
         break;
-    case 5:
+    case kExceptionVersionMismatch:
         throw UserErrorException(kPlainUserError, format("Simconnect Version Mismatch, dwindex: {} ", index));
-    case 11:
+    case kExceptionTooManyObjects:
         showMessage("SimConnect: too many objects (max 1000)", true);
         break;
-    case 22:
+    case kExceptionCreateFailed:
         lf_onCreationFailed(sendId);
         break;
-    case 23:
+    case kExceptionFlightPlanFailed:
         logLine("Simconnect exception: load flight plan failed");
         break;
     default:
@@ -364,8 +364,7 @@ static void lf_dispatch(uint32_t id, PacketReader& body)
         return lf_onOpen(body);
     case SimMessageId::Quit:
         simHasQuit = true;
-        simRunning = false;
-        display.sim.running = false;
+        gf_noteSimRunning(false);
         return;
     case SimMessageId::Event:
         return lf_onEvent(body);
@@ -398,6 +397,12 @@ void gf_dispatchMessage(std::span<const std::byte> message)
     } catch (const std::out_of_range& e) {
         logLine(format("! message {} of {} bytes is dropped: {}", id, message.size(), e.what()));
     }
+}
+
+void gf_noteSimRunning(bool running)
+{
+    simRunning = running;
+    display.sim.running = running;
 }
 
 void gf_beginConversation()

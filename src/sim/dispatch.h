@@ -29,6 +29,9 @@ void gf_requestNoteStand();
 // A new connection: neither opening nor quit message has come.
 void gf_beginConversation();
 
+// The flight runs, or stands still; the window shows it.
+void gf_noteSimRunning(bool running);
+
 // As at the start of a run.
 void gf_resetDispatch();
 

@@ -118,7 +118,6 @@ void gf_meterRequests()
 void gf_takeFeed()
 {
     constexpr int kRecordsPerTick = 2;
-    const std::scoped_lock lock(feedMutex);
     for (int i = 0; i < kRecordsPerTick && feedIntake(); ++i) {
     }
 }

@@ -1,5 +1,6 @@
 #include "traffic/intake.h"
 
+#include "core/base/locks.h"
 #include "liveries/database.h"
 #include "traffic/geodesy.h"
 #include "traffic/identity.h"
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <utility>
 
 namespace vlt {
@@ -74,10 +76,9 @@ static bool lf_isRedundant(const LiveAc& ac, const FeedRecord& record)
 static bool lf_atAirportLevel(double altitude)
 {
     constexpr double kJudgedBelow = 10000;  // feet
-    constexpr double kUnknownElevation = -1000;
-    constexpr double kNear = 120;  // feet
-    const double elevation = parkAirport ? parkAirport->elevation : kUnknownElevation;
-    return altitude > 0 && altitude < kJudgedBelow && std::abs(altitude - elevation) <= kNear;
+    constexpr double kNear = 120;           // feet
+    return parkAirport && altitude > 0 && altitude < kJudgedBelow &&
+           std::abs(altitude - parkAirport->elevation) <= kNear;
 }
 
 // --- known aircraft
@@ -134,13 +135,24 @@ void newLiveAc(const FeedRecord& record)
     ac.stream.push_back(record.sample);
 }
 
+static std::optional<FeedRecord> lf_nextRecord()
+{
+    const std::scoped_lock lock(feedMutex);
+    if (feedQueue.empty()) {
+        return std::nullopt;
+    }
+    std::optional<FeedRecord> record = std::move(feedQueue.front());
+    feedQueue.pop_front();
+    return record;
+}
+
 bool feedIntake()
 {
-    if (feedQueue.empty()) {
+    const std::optional<FeedRecord> next = lf_nextRecord();
+    if (!next) {
         return false;
     }
-    const FeedRecord record = std::move(feedQueue.front());
-    feedQueue.pop_front();
+    const FeedRecord& record = *next;
     if (LiveAc* ac = gf_liveByHexid(record.hexid)) {
         lf_offer(*ac, record);
         return true;

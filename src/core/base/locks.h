@@ -1,11 +1,12 @@
-// Every lock of the program, with what it guards.
+// The locks that rooms share, with what they guard. Those of one room stand in it: the transport's, which are
+// taken below simCallMutex, and the user thread's messages.
 //
 // A thread that holds one of them takes a second only along these arrows:
-//   feedMutex      -> simCallMutex -> logMutex
+//   simCallMutex   -> logMutex
 //   displayMutex   -> logMutex
 //   parameterMutex -> logMutex
 // Below all of them stand the lock inside run_state.cpp and that of each SharedText, under which nothing is
-// taken. The SimClient thread takes messageMutex only while it doesn't hold simCallMutex.
+// taken. feedMutex and messageMutex are held for moving records only.
 #pragma once
 
 #include <mutex>

@@ -1,6 +1,5 @@
 #include "core/base/parameters.h"
 
-#include "core/base/display.h"
 #include "core/base/locks.h"
 #include "core/base/log.h"
 #include "core/base/paths.h"
@@ -157,25 +156,23 @@ static void lf_readExisting(pugi::xml_document& document, const std::filesystem:
 }
 
 // A new version scans everything once, because it may read differently.
-static void lf_migrate()
+static std::string lf_migrate()
 {
     const std::string own = gf_text(kProgramVersion);
     const std::string storedText = PROGRAM_VERSION.value;
     if (storedText.empty()) {
         PROGRAM_VERSION.value = own;
         saveParameter(PROGRAM_VERSION);
-        return;
+        return {};
     }
     const auto [stored, failed] = gf_parseVersion(storedText);
-    if (!failed.empty()) {
-        showMessage(format("VersionData exception: {}", failed), true);
-    }
+    std::string forUser = failed.empty() ? "" : format("VersionData exception: {}", failed);
     if (stored != kProgramVersion) {
         PROGRAM_VERSION.value = own;
         saveParameter(PROGRAM_VERSION);
     }
     if (kProgramVersion <= stored) {
-        return;
+        return forUser;
     }
     logLine(format("This is a version update from {} -> {}", gf_text(stored), own));
     if (std::filesystem::exists(kInstallerFile)) {
@@ -185,6 +182,7 @@ static void lf_migrate()
     SCAN_AIRPORTS.value = true;
     saveParameter(SCAN_LIVERIES);
     saveParameter(SCAN_AIRPORTS);
+    return forUser;
 }
 
 void gf_applyLateralRange()
@@ -213,7 +211,7 @@ void gf_applyMaxFit()
     MAX_FIT_FL.value = static_cast<float>(MAX_FIT.value) * 0.5F + 0.5F;
 }
 
-void readParameters()
+std::string readParameters()
 {
     logBanner("parameters");
     {
@@ -226,9 +224,10 @@ void readParameters()
             lf_makeNew(file);
         }
     }
-    lf_migrate();
+    std::string forUser = lf_migrate();
     gf_applyLateralRange();
     gf_applyMaxFit();
+    return forUser;
 }
 
 static bool lf_load(pugi::xml_document& document)

@@ -2,8 +2,9 @@
 //
 // An object holds a setting's default, range and present value; those with a control also its place on
 // the window. Each enters itself into the one list of its type, in the order of declaration, which is that of
-// the file. Values may be read and changed by any thread. Each change is saved at once by `saveParameter`,
-// under parameterMutex; nothing is saved on exit.
+// the file. Values may be read and changed by any thread; what changes several at once (the ranges below)
+// belongs to the worker. Each change is saved at once by `saveParameter`, under parameterMutex; nothing is
+// saved on exit.
 #pragma once
 
 #include "core/base/shared_text.h"
@@ -180,8 +181,8 @@ void gf_applyMaxFit();
 
 // Reads all parameters from `parameters.xml`, on the worker at each run's start: values are clamped,
 // missing ones added with their default, a missing or unreadable file is made anew. A version newer than
-// the stored one switches both scans on.
-void readParameters();
+// the stored one switches both scans on. The text is what the user should read about it, mostly empty.
+std::string readParameters();
 
 // Just MAIN_WINDOW_X and MAIN_WINDOW_Y, for the window's creation before the first run. A value on the
 // border of its range is replaced by the default, which is saved.

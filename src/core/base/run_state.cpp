@@ -73,7 +73,6 @@ bool gf_resetRunState()
     simRunning = false;
     simRequestFailed = false;
     stopRequested = false;
-    settingsOpen = true;
     exitReason = ExitReason::NotYetSet;
     restartDelaySeconds = 0;
     return true;
