@@ -121,7 +121,7 @@ void FeedPlayer::run()
 {
     asio::io_context context;
     asio::ip::udp::socket socket(context, asio::ip::udp::v4());
-    const auto host = asio::ip::make_address(m_options.host);
+    const auto host = asio::ip::address_v4::loopback();
     const auto begun = std::chrono::steady_clock::now();
     const std::string weather = format("{{\"QNH\": {}}}", m_options.qnh);
     double nextWeather = m_options.from;

@@ -14,7 +14,6 @@
 #include <memory>
 #include <mutex>
 #include <stop_token>
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -41,7 +40,6 @@ private:
 };
 
 struct FeedOptions {
-    std::string host = "127.0.0.1";
     uint16_t port = 49005;
     uint16_t weatherPort = 49004;  // 0 sends no weather
     int qnh = 1013;                // hectopascal

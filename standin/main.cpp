@@ -3,7 +3,6 @@
 // The main thread waits for signals and for the clock; the servers and the player have threads of
 // their own.
 #include "core/base/text.h"
-#include "standin/day_airport.h"
 #include "standin/feed_player.h"
 #include "standin/file_server.h"
 #include "standin/picture.h"
@@ -31,12 +30,8 @@ using namespace vlt;
 constexpr double kDefaultRecordingSeconds = 600;
 constexpr std::chrono::milliseconds kFarewell{200};  // for the quit message to get through
 
-static double lf_dayStart(const StandinOptions& options)
-{
-    return options.startTime.value_or(static_cast<double>(std::time(nullptr)));
-}
-
-static FeedSource lf_source(const StandinOptions& options)
+// `startTime`: of the built-in day.
+static FeedSource lf_source(const StandinOptions& options, double startTime)
 {
     if (!options.recording.empty()) {
         return FeedSource(options.recording);
@@ -44,33 +39,21 @@ static FeedSource lf_source(const StandinOptions& options)
     DayOptions day;
     day.seed = options.seed;
     day.world = options.world;
-    day.startTime = lf_dayStart(options);
+    day.startTime = startTime;
     return FeedSource(day);
 }
 
-static int lf_writeRecording(StandinOptions options)
+static int lf_writeRecording(const StandinOptions& options)
 {
-    options.startTime = options.startTime.value_or(DayOptions().startTime);
     const double seconds = options.seconds > 0 ? options.seconds : kDefaultRecordingSeconds;
     std::ofstream out(options.writeRecording);
     size_t count = 0;
-    for (const DayLine& line : lf_source(options).lines(options.feed.from, options.feed.from + seconds)) {
+    const FeedSource source = lf_source(options, DayOptions().startTime);
+    for (const DayLine& line : source.lines(options.feed.from, options.feed.from + seconds)) {
         out << line.text << '\n';
         ++count;
     }
     std::cout << count << " lines written\n";
-    return out.good() ? 0 : 1;
-}
-
-static int lf_writeStands(const std::filesystem::path& file)
-{
-    std::ofstream out(file);
-    out << "id,lat,lon,heading_deg,radius_m\n";
-    for (const DayStand& stand : gf_dayStands()) {
-        const LatLon at = gf_fieldPosition(stand.at);
-        out << format("{},{:.7f},{:.7f},{:.1f},{:.0f}\n", stand.id, at.lat, at.lon, stand.headingDeg,
-                      stand.radiusM);
-    }
     return out.good() ? 0 : 1;
 }
 
@@ -80,8 +63,7 @@ class Run
 public:
     explicit Run(const StandinOptions& options)
         : m_options(options), m_simulator(simulatorOptions(options)), m_server(m_simulator, options.server),
-          m_signals(m_context, SIGINT, SIGTERM), m_reports(m_context), m_end(m_context), m_begin(m_context),
-          m_death(m_context)
+          m_signals(m_context, SIGINT, SIGTERM), m_reports(m_context), m_end(m_context), m_begin(m_context)
     {
     }
 
@@ -98,7 +80,8 @@ public:
             at(m_begin, m_options.noSimulatorFor, [this] { m_server.start(); });
         }
         if (!m_options.noFeed) {
-            m_player = std::make_unique<FeedPlayer>(lf_source(m_options), m_options.feed);
+            m_player = std::make_unique<FeedPlayer>(
+                lf_source(m_options, static_cast<double>(std::time(nullptr))), m_options.feed);
             m_player->start();
             ready["feed"] = m_options.feed.port;
         }
@@ -146,12 +129,6 @@ private:
 #endif
         if (m_options.seconds > 0) {
             at(m_end, m_options.seconds, [this] { m_context.stop(); });
-        }
-        if (m_options.dieAt > 0) {
-            at(m_death, m_options.dieAt, [this] {
-                m_server.stop();
-                m_simulator.setStarted(false);
-            });
         }
     }
 
@@ -235,7 +212,6 @@ private:
     asio::signal_set m_reports;
     asio::steady_timer m_end;
     asio::steady_timer m_begin;
-    asio::steady_timer m_death;
 };
 
 int main(int argc, char** argv)
@@ -245,9 +221,6 @@ int main(int argc, char** argv)
         const auto options = gf_standinOptions(argc, argv, exitCode);
         if (!options) {
             return exitCode;
-        }
-        if (!options->writeStands.empty()) {
-            return lf_writeStands(options->writeStands);
         }
         if (!options->writeRecording.empty()) {
             return lf_writeRecording(*options);

@@ -13,7 +13,6 @@ constexpr FieldPoint kUserPlace{-900, -60};
 
 // Values that need a look at others before they are the options.
 struct RawOptions {
-    bool builtinDay = false;  // changes nothing, it can be asked for
     double userHeadingDeg = kDayRunwayHeadingDeg;
     std::optional<double> userAltitude;
     bool onGround = false;
@@ -25,36 +24,21 @@ struct RawOptions {
     bool noPipe = false;
 };
 
-static void lf_addFeed(CLI::App& app, StandinOptions& options, RawOptions& raw)
+static void lf_addFeed(CLI::App& app, StandinOptions& options)
 {
     const std::string group = "Feed";
-    auto* recording = app.add_option("--recording", options.recording, "play this recording");
-    recording->check(CLI::ExistingFile)->group(group);
-    app.add_flag("--builtin-day", raw.builtinDay, "play the built-in day; so it is without a recording")
-        ->excludes(recording)
+    app.add_option("--recording", options.recording, "play this recording; else the built-in day")
+        ->check(CLI::ExistingFile)
         ->group(group);
     app.add_flag("--no-feed", options.noFeed, "play nothing")->group(group);
     app.add_option("--seed", options.seed, "of the built-in day")->group(group);
-    app.add_option("--start-time", options.startTime, "of the built-in day, seconds since 1970; else now")
-        ->group(group);
-    app.add_option("--speed", options.feed.speed, "seconds of the feed in a second")
-        ->check(CLI::PositiveNumber)
-        ->group(group);
     app.add_option("--from", options.feed.from, "seconds of the feed to begin at")->group(group);
-    app.add_option("--feed-host", options.feed.host)->capture_default_str()->group(group);
-    app.add_option("--feed-port", options.feed.port)->capture_default_str()->group(group);
-    app.add_option("--weather-port", options.feed.weatherPort, "0 for no weather")
-        ->capture_default_str()
-        ->group(group);
     app.add_option("--qnh", options.feed.qnh, "hectopascal")->capture_default_str()->group(group);
     app.add_option("--realtraffic-port", options.realTrafficPort,
                    "be RealTraffic for the position server on this port")
         ->group(group);
     app.add_option("--write-recording", options.writeRecording,
                    "write the first --seconds of the feed to this file, and end")
-        ->group(group);
-    app.add_option("--write-stands", options.writeStands,
-                   "write the stands of the invented airport to this file, and end")
         ->group(group);
 }
 
@@ -76,17 +60,10 @@ static void lf_addSimulator(CLI::App& app, StandinOptions& options, RawOptions& 
 {
     const std::string group = "Simulator";
     app.add_option("--ground-elevation", raw.elevation, "feet")->group(group);
-    app.add_option("--slope", options.simulator.terrain.slopeFtPerNm,
-                   "feet that the ground rises per nm north")
-        ->group(group);
     app.add_option("--ipv4-port", options.server.ipv4Port, "0 picks one")->group(group);
     app.add_option("--ipv6-port", options.server.ipv6Port, "0 picks one")->group(group);
-    app.add_option("--pipe", options.server.pipe, "its name")->capture_default_str()->group(group);
     app.add_flag("--no-pipe", raw.noPipe)->group(group);
-    app.add_flag("--any-title", options.simulator.anyTitle, "refuse no title")->group(group);
-    app.add_option("--application-name", options.simulator.applicationName)->group(group);
     app.add_option("--no-simulator-for", options.noSimulatorFor, "seconds before it is there")->group(group);
-    app.add_option("--die-at", options.dieAt, "seconds after which it is gone without a word")->group(group);
 }
 
 static void lf_addFiles(CLI::App& app, RawOptions& raw)
@@ -132,7 +109,7 @@ std::optional<StandinOptions> gf_standinOptions(int argc, const char* const* arg
     app.add_option("--seconds", options.seconds, "of the run; without end if not given");
     app.add_flag("--quit-at-end", options.quitAtEnd, "the simulator says quit before it goes");
     app.add_option("--out", options.out, "folder for summary.json, tracks.csv and traffic.svg");
-    lf_addFeed(app, options, raw);
+    lf_addFeed(app, options);
     lf_addUser(app, options, raw);
     lf_addSimulator(app, options, raw);
     lf_addFiles(app, raw);

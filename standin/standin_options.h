@@ -20,11 +20,9 @@ struct StandinOptions {
     std::filesystem::path recording;  // empty for the built-in day
     bool noFeed = false;
     uint64_t seed = 1;
-    std::optional<double> startTime;  // of the built-in day, seconds since 1970; now if none
-    double seconds = 0;               // of the run, 0 for without end
+    double seconds = 0;  // of the run, 0 for without end
     bool quitAtEnd = false;
     double noSimulatorFor = 0;  // seconds
-    double dieAt = 0;           // seconds, 0 for never
     SimulatorOptions simulator;
     ServerOptions server;
     FeedOptions feed;
@@ -32,7 +30,6 @@ struct StandinOptions {
     std::optional<FileServerOptions> files;
     std::filesystem::path out;             // empty for no summary
     std::filesystem::path writeRecording;  // instead of a run
-    std::filesystem::path writeStands;     // instead of a run
 };
 
 // The options; none if the program is to end now with `exitCode`: help was shown, or an error was.
