@@ -104,7 +104,7 @@ public:
     {
         gf_closeSim();
         gf_setDirectSimulator(nullptr);
-        lf_resetEngine();
+        static_cast<void>(gf_resetRun());  // after a close the next replay does it
         simTimeMode = false;
     }
 

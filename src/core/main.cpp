@@ -27,27 +27,45 @@ using namespace vlt;
 
 static constexpr int kSecondInstance = -1;
 static constexpr int kEarlyFailure = 0;
+static constexpr int kWrongOptions = 2;
+static constexpr int kNoDataFolder = 4;
+
+static constexpr const char* kUsage =
+    "usage: velatra --headless [--status SECONDS]\n"
+    "  --headless        without a window: messages go to standard output\n"
+    "  --status SECONDS  the window's fields as a line of JSON, every so many seconds\n"
+    "  --help            this text\n";
 
 struct Options {
+    bool help = false;
     bool headless = false;
     int statusSeconds = 0;  // 0: no status lines
 };
+
+static bool lf_readSeconds(std::string_view number, Options& options)
+{
+    const char* end = number.data() + number.size();
+    const auto [stop, error] = std::from_chars(number.data(), end, options.statusSeconds);
+    return error == std::errc{} && stop == end && options.statusSeconds >= 0;
+}
 
 static bool lf_readOptions(int argc, char** argv, Options& options)
 {
     for (int i = 1; i < argc; ++i) {
         const std::string_view argument = argv[i];
-        if (argument == "--headless") {
+        if (argument == "--help") {
+            options.help = true;
+        } else if (argument == "--headless") {
             options.headless = true;
-        } else if (argument == "--status" && i + 1 < argc) {
-            const std::string_view number = argv[++i];
-            std::from_chars(number.data(), number.data() + number.size(), options.statusSeconds);
-        } else {
-            std::fprintf(stderr, "usage: velatra --headless [--status SECONDS]\n");
+        } else if (argument != "--status" || i + 1 == argc || !lf_readSeconds(argv[++i], options)) {
+            std::fprintf(stderr, "%s isn't understood\n%s", argv[i], kUsage);
             return false;
         }
     }
-    return true;
+    if (!options.headless && !options.help) {
+        std::fprintf(stderr, "this build runs without a window: start it with --headless\n");
+    }
+    return options.headless || options.help;
 }
 
 static void lf_printLine(std::string_view text)
@@ -83,7 +101,9 @@ static bool lf_makeDataFolder()
     std::error_code error;
     std::filesystem::create_directories(gf_dataFolder(), error);
     if (error) {
-        logLine(format("Failed to create directory: {}", error.message()));
+        const std::string text = format("Failed to create directory: {}", error.message());
+        logLine(text);
+        std::fprintf(stderr, "%s\n", text.c_str());
     }
     return !error;
 }
@@ -120,15 +140,19 @@ static void lf_messageLoop()
 
 int main(int argc, char** argv)
 {
+    const CloseSignals
+        closeSignals;  // first of all: whatever starts later inherits which signals it leaves alone
     Options options;
-    if (!lf_readOptions(argc, argv, options) || !options.headless) {
-        std::fprintf(stderr, "this build runs without a window: start it with --headless\n");
-        return kEarlyFailure;
+    if (!lf_readOptions(argc, argv, options)) {
+        return kWrongOptions;
+    }
+    if (options.help) {
+        std::fputs(kUsage, stdout);
+        return 0;
     }
     if (!gf_takeInstanceLock()) {
         return kSecondInstance;
     }
-    const CloseSignals closeSignals;
     try {
         logStart();
     } catch (const std::exception& e) {
@@ -137,7 +161,7 @@ int main(int argc, char** argv)
     }
     gf_setMessageListener(lf_printMessage);
     if (!lf_makeDataFolder()) {
-        return kEarlyFailure;
+        return kNoDataFolder;
     }
     gf_readWindowPlace();
     const std::jthread statusLines = lf_startStatusLines(options.statusSeconds);

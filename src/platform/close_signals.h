@@ -1,4 +1,4 @@
-// Asks from outside to end the program: SIGINT and SIGTERM become UserMessage::Close, so that they
+// Asks from outside to end the program: SIGINT, SIGTERM and SIGHUP become UserMessage::Close, so that they
 // act like closing the window.
 //
 // Made first thing in main, before any other thread, since threads inherit which signals they leave

@@ -135,8 +135,9 @@ void gf_checkCollisions()
 
 void gf_serviceBlock()
 {
+    const bool changed = blockChanged.exchange(false);  // first: a change that comes now is for the next look
     blockedCallsign = BLOCK_CALLSIGN.value;
-    if (!blockChanged.exchange(false) || blockedCallsign.empty()) {
+    if (!changed || blockedCallsign.empty()) {
         return;
     }
     const auto found = std::ranges::find_if(

@@ -41,6 +41,7 @@ void removeAircraftFromSim(StaticAc& ac, std::string_view why)
     }
     if (ac.fs == FsState::Buffer) {
         ac.eraseNow = true;
+        gf_releaseStand(ac);  // one that should come back with another livery still has its claim
         return;
     }
     if (ac.removeWhenAdded || ac.eraseCancelled || ac.fs == FsState::RemovingFromSim) {
@@ -109,6 +110,7 @@ void onObjectRemoved(uint32_t objectid)
             return;
         }
         removeFlightPlan(objectid);
+        gf_releaseStand(*ac);  // the simulator may have removed it by itself
         std::swap(*ac, liveAcs.back());
         liveAcs.pop_back();
         return;

@@ -1,5 +1,6 @@
 #include "ui/status.h"
 
+#include "airports/airports.h"
 #include "core/base/display.h"
 #include "core/base/parameters.h"
 #include "link/traffic_reader.h"
@@ -42,6 +43,17 @@ std::string gf_statusLine()
     status["quality"] = display.airport.quality.load();
     status["reservedStand"] = display.airport.reservedStand.load();
     status["userStand"] = display.airport.userStand.load();
+    status["airportAltitude"] = display.airport.altitude.load();
+    status["trafficWeek"] = display.airport.trafficWeek.load();
+    status["handmade"] = display.airport.handmade.load();
+    status["updates"] = updateCount.load();
+    status["minutesToRenewal"] = display.minutesToRenewal.load();
+    status["thirdParty"] = display.thirdPartyCount.load();
+    status["orbx"] = display.orbxCount.load();
+    status["learnSoftEnabled"] = display.airport.learnSoftEnabled.load();
+    status["percentageEnabled"] = display.airport.percentageEnabled.load();
+    status["flushStaticEnabled"] = display.airport.flushStaticEnabled.load();
+    status["installPathEnabled"] = display.installPathEnabled.load();
     status["rangeNm"] = LATERAL_RANGE.value.load();
     // Texts of the user's files and of the simulator may hold any bytes.
     return status.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);

@@ -74,7 +74,7 @@ TEST_F(LoadingTest, theLearnedFileOfAnAirportFile)
 
 // --- the load
 
-TEST_F(LoadingTest, anArchivedAirportIsReadNumberedAndShown)
+TEST_F(LoadingTest, anArchivedAirportIsReadAndNumbered)
 {
     archive("XTST", gf_airportText(gf_standText("A1", 0) + gf_standText("A2", 30),
                                    "<parameter name='RT_traffic_week' value='24'/>"

@@ -272,6 +272,31 @@ TEST_F(ParkAirportTest, anAirportsSettingsEndWithIt)
     }
 }
 
+TEST_F(ParkAirportTest, aLearnedFilesSettingsAreInForceWhileItIsThere)
+{
+    archive("XAAA", gf_airportText(gf_standText("A1", 0), "<parameter name='Qf_real' value='50'/>"));
+    stand(0);
+    parking_percentage.value = 77;
+    load();
+    EXPECT_EQ(30, parking_percentage.value) << "there is no learned file";
+    EXPECT_FALSE(display.airport.percentageEnabled);
+    EXPECT_EQ("Testfield 1 50", format("{} {} {}", display.airport.name.load(),
+                                       display.airport.standCount.load(), display.airport.quality.load()));
+    closeAirport();
+    place.folder.write("airports/learned/stock/XAAA.xml",
+                       gf_airportText("", "<parameter name='MAX_LIVE' value='5'/>"
+                                          "<parameter name='parking_percentage' value='55'/>"
+                                          "<parameter name='PARK_FAKE' value='true'/>"));
+    MAX_LIVE.value = 70;
+    load();
+    EXPECT_TRUE(display.airport.percentageEnabled && PARK_FAKE.value);
+    EXPECT_EQ(55, parking_percentage.value);
+    EXPECT_EQ(5, MAX_LIVE.value);
+    closeAirport();
+    EXPECT_EQ(70, MAX_LIVE.value);
+    EXPECT_EQ("", display.airport.name.load());
+}
+
 TEST_F(ParkAirportTest, whatTheUserChangesWhileItIsThereStays)
 {
     archive("XAAA", gf_airportText(gf_standText("A1", 0)));

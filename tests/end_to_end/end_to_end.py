@@ -157,6 +157,18 @@ def without_its_file_the_park_airport_has_no_stands(machine: Machine):
     nothing_is_left_of_downloads(machine)
 
 
+def what_is_wrong_at_the_start_is_told(machine: Machine):
+    for arguments, code, text in ((("--headles",), 2, "--headles isn't understood"),
+                                  (("--headless", "--status", "x"), 2, "x isn't understood"), ((), 2, "--headless"),
+                                  (("--help",), 0, "usage: velatra")):
+        process = machine.start("velatra", *arguments)
+        assert process.wait(10) == code and text in process.stdout.read(), arguments
+        assert not (machine.program / "Log.txt").exists()
+    (machine.folder / "appdata" / "Velatra").write_text("a file where the folder should be")
+    process = machine.start_velatra()
+    assert process.wait(10) == 4 and "Failed to create directory" in process.stdout.read()
+
+
 def a_second_instance_leaves_the_first_alone(machine: Machine):
     machine.start_world(*NO_FEED)
     first = machine.start_velatra()
@@ -294,6 +306,7 @@ SCENARIOS = (
     a_simulator_that_hangs_up_while_it_starts_is_tried_again,
     without_a_server_the_error_stays_until_the_user_closes,
     a_second_instance_leaves_the_first_alone,
+    what_is_wrong_at_the_start_is_told,
     a_server_that_is_silent_does_not_hold_the_user,
 )
 

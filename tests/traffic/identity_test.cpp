@@ -9,6 +9,7 @@
 #include "support/aircraft.h"
 #include "support/fresh_run.h"
 #include "support/world.h"
+#include "traffic/arrival.h"
 #include "traffic/collision.h"
 #include "traffic/geodesy.h"
 #include "traffic/removal.h"
@@ -325,23 +326,48 @@ TEST_F(BirthOnGround, anAdjacentAircraftThatWouldTouchKeepsItAway)
     }
 }
 
-TEST_F(BirthOnGround, aStandIsFreeAgainIfTheAircraftNeverAppears)
+TEST_F(BirthOnGround, aStandIsFreeAgainHoweverItsAircraftGoes)
 {
-    for (const bool refused : {false, true}) {
+    const std::pair<const char*, std::function<void(LiveAc&)>> ends[] = {
+        {"refused by the simulator", [](LiveAc& ac) { gf_onCreateRefused(ac.hexid); }},
+        {"taken back in time",
+         [](LiveAc& ac) {
+             spawnStack.push_back(ac.hexid);
+             removeAircraftFromSim(ac, "test");
+         }},
+        {"turned away while it changes its livery",
+         [](LiveAc& ac) {
+             ac.fs = FsState::Buffer;
+             removeAircraftFromSim(ac, "test");
+         }},
+        {"removed by the simulator itself",
+         [](LiveAc& ac) {
+             ac.fs = FsState::Active;
+             ac.objectid = 77;
+             onObjectRemoved(77);
+         }},
+    };
+    for (const auto& [what, end] : ends) {
         SetUp();
         gf_addStand("A1", 0, 0, 90);
         LiveAc& ac = arriving(30, true);
         ASSERT_TRUE(gf_birthOnGround(ac));
         ASSERT_TRUE(parkApf.stands[0].occupiedByLive);
         ac.fs = FsState::Adding2Sim;
-        if (refused) {
-            gf_onCreateRefused(ac.hexid);
-        } else {
-            spawnStack.push_back(ac.hexid);
-            removeAircraftFromSim(ac, "test");
-        }
-        EXPECT_FALSE(parkApf.stands[0].occupiedByLive) << refused;
+        end(ac);
+        EXPECT_FALSE(parkApf.stands[0].occupiedByLive) << what;
     }
+}
+
+TEST_F(BirthOnGround, whoGoesFreesItsOwnStandOnly)
+{
+    gf_addStand("A1", 0, 0, 90);
+    ASSERT_TRUE(gf_birthOnGround(arriving(30, true)));
+    LiveAc& late = gf_addOnGround(20009, "DLH9", StState::Parking);
+    late.standId = 1;
+    arrivedAtStand(late);
+    EXPECT_EQ(FsState::RemovingFromSim, late.fs) << "somebody else came first";
+    EXPECT_EQ(liveAcs[0].hexid, parkApf.stands[0].occupiedByLive);
 }
 
 class StaticTwins : public Identity

@@ -16,6 +16,7 @@ static sigset_t lf_signals()
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGHUP);  // the terminal is gone
     return signals;
 }
 
