@@ -145,7 +145,8 @@ static Json lf_lives(const std::vector<ReplayLife>& lives)
             {"gone", reasons}};
 }
 
-std::string gf_replayReport(const ReplayResult& result)
+// The report as JSON text: counts, invariants, motion breaks by kind and per aircraft-hour, touchdowns.
+static std::string lf_replayReport(const ReplayResult& result)
 {
     Json invariants = Json::array();
     for (const InvariantBreak& b : result.findings.invariantBreaks) {
@@ -178,7 +179,7 @@ std::string gf_replayReport(const ReplayResult& result)
 void gf_writeReplay(const ReplayResult& result, const std::filesystem::path& folder)
 {
     gf_writeRunFile(folder / "aircraft.csv", lf_livesTable(result.findings.lives));
-    gf_writeRunFile(folder / "report.json", gf_replayReport(result));
+    gf_writeRunFile(folder / "report.json", lf_replayReport(result));
 }
 
 }  // namespace vlt

@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <string>
 
 namespace vlt {
 
@@ -34,8 +33,5 @@ private:
 
 // Writes aircraft.csv and report.json. Throws std::runtime_error if it can't.
 void gf_writeReplay(const ReplayResult& result, const std::filesystem::path& folder);
-
-// The report as JSON text: counts, invariants, motion breaks by kind and per aircraft-hour, touchdowns.
-std::string gf_replayReport(const ReplayResult& result);
 
 }  // namespace vlt

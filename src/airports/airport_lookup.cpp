@@ -86,7 +86,8 @@ std::string findAirportFile(const std::string& code)
 
 // --- the learned file
 
-std::string gf_publisherFolder(std::string_view publisher)
+// A publisher's name as it can stand in a path: without what separates folders or leads out of one.
+static std::string lf_publisherFolder(std::string_view publisher)
 {
     static constexpr std::string_view kUnfit = "\\/:*?\"<>|";
     std::string folder(gf_trimmed(publisher));
@@ -132,7 +133,7 @@ std::string learnedPath(std::string_view path, std::string_view publisher)
     }
     if (gf_isLocalPath(text)) {
         lf_replaceFirst(text, kLocal, learned);
-        const std::string thirdParty = "thirdparty\\" + gf_publisherFolder(publisher);
+        const std::string thirdParty = "thirdparty\\" + lf_publisherFolder(publisher);
         if (!lf_replaceFirst(text, "my_thirdparty2024", thirdParty)) {
             lf_replaceFirst(text, "my_thirdparty", thirdParty);
         }

@@ -26,9 +26,6 @@ bool gf_isLocalPath(std::string_view path);
 // are in the Windows form: file calls take its native form.
 std::string learnedPath(std::string_view path, std::string_view publisher);
 
-// A publisher's name as it can stand in a path: without what separates folders or leads out of one.
-std::string gf_publisherFolder(std::string_view publisher);
-
 // The stand of another airport that is closest to a position.
 struct ClosestStand {
     double distance = kNoStandNearNm;  // nm

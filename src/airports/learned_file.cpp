@@ -5,7 +5,10 @@
 #include "core/base/text.h"
 #include "traffic/geodesy.h"
 
+#include <pugixml.hpp>
+
 #include <algorithm>
+#include <vector>
 
 namespace vlt {
 
@@ -17,7 +20,9 @@ static bool lf_isSame(const StandOption& a, const StandOption& b)
            a.type == b.type && (a.hours & b.hours).any();
 }
 
-bool mergeLearnedStand(const pugi::xml_node& node, ParkPos& stand)
+// Lays a `parkpos` element over the stand of the same id: its changes, and the options that are new.
+// False for another id.
+static bool mergeLearnedStand(const pugi::xml_node& node, ParkPos& stand)
 {
     if (node.attribute("id").as_string() != stand.id) {
         return false;

@@ -6,12 +6,9 @@
 #include "airports/airports.h"
 #include "airports/parking_settings.h"
 
-#include <pugixml.hpp>
-
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace vlt {
 
@@ -21,9 +18,5 @@ namespace vlt {
 // whole afterwards either way: a handmade file that fails keeps the archived ones.
 void lf_readLearned(const std::filesystem::path& path, const std::string& shown, Apf& apf,
                     std::optional<ParkingSettings>& settings);
-
-// Lays a `parkpos` element over the stand of the same id: its changes, and the options that are new.
-// False for another id.
-bool mergeLearnedStand(const pugi::xml_node& node, ParkPos& stand);
 
 }  // namespace vlt

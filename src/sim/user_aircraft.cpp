@@ -10,15 +10,16 @@
 #include "traffic/geodesy.h"
 
 #include <array>
+#include <string>
 
 namespace vlt {
 
 static constexpr size_t kShownTitle = 48;  // characters that the window has room for
 
-std::string userTitle;
-std::string userModel;
 SharedValue<double> userHalfSpan = 0.0;
-SharedValue<int32_t> userCategory = 0;
+
+static std::string userTitle;  // [simClient] the aircraft's title, whole
+static std::string userModel;  // [simClient] its model after deduction
 
 // Cut to at most `length` bytes, but never inside a UTF-8 character.
 static std::string_view lf_cut(std::string_view text, size_t length)
@@ -120,7 +121,6 @@ void gf_onUserModel(std::optional<std::string_view> model)
         lf_deduceAircraft(*model);
         category = categoryOf(userModel);
     }
-    userCategory = static_cast<int32_t>(category);
     display.user.model = userModel;
     logLine(format(", category: {}", gf_forCategory(kCategoryNames, category)));
 }
@@ -130,7 +130,6 @@ void gf_resetUserAircraft()
     userTitle.clear();
     userModel.clear();
     userHalfSpan = 0.0;
-    userCategory = 0;
 }
 
 }  // namespace vlt

@@ -1,21 +1,16 @@
-// What the user flies: from the texts that its author gave it to a type, a half span and a category.
+// What the user flies: from the texts that its author gave it to a type and a half span.
 //
-// The handlers run on the SimClient thread; the results are shared values that the worker reads.
+// The handlers run on the SimClient thread; the half span is a shared value that the worker reads.
 #pragma once
 
 #include "core/base/shared_value.h"
 
-#include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace vlt {
 
-extern std::string userTitle;              // [simClient] the aircraft's title, whole
-extern std::string userModel;              // [simClient] its model after deduction
-extern SharedValue<double> userHalfSpan;   // nm, 0 while not known
-extern SharedValue<int32_t> userCategory;  // index of the size category
+extern SharedValue<double> userHalfSpan;  // nm, 0 while not known
 
 // The simulator told the title.
 void gf_onUserTitle(std::string_view title);

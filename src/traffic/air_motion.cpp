@@ -53,7 +53,8 @@ static double lf_limited(double value, double limit)
     return std::clamp(value, -limit, limit);
 }
 
-double gf_touchdownVs(const LiveAc& ac)
+// Vertical speed in feet per minute with which to touch down.
+static double lf_touchdownVs(const LiveAc& ac)
 {
     constexpr double kLowAgl = 100;          // feet
     constexpr double kGentle = -600;         // feet per minute
@@ -92,7 +93,7 @@ static void lf_climbRate(LiveAc& ac, int32_t ticks)
     if (!ac.approach) {
         ac.altRate = std::min(ac.agl > kNearGround ? rate : std::max(rate, kLeastClimb), ac.maxClimbRate);
     } else if (front.altitude == next.altitude && ac.agl <= kNearGround && front.vs + next.vs <= kFrozenVs) {
-        lf_flyVs(ac, gf_touchdownVs(ac));
+        lf_flyVs(ac, lf_touchdownVs(ac));
     } else {
         ac.altRate = rate;
     }
@@ -103,7 +104,7 @@ static void lf_lastLegBeforeTouchdown(LiveAc& ac, int32_t ticks)
     if (parkAirport && currentQnh <= kStandardQnh) {
         ac.altRate = (parkAirport->elevation - ac.alt) / ticks;
     } else {
-        lf_flyVs(ac, currentQnh <= kStandardQnh ? -kSettledClimb : gf_touchdownVs(ac));
+        lf_flyVs(ac, currentQnh <= kStandardQnh ? -kSettledClimb : lf_touchdownVs(ac));
     }
     gf_commandGear(ac, true);
 }
@@ -144,7 +145,7 @@ static void lf_groundedInAir(LiveAc& ac)
     if (!ac.approach && vsOfStream > kClimbingStream) {
         lf_climbOutOfStream(ac);
     } else {
-        lf_flyVs(ac, gf_touchdownVs(ac));
+        lf_flyVs(ac, lf_touchdownVs(ac));
     }
     gf_commandGear(ac, true);
 }

@@ -14,9 +14,6 @@ void nextPosAir(LiveAc& ac);
 // Rates, configuration and lights of the air leg from the front to the second sample, `ticks` long.
 void airSettings(LiveAc& ac, int32_t ticks);
 
-// Vertical speed in feet per minute with which to touch down.
-double gf_touchdownVs(const LiveAc& ac);
-
 // Pitch in radians that goes with a vertical speed in feet per minute.
 double gf_pitchForVs(double vs);
 

@@ -6,10 +6,14 @@
 #include "traffic/traffic.h"
 
 #include <cmath>
+#include <cstdint>
+#include <optional>
 
 namespace vlt {
 
-int32_t gf_autoRange(bool onGround, double altitude, std::optional<double> parkAirportNm)
+// The range in nm for a user on the ground or at `altitude` feet, `parkAirportNm` from the first park
+// airport, if there is one.
+static int32_t lf_autoRange(bool onGround, double altitude, std::optional<double> parkAirportNm)
 {
     constexpr int32_t kAtAirport = 10;  // nm
     constexpr int32_t kOnTheWay = 40;
@@ -39,7 +43,7 @@ void gf_adaptRange()
         const ParkListEntry& first = parkAirports.front();
         parkAirportNm = distNm(gf_placeOf(userNow), gf_placeOf(first));
     }
-    LATERAL_RANGE.value = gf_autoRange(userOnGround, userNow.altitude, parkAirportNm);
+    LATERAL_RANGE.value = lf_autoRange(userOnGround, userNow.altitude, parkAirportNm);
     gf_applyLateralRange();
 }
 

@@ -37,7 +37,7 @@ static bool lf_meetsInAir(const LiveAc& ac, double dist)
            std::abs(gf_offLineFeet(gf_placeOf(userNow), ac.hdg, gf_placeOf(ac))) <= kOffLine;
 }
 
-bool collisionUserAir(const LiveAc& ac)
+static bool collisionUserAir(const LiveAc& ac)
 {
     const double dist = distNm(gf_placeOf(userNow), gf_placeOf(ac));
     return ac.onGround ? lf_meetsOnRunway(ac, dist) : lf_meetsInAir(ac, dist);

@@ -13,9 +13,6 @@ extern std::atomic<bool> blockChanged;  // [atomic] the user changed BLOCK_CALLS
 // The checks of a second, as far as they are switched on.
 void gf_checkCollisions();
 
-// The aircraft would meet the flying user.
-bool collisionUserAir(const LiveAc& ac);
-
 // Takes the call sign that the user blocks over, once a second; if it has changed, its aircraft goes.
 void gf_serviceBlock();
 

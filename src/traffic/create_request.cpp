@@ -7,11 +7,14 @@
 
 #include <algorithm>
 #include <deque>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace vlt {
 
-std::string gf_tailNumber(std::string_view callsign)
+// A call sign as it fits the simulator's tail number.
+static std::string lf_tailNumber(std::string_view callsign)
 {
     return std::string(callsign.substr(0, kSimTailNumberWidth - 1));
 }
@@ -34,7 +37,7 @@ void makeCreateRequest(uint32_t hexid)
     request.bank = ac->bank * kDegPerRad;
     request.heading = ac->hdg * kDegPerRad;
     request.onGround = !ac->stream.front().airborne;
-    request.tailNumber = gf_tailNumber(ac->callsign);
+    request.tailNumber = lf_tailNumber(ac->callsign);
     request.title = ac->title;
     request.hexid = hexid;
     liveCreateQueue.push_back(std::move(request));
@@ -43,7 +46,7 @@ void makeCreateRequest(uint32_t hexid)
 // Takes the aircraft's request back while it still waits for its turn.
 static bool lf_cancelCreation(std::deque<CreateRequest>& queue, const StaticAc& ac)
 {
-    const std::string tailNumber = gf_tailNumber(ac.callsign);
+    const std::string tailNumber = lf_tailNumber(ac.callsign);
     const auto found = std::ranges::find_if(queue, [&](const CreateRequest& request) {
         return request.tailNumber == tailNumber && request.hexid == ac.hexid;
     });

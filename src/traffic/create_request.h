@@ -5,13 +5,8 @@
 #include "traffic/traffic.h"
 
 #include <cstdint>
-#include <string>
-#include <string_view>
 
 namespace vlt {
-
-// A call sign as it fits the simulator's tail number.
-std::string gf_tailNumber(std::string_view callsign);
 
 // Builds the request for the live aircraft's object and queues it.
 void makeCreateRequest(uint32_t hexid);

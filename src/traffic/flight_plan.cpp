@@ -9,6 +9,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <string>
 
 namespace vlt {
 
@@ -43,7 +44,7 @@ static std::string lf_plainCode(const std::string& code)
     return plain;
 }
 
-std::string gf_flightPlanText(const AcBase& ac)
+static std::string lf_flightPlanText(const AcBase& ac)
 {
     const bool instrument = ac.category == AcCategory::Buzjets || ac.category == AcCategory::Large ||
                             ac.category == AcCategory::Heavy;
@@ -71,7 +72,7 @@ void loadFlightPlan(LiveAc& ac)
         return;
     }
     const std::filesystem::path path = lf_file(ac.objectid);
-    if (lf_write(path, gf_flightPlanText(ac)) && gf_setFlightPlan(ac.objectid, path.string())) {
+    if (lf_write(path, lf_flightPlanText(ac)) && gf_setFlightPlan(ac.objectid, path.string())) {
         ac.flightPlanLoaded = true;
         return;
     }

@@ -5,7 +5,6 @@
 #include "traffic/traffic.h"
 
 #include <cstdint>
-#include <string>
 
 namespace vlt {
 
@@ -18,8 +17,5 @@ void loadFlightPlan(LiveAc& ac);
 void removeFlightPlan(uint32_t objectid);
 // Removes the folder with all plans; a failure is shown.
 void gf_removeFlightPlanFolder();
-
-// The plan's text.
-std::string gf_flightPlanText(const AcBase& ac);
 
 }  // namespace vlt

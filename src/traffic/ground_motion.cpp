@@ -28,7 +28,8 @@ static double lf_turnToDeg(const LiveAc& ac, double direction)
 
 // --- midpoints
 
-void maybeMidpoint(LiveAc& ac)
+// Inserts a midpoint on a long leg with a change of speed, so that the speed changes in two steps.
+static void maybeMidpoint(LiveAc& ac)
 {
     constexpr double kSpeedStep = 5;                   // knots
     constexpr double kLongLeg = 100.0 / kMetresPerNm;  // nm

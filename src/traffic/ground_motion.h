@@ -20,7 +20,4 @@ void groundSettings(LiveAc& ac, int32_t ticks);
 // The arrival time at the second sample, and the turn rate for the bend ahead.
 void legTime(LiveAc& ac);
 
-// Inserts a midpoint on a long leg with a change of speed, so that the speed changes in two steps.
-void maybeMidpoint(LiveAc& ac);
-
 }  // namespace vlt

@@ -47,7 +47,9 @@ void ghostCheck(const std::string& callsign)
 
 // --- doubles
 
-LiveAc* gf_doubleOf(const LiveAc& ac, std::string_view callsign, std::string_view regcode)
+// Another aircraft in the simulator, or on its way there, with this call sign or this registration, empty
+// ones left out; nullptr for none.
+static LiveAc* lf_doubleOf(const LiveAc& ac, std::string_view callsign, std::string_view regcode)
 {
     const auto found = std::ranges::find_if(liveAcs, [&](const LiveAc& other) {
         return &other != &ac && other.fs != FsState::Buffer && other.fs != FsState::RemovingFromSim &&
@@ -59,7 +61,7 @@ LiveAc* gf_doubleOf(const LiveAc& ac, std::string_view callsign, std::string_vie
 
 bool gf_makesWayForDouble(const LiveAc& newcomer)
 {
-    while (LiveAc* other = gf_doubleOf(newcomer, newcomer.callsign, newcomer.regcode)) {
+    while (LiveAc* other = lf_doubleOf(newcomer, newcomer.callsign, newcomer.regcode)) {
         const bool parked = other->st == StState::Parked && other->fs == FsState::Active;
         const bool ghost =
             gf_isGhost(other->callsign) && !gf_isGhost(newcomer.callsign) && other->fs == FsState::Active;
@@ -73,7 +75,8 @@ bool gf_makesWayForDouble(const LiveAc& newcomer)
 
 // --- the route
 
-bool updateRoute(LiveAc& ac, const FeedRecord& record)
+// Origin and destination. False for a new flight.
+static bool updateRoute(LiveAc& ac, const FeedRecord& record)
 {
     bool same = true;
     const auto fill = [&same](std::string& text, const std::string& given) {
@@ -197,7 +200,7 @@ static bool lf_changesCallsign(const LiveAc& ac, const FeedRecord& record)
 // Under this call sign the aircraft would be seen twice.
 static bool lf_wouldBeDouble(const LiveAc& ac, const std::string& callsign)
 {
-    return (gf_isGhost(callsign) && hasTwin(callsign)) || gf_doubleOf(ac, callsign, "") != nullptr;
+    return (gf_isGhost(callsign) && hasTwin(callsign)) || lf_doubleOf(ac, callsign, "") != nullptr;
 }
 
 static void lf_takeCallsign(LiveAc& ac, const std::string& callsign)
@@ -246,7 +249,7 @@ static bool lf_isCoupled(const StaticAc& parked, std::string_view callsign)
     return callsign == parked.coupledCs1 || callsign == parked.coupledCs2;
 }
 
-bool sameFlight(const LiveAc& ac, const StaticAc& parked)
+static bool sameFlight(const LiveAc& ac, const StaticAc& parked)
 {
     if (parked.fs != FsState::Active) {
         return false;

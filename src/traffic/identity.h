@@ -16,9 +16,6 @@ namespace vlt {
 // False if the sample is to be dropped.
 bool identityUpdate(LiveAc& ac, const FeedRecord& record);
 
-// Origin and destination. False for a new flight.
-bool updateRoute(LiveAc& ac, const FeedRecord& record);
-
 // The registration. False if a new livery is needed.
 bool updateRegcode(LiveAc& ac, const FeedRecord& record);
 
@@ -33,16 +30,11 @@ void ghostCheck(const std::string& callsign);
 // The call sign, without its last character, is in liveAcs.
 bool hasTwin(std::string_view callsign);
 
-// Another aircraft in the simulator, or on its way there, with this call sign or this registration, empty
-// ones left out; nullptr for none.
-LiveAc* gf_doubleOf(const LiveAc& ac, std::string_view callsign, std::string_view regcode);
 // A new aircraft has the call sign or the registration of one in the simulator: that one goes if it is
 // parked, or a ghost, else the new one can't come and the answer is false.
 bool gf_makesWayForDouble(const LiveAc& newcomer);
 
-// The static aircraft is the same flight as the live one; logged.
-bool sameFlight(const LiveAc& ac, const StaticAc& parked);
-// Removes the first static aircraft that is the same flight.
+// Removes the first static aircraft that is the same flight as the live one, and logs why.
 void gf_removeSameFlight(const LiveAc& ac);
 // The look at all live aircraft on the ground: the first static twin of each is removed.
 void gf_removeStaticTwins();

@@ -66,35 +66,8 @@ static void lf_stepPitch(LiveAc& ac)
     }
 }
 
-static void lf_stepAttitude(LiveAc& ac)
-{
-    if (ac.st == StState::TakeOff) {
-        takeOffStep(ac);
-        return;
-    }
-    if (ac.agl <= kFlareBelow && ac.approach && !ac.onGround) {
-        flareStep(ac);
-    }
-    if (ac.touchdownBlend) {
-        lf_stepBlend(ac);
-    } else if (ac.flareStage == 0 && ac.onGround) {
-        ac.pitch = ac.staticPitch;
-        ac.bank = 0;
-    } else {
-        lf_stepPitch(ac);
-        ac.bank += ac.bankRate;
-        ac.alt += ac.altRate;
-    }
-}
-
-void stepMotion(LiveAc& ac)
-{
-    lf_stepLateral(ac);
-    lf_stepAttitude(ac);
-    ac.lon = std::remainder(ac.lon, 360.0);
-}
-
-void takeOffStep(LiveAc& ac)
+// One tick of rotation and initial climb, of an aircraft taking off.
+static void takeOffStep(LiveAc& ac)
 {
     constexpr double kClearOfGround = 800;  // feet
     --ac.phaseTicks;
@@ -126,6 +99,34 @@ void takeOffStep(LiveAc& ac)
             ac.phaseTicks = 1;
         }
     }
+}
+
+static void lf_stepAttitude(LiveAc& ac)
+{
+    if (ac.st == StState::TakeOff) {
+        takeOffStep(ac);
+        return;
+    }
+    if (ac.agl <= kFlareBelow && ac.approach && !ac.onGround) {
+        flareStep(ac);
+    }
+    if (ac.touchdownBlend) {
+        lf_stepBlend(ac);
+    } else if (ac.flareStage == 0 && ac.onGround) {
+        ac.pitch = ac.staticPitch;
+        ac.bank = 0;
+    } else {
+        lf_stepPitch(ac);
+        ac.bank += ac.bankRate;
+        ac.alt += ac.altRate;
+    }
+}
+
+void stepMotion(LiveAc& ac)
+{
+    lf_stepLateral(ac);
+    lf_stepAttitude(ac);
+    ac.lon = std::remainder(ac.lon, 360.0);
 }
 
 // The height from which the flare's beginning is judged: over the ground under the airport, if known.

@@ -10,8 +10,6 @@ namespace vlt {
 
 // One tick of motion.
 void stepMotion(LiveAc& ac);
-// One tick of rotation and initial climb, of an aircraft taking off.
-void takeOffStep(LiveAc& ac);
 // One tick of the flare's judgement.
 void flareStep(LiveAc& ac);
 // The simulator reports a flying object on the ground.

@@ -68,6 +68,8 @@ bool filterStop(const LiveAc& ac, PosSample& sample)
 
 // --- short stops
 
+// Judges the stop that began at the `num`th sample from the end: one of less than 15 s, or one that ends
+// within 22 m of where it began, is none, and the samples after the first are cut off.
 static void lf_checkStops(LiveAc& ac, size_t num, const PosSample& sample)
 {
     constexpr double kTrueStop = 15;  // seconds
@@ -80,7 +82,7 @@ static void lf_checkStops(LiveAc& ac, size_t num, const PosSample& sample)
     ac.stream.resize(ac.stream.size() - (num - 1));
 }
 
-void checkStops(LiveAc& ac, size_t num, const PosSample& sample)
+static void checkStops(LiveAc& ac, size_t num, const PosSample& sample)
 {
     try {
         lf_checkStops(ac, num, sample);

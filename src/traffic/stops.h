@@ -13,10 +13,6 @@ bool filterStop(const LiveAc& ac, PosSample& sample);
 // A moving sample follows a stop: cuts the stop out if it wasn't one.
 void removeSmallStop(LiveAc& ac, const PosSample& sample);
 
-// Judges the stop that began at the `num`th sample from the end: one of less than 15 s, or one that ends
-// within 22 m of where it began, is none, and the samples after the first are cut off.
-void checkStops(LiveAc& ac, size_t num, const PosSample& sample);
-
 // A report of an aircraft that is parking or parked; true if it is to be kept, because the aircraft leaves
 // its stand. It must report from outside its stand, or move away again and again.
 bool checkAtStand(LiveAc& ac, PosSample& sample);

@@ -23,7 +23,8 @@ static void lf_endHolding(LiveAc& ac)
     ac.holdStart = 0;
 }
 
-bool checkExtendingSituations(LiveAc& ac, const PosSample& sample)
+// A sample ends an extension of the stream; true if it is to be kept, false if it lies behind the aircraft.
+static bool checkExtendingSituations(LiveAc& ac, const PosSample& sample)
 {
     constexpr double kBehind = 100 * kRadPerDeg;
     if (ac.stream.empty()) {
@@ -84,7 +85,9 @@ static bool lf_dropSamplesBehind(LiveAc& ac, const PosSample& sample)
     return true;
 }
 
-bool checkNewPosDuringLanding(LiveAc& ac, PosSample& sample)
+// A sample during the approach or the landing roll, where reports lag behind the object; true if it is to
+// be kept. Drops samples of the stream from which the new one would lead back.
+static bool checkNewPosDuringLanding(LiveAc& ac, PosSample& sample)
 {
     constexpr double kTaxiSpeed = 40;  // knots
     if (ac.stream.empty()) {

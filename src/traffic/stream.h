@@ -12,11 +12,4 @@ inline constexpr size_t kLongestStream = 200;  // samples; an aircraft with more
 // Takes a sample of a known aircraft into its stream, or drops it. Logs an exception and passes it on.
 void decodeExisting(LiveAc& ac, PosSample sample);
 
-// A sample ends an extension of the stream; true if it is to be kept, false if it lies behind the aircraft.
-bool checkExtendingSituations(LiveAc& ac, const PosSample& sample);
-
-// A sample during the approach or the landing roll, where reports lag behind the object; true if it is to
-// be kept. Drops samples of the stream from which the new one would lead back.
-bool checkNewPosDuringLanding(LiveAc& ac, PosSample& sample);
-
 }  // namespace vlt

@@ -16,7 +16,7 @@ static int64_t lf_now()
         .count();
 }
 
-std::string gf_timeOfDayText(int64_t epochSeconds)
+static std::string lf_timeOfDayText(int64_t epochSeconds)
 {
     const Seconds time{std::chrono::seconds(epochSeconds)};
     const std::chrono::hh_mm_ss clock(time - std::chrono::floor<std::chrono::days>(time));
@@ -34,7 +34,7 @@ std::string gf_dateText(int64_t epochSeconds)
     const std::chrono::weekday weekday(days);
     return format("{:3} {:3} {:02} {} {:4}", kDays[weekday.c_encoding()],
                   kMonths[static_cast<unsigned>(date.month()) - 1], static_cast<unsigned>(date.day()),
-                  gf_timeOfDayText(epochSeconds), static_cast<int>(date.year()));
+                  lf_timeOfDayText(epochSeconds), static_cast<int>(date.year()));
 }
 
 std::string nowString()
@@ -44,7 +44,7 @@ std::string nowString()
 
 std::string timeOfDayString()
 {
-    return gf_timeOfDayText(lf_now());
+    return lf_timeOfDayText(lf_now());
 }
 
 int64_t gf_trafficTime()

@@ -25,11 +25,10 @@ inline std::atomic<double> lastTimestamp{0.0};  // [atomic] Traffic Reader: of t
 
 // Now in UTC as "Sun Nov 22 21:16:31 2026".
 std::string nowString();
+// The same for a given time, in seconds since 1970.
+std::string gf_dateText(int64_t epochSeconds);
 // Now in UTC as "21:16:31".
 std::string timeOfDayString();
-// The same two for a given time, in seconds since 1970.
-std::string gf_dateText(int64_t epochSeconds);
-std::string gf_timeOfDayText(int64_t epochSeconds);
 
 // The traffic clock, seconds since 1970.
 int64_t gf_trafficTime();

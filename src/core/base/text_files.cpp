@@ -15,7 +15,10 @@ namespace vlt {
 
 static constexpr char16_t kByteOrderMark = 0xFEFF;
 
-Encoding detectEncoding(const std::filesystem::path& path)
+enum class Encoding { ANSI, Unicode, Unicode_big_endian, UTF8_with_BOM, UTF8_without_BOM, none_found };
+
+// By the file's first two bytes. A file that can't be opened is logged and gives none_found.
+static Encoding detectEncoding(const std::filesystem::path& path)
 {
     std::ifstream file(path, std::ios::binary);
     std::error_code error;
