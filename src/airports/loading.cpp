@@ -84,7 +84,8 @@ std::string gf_qualityText(Quality quality)
 
 void gf_findNeighbours(std::vector<ParkPos>& stands)
 {
-    constexpr double kMargin = 1.1;     // circles reach each other with this much room between them
+    // Neighbours' circles overlap by a tenth of their distance: those that only touch leave each other room.
+    constexpr double kMargin = 1.1;
     constexpr double kNmPerDeg = 59.9;  // of latitude, not more than it is: a quick look before the distance
     for (ParkPos& stand : stands) {
         stand.neighbours.clear();

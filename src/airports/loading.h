@@ -1,7 +1,8 @@
 // Loading of an airport file: from its path to a stand list that is ready for parking.
 //
-// Worker thread. A load reads and nothing else: no parameter, no table and no field of the window changes. It
-// leaves the stand list either whole or empty.
+// Worker thread. A load changes no parameter, no table and no field of the window. On the disk it does two
+// things: a file from the server is put down as airports/park_airport.xml, and a learned file that can't be
+// parsed is moved aside. It leaves the stand list either whole or empty.
 #pragma once
 
 #include "airports/airports.h"

@@ -1,6 +1,6 @@
 // The settings that belong to an airport: its learned file keeps them, and the next visit finds them again.
 //
-// One table names them, in the order of the file; writer, reader and whoever asks for a change walk it.
+// One table names them, in the order of the file; writer and reader walk it.
 // Worker thread; reading touches no parameter, applying does.
 #pragma once
 

@@ -1,6 +1,7 @@
 // The frame handler: sends what the engine queued, in step with the simulator's frames.
 //
-// SimClient thread; tries simCallMutex and leaves at once if it is busy.
+// SimClient thread; tries simCallMutex and leaves at once if it is busy. Only after a request has failed,
+// when nothing is sent any more, does it wait for the lock, to empty the queues.
 #pragma once
 
 #include <cstdint>
@@ -19,6 +20,7 @@ struct PendingCreate {
 extern std::vector<PendingCreate> pendingCreates;  // [simClient]
 
 // Sends what is queued, on the simulator's frame event. A busy lock costs one frame, never a wait.
+// Once a request has failed, the queues are emptied instead.
 void gf_onFrame();
 
 // As at the start of a run.

@@ -8,7 +8,9 @@
 
 namespace vlt {
 
-extern std::atomic<bool> blockChanged;  // [atomic] the user changed BLOCK_CALLSIGN; the worker clears
+// BLOCK_CALLSIGN is new. The command that lets the user change it will set this; until there are commands
+// only the tests do.
+extern std::atomic<bool> blockChanged;  // [atomic] the worker clears
 
 // The checks of a second, as far as they are switched on.
 void gf_checkCollisions();

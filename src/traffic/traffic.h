@@ -282,13 +282,13 @@ struct PositionRecord {
     double tasOut = 0;  // knots
 };
 
-enum class SimMessageKind : uint32_t {
-    LiveObject = 0,    // new live object: a hexid, b ticks since, y feet above ground
-    StaticObject = 1,  // new static object: a hexid, b ticks since
-    ObjectRemoved = 2,
-    ObjectData = 3,       // a 1 on the ground, x ground altitude, y feet above ground
-    StaticData = 4,       // x centre of gravity above ground in feet, y static pitch in radians
-    CreationRefused = 6,  // a hexid
+enum class SimMessageKind {
+    LiveObject,    // new live object: a hexid, b ticks since, y feet above ground
+    StaticObject,  // new static object: a hexid, b ticks since
+    ObjectRemoved,
+    ObjectData,       // a 1 on the ground, x ground altitude, y feet above ground
+    StaticData,       // x centre of gravity above ground in feet, y static pitch in radians
+    CreationRefused,  // a hexid
 };
 
 // What comes back from the SimClient thread.
@@ -301,7 +301,7 @@ struct SimMessage {
     double y = 0;
 };
 
-// The user's aircraft as the simulator reports it: twelve values in the order of their definition.
+// The user's aircraft as the simulator reports it.
 struct UserAc {
     double lat = 0;  // degrees
     double lon = 0;
@@ -316,7 +316,6 @@ struct UserAc {
     int64_t zuluYear = 0;
     int64_t lights = 0;  // mask
 };
-static_assert(sizeof(UserAc) == 96, "twelve values as they come over the wire");
 
 // The tables. In brackets: the one thread, or the one lock, under which a table is touched.
 extern std::vector<LiveAc> liveAcs;                  // [worker] live aircraft in every fs
@@ -379,8 +378,8 @@ LiveAc* gf_liveByCallsign(std::string_view callsign);
 
 // Makes room in the tables, once.
 void gf_reserveTables();
-// Empties them all, and puts the values beside them back, as when a run ends; the tick goes on. Takes
-// messageMutex and feedMutex one by one.
+// Empties them all, and puts the values beside them back, as when a run ends. The tick goes on;
+// currentQnh and parkAirport are put back by those who set them. Takes messageMutex and feedMutex one by one.
 void gf_clearTables();
 
 }  // namespace vlt

@@ -20,7 +20,7 @@ struct HourStamp {
 
 inline constexpr size_t kSlotsPerDay = 48;
 
-inline std::atomic<bool> simTimeMode{false};    // [atomic] worker: the traffic clock runs on the feed's time
+inline std::atomic<bool> simTimeMode{false};  // [atomic] a replay: the traffic clock runs on the feed's time
 inline std::atomic<double> lastTimestamp{0.0};  // [atomic] Traffic Reader: of the last line, s since 1970
 
 // Now in UTC as "Sun Nov 22 21:16:31 2026".

@@ -1,4 +1,4 @@
-// Zip archives, read only: just the operations wanted here.
+// Zip archives: just the operations wanted here, reading one entry by entry and writing one whole.
 #pragma once
 
 #include <cstdint>
