@@ -35,10 +35,15 @@ constexpr const char* kCss = "text{font-size:12px;fill:#5b6875}.title{font-size:
 
 // --- what is looked for
 
+// At least two looks, so that there is a way from the first to the last.
 static Looks lf_between(Looks looks, double begin, double end)
 {
     const auto first = std::ranges::lower_bound(looks, begin, {}, &MotionLook::time);
-    return {first, std::ranges::upper_bound(looks, end, {}, &MotionLook::time)};
+    const Looks found{first, std::ranges::upper_bound(looks, end, {}, &MotionLook::time)};
+    if (found.size() < 2) {
+        throw std::runtime_error("too little is seen of an aircraft: more seconds are needed");
+    }
+    return found;
 }
 
 static double lf_turnedDeg(const MotionLook& a, const MotionLook& b)

@@ -79,7 +79,7 @@ int gf_picture(const PictureOptions& options)
     ReplayToolOptions replay;
     replay.replay.world = options.world;
     replay.replay.seconds = options.seconds;
-    replay.out = std::filesystem::temp_directory_path() / "velatra-picture";
+    replay.out = options.out / "airport";  // the built-in day's own file, which nobody asked for
     DayOptions day;
     day.world = options.world;
     const FeedSource feed(day);
