@@ -112,14 +112,13 @@ BENCHMARK(lf_neighbours)->Name("airport/neighbours")->Unit(benchmark::kMicroseco
 
 static void lf_standAtPosition(benchmark::State& state)
 {
-    constexpr double kRadius = 55 / kMetresPerNm;
     parkApf.stands = lf_stands(kOptions);
     LiveAc ac;
     ac.callsign = "BAW1";
     ac.radius = 20 / kMetresPerNm;
-    const LatLon place{parkApf.stands[210].lat, parkApf.stands[210].lon};
+    const LatLon place = gf_placeOf(parkApf.stands[210]);
     for (auto _ : state) {
-        benchmark::DoNotOptimize(standAtPosition(place, ac, kRadius, true));
+        benchmark::DoNotOptimize(standAtPosition(place, ac, kStandReach, true));
     }
     parkApf = Apf{};
 }

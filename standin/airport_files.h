@@ -3,45 +3,13 @@
 // File reading and texts; no state. Throws std::runtime_error for a table that can't be published.
 #pragma once
 
-#include "core/base/hours.h"
+#include "standin/archived_airport.h"
 
-#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 namespace vlt {
-
-struct ArchivedOption {
-    std::string reg;
-    std::string airline;  // written with `type` only when the data base doesn't know the registration
-    std::string type;
-    std::string callsigns;  // one, or two coupled ones with ":" between; may be empty
-    HoursSet hours;
-    int day = 1;  // 1 Monday to 7 Sunday
-    bool soft = false;
-    bool known = false;  // the data base knows the registration
-};
-
-struct ArchivedStand {
-    std::string id;
-    double lat = 0;
-    double lon = 0;
-    double headingDeg = 0;
-    double radiusM = 0;
-    std::string kind;  // "gate", "ramp", "cargo" or "heli"
-    std::vector<ArchivedOption> options;
-};
-
-struct ArchivedAirport {
-    std::string code;
-    std::string iata;
-    std::string name;
-    double lat = 0;
-    double lon = 0;
-    int elevation = 0;  // feet
-    std::vector<ArchivedStand> stands;
-};
 
 // The document. Of two stands with one id the later one gets "-2" behind it.
 std::string gf_archivedText(const ArchivedAirport& airport);

@@ -1,5 +1,6 @@
 #include "standin/day_week.h"
 
+#include "standin/day_airport.h"
 #include "standin/day_flights.h"
 #include "standin/world_tables.h"
 

@@ -3,8 +3,7 @@
 // Pure but for the world's tables; any thread.
 #pragma once
 
-#include "standin/airport_files.h"
-#include "standin/day_airport.h"
+#include "standin/archived_airport.h"
 
 #include <filesystem>
 #include <vector>

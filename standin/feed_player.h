@@ -6,6 +6,7 @@
 #pragma once
 
 #include "standin/builtin_day.h"
+#include "traffic/traffic.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -42,7 +43,7 @@ private:
 struct FeedOptions {
     uint16_t port = 49005;
     uint16_t weatherPort = 49004;  // 0 sends no weather
-    int qnh = 1013;                // hectopascal
+    int qnh = kStandardQnh;        // hectopascal
     double speed = 1;              // seconds of the feed in a second
     double from = 0;               // seconds of the feed to begin at
 };

@@ -166,7 +166,7 @@ private:
         chart.title = "Velatra";
         chart.subtitle = facts().feed;
         const UserState user = m_simulator.user();
-        chart.user = {user.lat, user.lon};
+        chart.user = gf_placeOf(user);
         chart.userHeading = user.heading;
         chart.atDayAirport = m_options.recording.empty();
         chart.lives = m_simulator.lives();

@@ -9,7 +9,6 @@
 
 namespace vlt {
 
-constexpr double kFeetPerSecondPerKnot = kFeetPerNm / 3600;
 constexpr double kStepFactor = 1.5;    // a step may exceed the speed by this
 constexpr double kStepRounding = 10;   // feet
 constexpr double kSettling = 1;        // seconds after the first position that don't count
@@ -73,7 +72,7 @@ static void lf_checkDirection(std::vector<MotionBreak>& breaks, const Step& step
     if (step.feet < kMovingFeet) {
         return;
     }
-    const double way = bearing({step.a.lat, step.a.lon}, {step.b.lat, step.b.lon});
+    const double way = bearing(gf_placeOf(step.a), gf_placeOf(step.b));
     // The nose in the middle of the step, so that a turn doesn't count against it.
     const double nose = step.a.heading + angleDiff(step.a.heading, step.b.heading) / 2;
     const double offDeg = std::abs(angleDiff(nose, way)) * kDegPerRad;
@@ -130,7 +129,7 @@ std::vector<MotionBreak> gf_motionBreaks(const ObjectLife& life)
         if (a.time < life.firstPositionAt + kSettling || seconds <= 0 || seconds > kLongestSample) {
             continue;
         }
-        const double feet = distNm({a.lat, a.lon}, {b.lat, b.lon}) * kFeetPerNm;
+        const double feet = distNm(gf_placeOf(a), gf_placeOf(b)) * kFeetPerNm;
         const Step step{life, a, b, seconds, feet, std::max(std::abs(a.tas), std::abs(b.tas))};
         lf_checkStep(breaks, step);
         lf_checkDirection(breaks, step);

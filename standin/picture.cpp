@@ -79,7 +79,7 @@ static std::string lf_track(const SvgMap& map, const ObjectLife& life, double no
     for (const TrackPoint& point : life.track) {
         const bool fresh = present && now - point.time < kNewestSeconds;
         points.push_back(
-            {gf_onPage(map, {point.lat, point.lon}),
+            {gf_onPage(map, gf_placeOf(point)),
              format("stroke='{}' stroke-width='{:.1f}' opacity='{}'",
                     lf_heightColour(std::round(point.altitude / 500) * 500, point.onGround), width,
                     fresh     ? 0.9

@@ -92,7 +92,7 @@ public:
         if (!options.airportFile.empty()) {
             lf_loadAirport(options);
         }
-        trafficReader.setCentre({options.user.lat, options.user.lon});
+        trafficReader.setCentre(gf_placeOf(options.user));
         simTimeMode = true;
         realTrafficHere = true;  // a repeated line counts
         currentQnh = options.qnh;

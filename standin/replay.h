@@ -8,6 +8,7 @@
 #include "standin/replay_judge.h"
 #include "standin/sim_object.h"
 #include "standin/virtual_simulator.h"
+#include "traffic/traffic.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -25,7 +26,7 @@ struct ReplayOptions {
     double from = 0;        // seconds of the feed to begin at
     double seconds = 3600;  // of the replay
     int32_t rangeNm = 40;
-    int32_t qnh = 1013;              // hPa
+    int32_t qnh = kStandardQnh;      // hPa
     bool pressureAltitudes = false;  // turn the recording's altitudes into pressure altitudes
     uint64_t seed = 1;
 };

@@ -28,7 +28,7 @@ void ReplayJudge::onReport(const FeedRecord& record)
     if (record.sample.airborne) {
         reports.firstGround.reset();
     } else if (reports.airborne) {
-        reports.firstGround = LatLon{record.sample.lat, record.sample.lon};
+        reports.firstGround = gf_placeOf(record.sample);
     }
     reports.airborne = record.sample.airborne;
 }
@@ -71,15 +71,14 @@ void ReplayJudge::look(const LiveAc& ac)
         life.activeTick = tick;
     }
     if (ac.landingRoll && !seen.landingRoll) {
-        constexpr double kTicksPerMinute = 6000;
-        life.touchdown = Touchdown{tick, {ac.lat, ac.lon}, -seen.altRate * kTicksPerMinute};
+        life.touchdown = Touchdown{tick, gf_placeOf(ac), -seen.altRate * kTicksPerMinute};
     }
     seen.altRate = ac.altRate;
     seen.landingRoll = ac.landingRoll;
     const bool parked = ac.st == StState::Parked;
     if (parked && !seen.parked) {
         life.stands += (life.stands.empty() ? "" : " ") + gf_standName(ac);
-        life.standDistanceM = distNm({ac.lat, ac.lon}, {ac.standLat, ac.standLon}) * kMetresPerNm;
+        life.standDistanceM = distNm(gf_placeOf(ac), gf_standPlace(ac)) * kMetresPerNm;
     }
     seen.parked = parked;
     life.fs = ac.fs;
@@ -154,7 +153,7 @@ void ReplayJudge::checkParked(const LiveAc& ac, const std::unordered_map<uint32_
         return;
     }
     const SimObject& o = *object->second;
-    const Parked now{{o.lat, o.lon}, {o.heading, o.altitude, o.pitch, o.bank}, false};
+    const Parked now{gf_placeOf(o), {o.heading, o.altitude, o.pitch, o.bank}, false};
     const auto [at, isNew] = m_parked.try_emplace(ac.objectid, now);
     Parked& before = at->second;
     if (isNew) {

@@ -14,7 +14,6 @@ constexpr double kRollSpeed = 2;              // knots, of one on the ground
 constexpr double kRollAfter = 2;              // seconds until its engines run
 constexpr double kBankRate = 2 * kRadPerDeg;  // per second, of one whose attitude isn't frozen
 constexpr double kSteepestBank = 60 * kRadPerDeg;
-constexpr double kFeetPerSecondPerKnot = kFeetPerNm / 3600;
 
 double gf_groundElevation(const Terrain& terrain, double lat)
 {
@@ -45,7 +44,7 @@ static void lf_drift(SimObject& object, bool onGround, double now, double second
     }
     const double knots = onGround ? kRollSpeed : std::max(object.tas, kGlideSpeed);
     const LatLon to =
-        destination({object.lat, object.lon}, object.heading, knots * kFeetPerSecondPerKnot * seconds);
+        destination(gf_placeOf(object), object.heading, knots * kFeetPerSecondPerKnot * seconds);
     object.lat = to.lat;
     object.lon = to.lon;
 }

@@ -16,7 +16,6 @@ namespace vlt {
 constexpr uint32_t kOpenTag = 0x50334400;  // "P3D"
 constexpr uint32_t kWidestRadiusM = 200'000;
 constexpr uint32_t kPeriodNever = 0;
-constexpr double kFeetPerSecondPerKnot = kFeetPerNm / 3600;
 constexpr double kStepMargin = 1.5;   // a step may exceed the speed by this factor
 constexpr double kStepJitter = 0.05;  // seconds by which a write may come early or late
 constexpr double kStepRounding = 3;   // feet
@@ -287,7 +286,7 @@ void VirtualSimulator::onRequestByType(PacketReader& reader, SimCall& call)
     }
     std::vector<const SimObject*> inRange{&m_user};
     for (const auto& [id, object] : m_objects) {
-        const double distance = distNm({m_user.lat, m_user.lon}, {object.lat, object.lon});
+        const double distance = distNm(gf_placeOf(m_user), gf_placeOf(object));
         if (distance * kMetresPerNm <= radiusM) {
             inRange.push_back(&object);
         }
@@ -371,7 +370,7 @@ void VirtualSimulator::noteStep(const SimObject& before, const SimObject& after)
         life.firstPositionAt = now;
     }
     if (life.positions > 0 && now - life.firstPositionAt > kCalmSeconds) {
-        const double step = distNm({before.lat, before.lon}, {after.lat, after.lon}) * kFeetPerNm;
+        const double step = distNm(gf_placeOf(before), gf_placeOf(after)) * kFeetPerNm;
         const double seconds = now - life.lastPositionAt + kStepJitter;
         const double knots = std::max(before.tas, after.tas);
         const double beyond = step - kStepMargin * knots * kFeetPerSecondPerKnot * seconds - kStepRounding;

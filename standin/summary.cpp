@@ -37,7 +37,7 @@ static Json lf_trackJson(const std::vector<TrackPoint>& track)
     for (size_t i = 1; i < track.size(); ++i) {
         const TrackPoint& a = track[i - 1];
         const TrackPoint& b = track[i];
-        nm += distNm({a.lat, a.lon}, {b.lat, b.lon});
+        nm += distNm(gf_placeOf(a), gf_placeOf(b));
         lowest = std::min(lowest, b.agl);
         highest = std::max(highest, b.altitude);
         if (!a.onGround && b.onGround && touchdown.is_null()) {

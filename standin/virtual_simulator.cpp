@@ -10,7 +10,6 @@
 namespace vlt {
 
 constexpr int64_t kUsPerSecond = 1'000'000;
-constexpr double kFeetPerSecondPerKnot = kFeetPerNm / 3600;
 constexpr double kUnlistedCgFt = 10;  // of a title that no list tells about
 constexpr uint32_t kNoGroup = 0;      // system events belong to no group
 

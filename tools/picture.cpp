@@ -40,14 +40,9 @@ public:
         }
         for (const LiveAc& ac : liveAcs) {
             if (ac.fs == FsState::Active) {
-                trackOf(ac).looks.push_back({static_cast<double>(now) / kTicksPerSecond,
-                                             {ac.lat, ac.lon},
-                                             ac.alt,
-                                             ac.hdg * kDegPerRad,
-                                             -ac.pitch * kDegPerRad,
-                                             ac.speedOut,
-                                             ac.st,
-                                             ac.onGround});
+                trackOf(ac).looks.push_back({static_cast<double>(now) / kTicksPerSecond, gf_placeOf(ac),
+                                             ac.alt, ac.hdg * kDegPerRad, -ac.pitch * kDegPerRad, ac.speedOut,
+                                             ac.st, ac.onGround});
             }
         }
     }

@@ -5,6 +5,7 @@
 #include "core/base/parameters.h"
 #include "core/base/run_state.h"
 #include "link/traffic_reader.h"
+#include "liveries/liveries.h"
 #include "traffic/geodesy.h"
 
 #include <nlohmann/json.hpp>
@@ -29,11 +30,11 @@ static bool lf_hear(const std::string& line)
 static nlohmann::ordered_json lf_answer(int64_t number, const StandOptions& options)
 {
     const FeedRecord& record = trafficReader.record;
-    const LatLon place{record.sample.lat, record.sample.lon};
+    const LatLon place = gf_placeOf(record.sample);
     LiveAc ac;
     ac.callsign = record.callsign;
     ac.model = record.model;
-    ac.radius = options.spanM / 2 / kMetresPerNm;
+    ac.radius = options.spanM * kHalfSpanNmPerMetre;
     ac.category = options.category == "Rotorcraft" ? AcCategory::Rotorcraft : AcCategory::Large;
     nlohmann::ordered_json json = {{"line", number},
                                    {"callsign", record.callsign},
@@ -43,7 +44,7 @@ static nlohmann::ordered_json lf_answer(int64_t number, const StandOptions& opti
     const uint32_t index = standAtPosition(place, ac, options.radiusM / kMetresPerNm, options.allowFar);
     if (const ParkPos* stand = gf_stand(index)) {
         json["stand"] = stand->id;
-        json["distanceM"] = distNm(place, {stand->lat, stand->lon}) * kMetresPerNm;
+        json["distanceM"] = distNm(place, gf_placeOf(*stand)) * kMetresPerNm;
     } else {
         json["stand"] = nullptr;
     }
@@ -62,7 +63,7 @@ int gf_findStands(const StandOptions& options)
     LATERAL_RANGE.value = static_cast<int32_t>(kAnywhere);
     gf_applyLateralRange();
     realTrafficHere = true;
-    trafficReader.setCentre({first.lat, first.lon});
+    trafficReader.setCentre(gf_placeOf(first));
     trafficReader.setParkAirport(ParkAirportPlace{first.lat, first.lon, 0});
     int64_t number = 0;
     for (std::string line; std::getline(std::cin, line);) {

@@ -15,7 +15,6 @@
 
 namespace vlt {
 
-static constexpr double kTicksPerMinute = 6000.0;
 static constexpr double kSettledClimb = 601;  // feet per minute; beyond it a vertical speed counts as meant
 
 // --- the arrival

@@ -139,7 +139,7 @@ void arrivedAtStand(LiveAc& ac)
         removeAircraftFromSim(ac, "its stand was taken");
         return;
     }
-    if (distNm(gf_placeOf(ac), {ac.standLat, ac.standLon}) > kAtStand) {
+    if (distNm(gf_placeOf(ac), gf_standPlace(ac)) > kAtStand) {
         gf_setSt(ac, StState::Taxi);
         return;
     }
@@ -151,7 +151,7 @@ void arrivedAtStand(LiveAc& ac)
 // Moved away so soon after its landing: nobody has boarded.
 static bool lf_leavesTooSoon(const LiveAc& ac)
 {
-    constexpr int32_t kMinute = 60 * kTicksPerSecond;
+    constexpr int32_t kMinute = kTicksPerMinute;
     //                                                    Light Buzjets     Large         Heavy HighPerf Rotor
     static constexpr PerCategory<int32_t> kShortestStay{0, 15 * kMinute, 25 * kMinute, 60 * kMinute, 0, 0};
     const int32_t stay = tick - ac.stream.front().time + kParkedAheadTicks;

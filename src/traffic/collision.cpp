@@ -76,8 +76,7 @@ static void lf_checkUserOnGround()
     }
     lastUserPosition = gf_placeOf(userNow);
     const auto parked = std::ranges::find_if(staticAcs, [](const StaticAc& s) {
-        return s.fs == FsState::Active &&
-               lf_meetsUserOnGround(s.radius, {s.standLat, s.standLon}, kStaticMargin);
+        return s.fs == FsState::Active && lf_meetsUserOnGround(s.radius, gf_standPlace(s), kStaticMargin);
     });
     if (parked != staticAcs.end()) {
         removeAircraftFromSim(*parked, "in the user's way on the ground");
@@ -97,7 +96,7 @@ static void lf_removeStaticInWay(const LiveAc& ac)
     constexpr double kMargin = 1.1;
     const auto parked = std::ranges::find_if(staticAcs, [&ac](const StaticAc& s) {
         return s.fs == FsState::Active &&
-               (ac.radius + s.radius) * kMargin >= distNm(gf_placeOf(ac), {s.standLat, s.standLon});
+               (ac.radius + s.radius) * kMargin >= distNm(gf_placeOf(ac), gf_standPlace(s));
     });
     if (parked == staticAcs.end()) {
         return;

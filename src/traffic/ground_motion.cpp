@@ -179,7 +179,7 @@ static void lf_leaveParked(LiveAc& ac)
     if (!ac.pullOutPending) {
         return;
     }
-    const double away = bearing({ac.standLat, ac.standLon}, gf_placeOf(ac.stream.back()));
+    const double away = bearing(gf_standPlace(ac), gf_placeOf(ac.stream.back()));
     const long deg = std::lround(angleDiff(ac.standHeading, away) * kDegPerRad);
     if (std::abs(deg) < kSideways) {
         pullOut(ac);

@@ -62,10 +62,9 @@ static LiveAc* lf_doubleOf(const LiveAc& ac, std::string_view callsign, std::str
 bool gf_makesWayForDouble(const LiveAc& newcomer)
 {
     while (LiveAc* other = lf_doubleOf(newcomer, newcomer.callsign, newcomer.regcode)) {
-        const bool parked = other->st == StState::Parked && other->fs == FsState::Active;
         const bool ghost =
             gf_isGhost(other->callsign) && !gf_isGhost(newcomer.callsign) && other->fs == FsState::Active;
-        if (!parked && !ghost) {
+        if (!gf_isParked(*other) && !ghost) {
             return false;
         }
         removeAircraftFromSim(*other, "reported anew elsewhere");

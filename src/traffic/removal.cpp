@@ -9,6 +9,7 @@
 #include "traffic/create_request.h"
 #include "traffic/flight_plan.h"
 #include "traffic/geodesy.h"
+#include "traffic/leg_time.h"
 #include "traffic/stand_holding.h"
 
 #include <algorithm>
@@ -25,12 +26,12 @@ static void lf_removeWhileAdding(StaticAc& ac)
     }
 }
 
-static void lf_queueRemoval(const StaticAc& ac, std::string_view caller)
+static void lf_queueRemoval(const StaticAc& ac)
 {
     if (ac.objectid != kNoObject) {
         removeWaitQueue.push_back(ac.objectid);
     } else {
-        logLine(format("{} removing act {}, with objectid=0 ?", caller, logName(ac)));
+        logLine(format("removing act {}, with objectid=0 ?", logName(ac)));
     }
 }
 
@@ -55,7 +56,7 @@ void removeAircraftFromSim(StaticAc& ac, std::string_view why)
     const bool objectGoesAnyway = ac.fs == FsState::LiveryRespawn;
     ac.fs = FsState::RemovingFromSim;
     if (!objectGoesAnyway) {
-        lf_queueRemoval(ac, "removeAircraftFromSim");
+        lf_queueRemoval(ac);
     }
 }
 
@@ -78,17 +79,13 @@ void liveryRespawn(LiveAc& ac)
         q.rollValid = true;
         q.altitude = ac.alt;
         PosSample& front = ac.stream.front();
-        front.stationary = front.lat == q.lat && front.lon == q.lon;
+        front.stationary = gf_samePosition(front, q);
     }
     q.time = tick + 1;
     ac.stream.front().time = std::max(ac.stream.front().time, q.time + 1);
     ac.stream.push_front(q);
     ac.fs = FsState::LiveryRespawn;
-    if (ac.objectid != kNoObject) {
-        removeWaitQueue.push_back(ac.objectid);
-    } else {
-        logLine(format("liveryRespawn removing act {} with objectid=0 ?", logName(ac)));
-    }
+    lf_queueRemoval(ac);
 }
 
 static void lf_backToBuffer(LiveAc& ac)
@@ -171,8 +168,7 @@ void gf_keepWithinMaxLive()
     if (MAX_LIVE.value < 0) {
         return;
     }
-    const auto active = std::ranges::count(liveAcs, FsState::Active, &LiveAc::fs);
-    for (auto surplus = active - MAX_LIVE.value; surplus > 0 && makeRoom(-1); --surplus) {
+    for (auto surplus = gf_activeCount() - MAX_LIVE.value; surplus > 0 && makeRoom(-1); --surplus) {
     }
 }
 

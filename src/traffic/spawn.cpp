@@ -10,6 +10,7 @@
 #include "traffic/air_motion.h"
 #include "traffic/geodesy.h"
 #include "traffic/identity.h"
+#include "traffic/leg_time.h"
 #include "traffic/removal.h"
 #include "traffic/stand_spawn.h"
 
@@ -114,8 +115,7 @@ static Gate lf_gateForNumber(LiveAc& ac)
     if (MAX_LIVE.value < 0) {
         return Gate::Pass;
     }
-    const auto active = std::ranges::count(liveAcs, FsState::Active, &LiveAc::fs);
-    const auto coming = active + std::ssize(spawnStack) + std::ssize(liveCreateQueue);
+    const auto coming = gf_activeCount() + std::ssize(spawnStack) + std::ssize(liveCreateQueue);
     return coming < MAX_LIVE.value || makeRoom(gf_distanceToUser(ac.stream.front())) ? Gate::Pass
                                                                                      : Gate::Erase;
 }
@@ -241,7 +241,7 @@ static double lf_initialHeading(const LiveAc& ac)
     }
     const PosSample& front = ac.stream[0];
     const PosSample& second = ac.stream[1];
-    const bool standing = second.stationary || (front.lat == second.lat && front.lon == second.lon);
+    const bool standing = second.stationary || gf_samePosition(front, second);
     return standing ? gf_normalAngle(front.track * kRadPerDeg)
                     : bearing(gf_placeOf(front), gf_placeOf(second));
 }

@@ -1,7 +1,6 @@
 #include "traffic/stand_holding.h"
 
 #include "airports/stand_search.h"
-#include "traffic/geodesy.h"
 
 #include <algorithm>
 
@@ -27,6 +26,16 @@ static uint32_t lf_phase(StState st)
         return 0;
     }
     return 0;
+}
+
+bool gf_isParked(const LiveAc& ac)
+{
+    return ac.st == StState::Parked && ac.fs == FsState::Active;
+}
+
+LatLon gf_standPlace(const StaticAc& ac)
+{
+    return {ac.standLat, ac.standLon};
 }
 
 bool gf_holds(const LiveAc& ac, uint32_t standId, uint32_t phases)

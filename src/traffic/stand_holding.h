@@ -6,6 +6,7 @@
 #pragma once
 
 #include "airports/airports.h"
+#include "traffic/geodesy.h"
 #include "traffic/traffic.h"
 
 #include <cstdint>
@@ -18,6 +19,11 @@ inline constexpr double kStopsNear = 35.0 / kMetresPerNm;
 
 // Phases in which a live aircraft is at its stand, to be combined.
 enum Holding : uint32_t { kParks = 1, kParked = 2, kPushes = 4, kPushed = 8 };
+
+// The aircraft is parked, and in the simulator.
+bool gf_isParked(const LiveAc& ac);
+// The place of its stand; meaningless without one.
+LatLon gf_standPlace(const StaticAc& ac);
 
 // The active aircraft is at the stand, in one of the phases.
 bool gf_holds(const LiveAc& ac, uint32_t standId, uint32_t phases);

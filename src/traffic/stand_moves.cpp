@@ -42,7 +42,7 @@ static void lf_dropReports(LiveAc& ac)
 
 void pullOut(LiveAc& ac)
 {
-    const LatLon stand{ac.standLat, ac.standLon};
+    const LatLon stand = gf_standPlace(ac);
     const LatLon ahead = destination(stand, ac.standHeading, 2 * ac.radius * kFeetPerNm);
     ac.pullOutPending = false;
     lf_dropReports(ac);

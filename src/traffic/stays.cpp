@@ -13,16 +13,11 @@ namespace vlt {
 
 int32_t maxPark = 0;
 
-static bool lf_isParked(const LiveAc& ac)
-{
-    return ac.st == StState::Parked && ac.fs == FsState::Active;
-}
-
 static LiveAc* lf_longestParked()
 {
     LiveAc* longest = nullptr;
     for (LiveAc& ac : liveAcs) {
-        if (lf_isParked(ac) && (longest == nullptr || ac.parkedSince < longest->parkedSince)) {
+        if (gf_isParked(ac) && (longest == nullptr || ac.parkedSince < longest->parkedSince)) {
             longest = &ac;
         }
     }
@@ -54,7 +49,7 @@ static void lf_removeOldestStatic(int64_t parked)
 
 void maxParkCheck(int32_t extra)
 {
-    const auto parked = std::ranges::count_if(liveAcs, lf_isParked) + extra;
+    const auto parked = std::ranges::count_if(liveAcs, gf_isParked) + extra;
     if (!INITIAL_LOAD_ONLY.value && maxPark >= 1 && parked > maxPark) {
         if (LiveAc* longest = lf_longestParked()) {
             logTalkative(
@@ -67,18 +62,17 @@ void maxParkCheck(int32_t extra)
 
 std::vector<ParkedStay> oldParkedRound()
 {
-    constexpr int32_t kMinute = 60 * kTicksPerSecond;
     std::vector<ParkedStay> stays;
     for (LiveAc& ac : liveAcs) {
-        if (!lf_isParked(ac)) {
+        if (!gf_isParked(ac)) {
             continue;
         }
-        const int32_t longest = (ac.category == AcCategory::Heavy ? 180 : 90) * kMinute;
+        const int32_t longest = (ac.category == AcCategory::Heavy ? 180 : 90) * kTicksPerMinute;
         const int32_t stay = ac.liveAtStand ? 0 : tick - ac.parkedSince;
         if (stay > longest && !INITIAL_LOAD_ONLY.value) {
             removeAircraftFromSim(ac, "parked for long enough");
         } else {
-            stays.push_back({ac.standId, stay / kMinute, gf_flightText(ac)});
+            stays.push_back({ac.standId, stay / kTicksPerMinute, gf_flightText(ac)});
         }
     }
     std::ranges::stable_sort(stays, {}, &ParkedStay::minutes);

@@ -6,6 +6,7 @@
 #include "traffic/geodesy.h"
 #include "traffic/leg_time.h"
 #include "traffic/removal.h"
+#include "traffic/stand_holding.h"
 
 #include <algorithm>
 #include <cmath>
@@ -169,7 +170,7 @@ bool checkAtStand(LiveAc& ac, PosSample& sample)
     constexpr double kLimit = 85.0 / kMetresPerNm;
     constexpr double kLimitAfterArrival = 170.0 / kMetresPerNm;
     ac.liveAtStand = true;
-    const double dist = distNm(gf_placeOf(sample), {ac.standLat, ac.standLon});
+    const double dist = distNm(gf_placeOf(sample), gf_standPlace(ac));
     if (dist > (ac.prevSt == StState::Parking ? kLimitAfterArrival : kLimit)) {
         return lf_outsideStand(ac, sample, dist);
     }

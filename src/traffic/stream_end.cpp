@@ -47,7 +47,6 @@ static bool lf_isInTheWay(const LiveAc& ac)
 
 static bool lf_hold(LiveAc& ac)
 {
-    constexpr int32_t kTicksPerMinute = 60 * kTicksPerSecond;
     constexpr int32_t kStep = 300;  // ticks
     if (lf_isInTheWay(ac)) {
         ac.holding = false;

@@ -103,6 +103,11 @@ LiveAc* gf_liveByCallsign(std::string_view callsign)
     });
 }
 
+int64_t gf_activeCount()
+{
+    return std::ranges::count(liveAcs, FsState::Active, &LiveAc::fs);
+}
+
 void gf_reserveTables()
 {
     liveAcs.reserve(512);

@@ -26,6 +26,7 @@
 namespace vlt {
 
 inline constexpr int32_t kTicksPerSecond = 100;
+inline constexpr int32_t kTicksPerMinute = 60 * kTicksPerSecond;
 inline constexpr int32_t kReplayDelayTicks = 3000;  // every aircraft runs this far behind its reports
 inline constexpr int32_t kParkedAheadTicks =
     60'480'000;                                      // a week: so far ahead lies the sample of who is parked
@@ -375,6 +376,9 @@ void gf_setSt(LiveAc& ac, StState st);
 LiveAc* gf_liveByHexid(uint32_t hexid);
 LiveAc* gf_liveByObject(uint32_t objectid);
 LiveAc* gf_liveByCallsign(std::string_view callsign);
+
+// How many live aircraft are active.
+int64_t gf_activeCount();
 
 // Makes room in the tables, once.
 void gf_reserveTables();
