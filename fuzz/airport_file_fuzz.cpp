@@ -79,8 +79,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     lf_prepareOnce();
     lf_write(kFile, data, size);
     lf_write(kLearned, data, size);
-    const AirportLoad load = gf_readApf(kFile.generic_string(), "FUZZ");
-    const Apf& apf = load.apf;
+    AirportLoad load = gf_readApf(kFile.generic_string(), "FUZZ");
+    Apf& apf = load.apf;
     const bool loaded = load.failed.empty();
     lf_require(loaded == !apf.stands.empty());
     lf_checkStands(apf.stands);

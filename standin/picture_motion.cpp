@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <initializer_list>
+#include <iterator>
 #include <optional>
 #include <ranges>
 #include <span>
@@ -61,9 +62,13 @@ static std::vector<double> lf_phases(Looks looks, std::initializer_list<StState>
 {
     std::vector<MotionLook> starts;
     std::ranges::unique_copy(looks, std::back_inserter(starts), {}, &MotionLook::st);
+    const auto isIn = [](const MotionLook& look, StState st) { return look.st == st; };
+    const auto first = std::search(starts.begin(), starts.end(), wanted.begin(), wanted.end(), isIn);
     std::vector<double> times;
-    std::ranges::transform(std::ranges::search(starts, wanted, {}, &MotionLook::st),
-                           std::back_inserter(times), &MotionLook::time);
+    if (first != starts.end()) {
+        std::transform(first, first + std::ssize(wanted), std::back_inserter(times),
+                       [](const MotionLook& look) { return look.time; });
+    }
     return times;
 }
 

@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <ranges>
+#include <span>
 #include <vector>
 
 namespace vlt {
@@ -117,7 +117,7 @@ static Json lf_breaks(const ReplayResult& result)
     }
     std::ranges::stable_sort(motion.breaks, std::greater<>(), &MotionBreak::size);
     Json worst = Json::array();
-    for (const MotionBreak& b : motion.breaks | std::views::take(kListed)) {
+    for (const MotionBreak& b : std::span(motion.breaks).first(std::min(kListed, motion.breaks.size()))) {
         worst.push_back({{"kind", b.kind},
                          {"tick", std::llround((b.time - result.clockAtStart) * kTicksPerSecond)},
                          {"callsign", b.callsign},

@@ -8,7 +8,7 @@
 #include <cmath>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <ranges>
+#include <span>
 
 namespace vlt {
 
@@ -112,7 +112,8 @@ static int lf_mostAlive(const std::vector<ObjectLife>& lives)
 static Json lf_motionJson(const RunMotion& motion, double hours)
 {
     Json list = Json::array();
-    for (const MotionBreak& one : motion.breaks | std::views::take(kListedBreaks)) {
+    for (const MotionBreak& one :
+         std::span(motion.breaks).first(std::min(kListedBreaks, motion.breaks.size()))) {
         list.push_back({{"object", one.object},
                         {"callsign", one.callsign},
                         {"time", lf_rounded(one.time, 0.01)},
@@ -130,7 +131,8 @@ static Json lf_motionJson(const RunMotion& motion, double hours)
 static Json lf_complaintsJson(const std::vector<Complaint>& complaints)
 {
     Json list = Json::array();
-    for (const Complaint& complaint : complaints | std::views::take(kListedComplaints)) {
+    for (const Complaint& complaint :
+         std::span(complaints).first(std::min(kListedComplaints, complaints.size()))) {
         list.push_back({{"time", lf_rounded(complaint.time, 0.01)},
                         {"sendId", complaint.sendId},
                         {"function", complaint.function},
