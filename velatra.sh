@@ -56,9 +56,9 @@ run_tests() {  # preset, ctest arguments...
 
 check() {
     setup
+    install_packages "${CHECK_PACKAGES[@]}"
     # The sanitizers slow the processes down, not the clocks that the tests judge them by.
     export VELATRA_TEST_SLOWNESS=4
-    install_packages "${CHECK_PACKAGES[@]}"
     echo "== floors"
     python3 tools/floors.py
     echo "== style"
@@ -66,10 +66,15 @@ check() {
     echo "== address and undefined behaviour sanitizers"
     build_preset asan
     run_tests asan
-    echo "== thread sanitizer"
+    echo "== thread sanitizer, and the fuzzers beside it"
     build_preset tsan
-    run_tests tsan
-    run_fuzzers 20
+    # The tests of the processes mostly wait, the fuzzers never do.
+    local failed=0
+    run_fuzzers 20 >build/asan/fuzzers.log 2>&1 &
+    run_tests tsan || failed=1
+    wait $! || failed=1
+    cat build/asan/fuzzers.log
+    [ $failed = 0 ]
     tidy
 }
 
@@ -81,24 +86,31 @@ tidy() {
     if [ -z "$base" ] || [ "$base" = "$(git rev-parse HEAD)" ]; then
         base=$(git rev-parse HEAD~1 2>/dev/null || git hash-object -t tree /dev/null)
     fi
-    cmake --preset debug >/dev/null
+    cmake --preset asan >/dev/null
     git diff --name-only --diff-filter=d "$base" -- 'src/*.cpp' 'standin/*.cpp' 'tools/*.cpp' |
-        xargs -r -P2 -n4 clang-tidy -p build/debug --quiet
+        xargs -r -P2 -n1 clang-tidy -p build/asan --quiet
+}
+
+fuzz_one() {  # seconds, program
+    local name corpus
+    name=$(basename "$2")
+    corpus=$PWD/build/asan/corpus/$name  # absolute: some fuzzers change into a folder of their own
+    mkdir -p "$corpus"
+    (cd build/asan && nice "$2" -max_total_time="$1" -timeout=10 -rss_limit_mb=4096 -print_final_stats=1 "$corpus" 2>&1 |
+        grep -E 'ERROR|SUMMARY|stat::number_of_executed_units|runtime error' | sed "s/^/$name: /"
+        exit "${PIPESTATUS[0]}")
 }
 
 run_fuzzers() {  # seconds each
+    export -f fuzz_one
+    printf '%s\n' "$PWD"/build/asan/fuzz/*_fuzz | xargs -P2 -I{} bash -c "fuzz_one $1 {}"
+}
+
+fuzz() {
     setup
     install_packages "${CHECK_PACKAGES[@]}"
-    build_preset fuzz fuzzers
-    local fuzzer corpus
-    for fuzzer in build/fuzz/fuzz/*_fuzz; do
-        # Absolute: some fuzzers change into a folder of their own.
-        corpus=$PWD/build/fuzz/corpus/$(basename "$fuzzer")
-        mkdir -p "$corpus"
-        echo "== $(basename "$fuzzer"), $1 s"
-        (cd build/fuzz && "../../$fuzzer" -max_total_time="$1" -timeout=10 -rss_limit_mb=4096 -print_final_stats=1 \
-            "$corpus" 2>&1 | grep -E 'ERROR|SUMMARY|stat::number_of_executed_units|runtime error' ; exit "${PIPESTATUS[0]}")
-    done
+    build_preset asan fuzzers
+    run_fuzzers "$1"
 }
 
 bench() {
@@ -123,7 +135,7 @@ demo)
     ;;
 check) check ;;
 bench) bench ;;
-fuzz) run_fuzzers "${1:-60}" ;;
+fuzz) fuzz "${1:-60}" ;;
 *)
     usage
     [ "$command" = help ]

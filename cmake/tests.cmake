@@ -27,7 +27,11 @@ function(velatra_test folder simulator)
     gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
 endfunction()
 
-foreach(folder platform core ui link sim traffic airports scenery liveries standin tools flow)
+set(FOLDERS platform core ui link sim traffic airports scenery liveries standin tools flow)
+if(VELATRA_SANITIZE STREQUAL "thread")
+    set(FOLDERS platform core standin)  # the other folders' tests have one thread
+endif()
+foreach(folder ${FOLDERS})
     velatra_test(${folder} velatra_direct)
 endforeach()
 velatra_test(transport velatra_transport)
