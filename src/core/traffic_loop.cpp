@@ -61,7 +61,7 @@ void trafficTick()
 
 static void lf_refreshCounters()
 {
-    display.liveCount = static_cast<int32_t>(std::ranges::count(liveAcs, FsState::Active, &LiveAc::fs));
+    display.liveCount = static_cast<int32_t>(gf_activeCount());
     gf_displaySecond();
 }
 
@@ -186,7 +186,7 @@ static void lf_pausedPass()
     if (--pausedPasses <= 0) {
         pausedPasses = kPassesPerLook;
         hourNow = weekHourStamp();
-        display.liveCount = static_cast<int32_t>(std::ranges::count(liveAcs, FsState::Active, &LiveAc::fs));
+        display.liveCount = static_cast<int32_t>(gf_activeCount());
     }
 }
 
