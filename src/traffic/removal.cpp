@@ -172,11 +172,6 @@ void gf_keepWithinMaxLive()
     }
 }
 
-bool gf_isMarked(const StaticAc& ac)
-{
-    return ac.eraseNow || ac.eraseCancelled;
-}
-
 void gf_eraseMarked()
 {
     std::erase_if(liveAcs, gf_isMarked);

@@ -33,7 +33,10 @@ void gf_keepWithinMaxLive();
 void liveryRespawn(LiveAc& ac);
 
 // The record is done with: nothing of it is in the simulator, or ever will be.
-bool gf_isMarked(const StaticAc& ac);
+inline bool gf_isMarked(const StaticAc& ac)
+{
+    return ac.eraseNow || ac.eraseCancelled;
+}
 // Erases all such records, live and static; the others keep their order.
 void gf_eraseMarked();
 
