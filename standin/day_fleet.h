@@ -4,6 +4,7 @@
 // Built once, then read only.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -25,7 +26,7 @@ enum class FleetUse { Overflight, Arrival, Departure, Light, Helicopter, Fast };
 inline constexpr size_t kFleetUses = 6;
 
 struct Fleet {
-    std::vector<Airframe> airframes[kFleetUses];  // none is empty
+    std::array<std::vector<Airframe>, kFleetUses> airframes;  // none is empty
 };
 
 // From `registrations.csv` of the world (reg,airline,type,...), those first whose airline and type

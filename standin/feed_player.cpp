@@ -76,7 +76,7 @@ double FeedSource::end() const
 }
 
 FeedPlayer::FeedPlayer(FeedSource source, FeedOptions options)
-    : m_source(std::move(source)), m_options(std::move(options))
+    : m_source(std::move(source)), m_options(options)
 {
 }
 
