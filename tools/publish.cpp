@@ -1,7 +1,7 @@
 #include "tools/publish.h"
 
+#include "core/base/replace_file.h"
 #include "core/base/text.h"
-#include "core/base/xml_file.h"
 #include "core/base/zip_archive.h"
 #include "liveries/match_index.h"
 #include "liveries/scan_results.h"

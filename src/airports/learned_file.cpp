@@ -2,6 +2,7 @@
 
 #include "airports/airport_file.h"
 #include "core/base/log.h"
+#include "core/base/replace_file.h"
 #include "core/base/text.h"
 #include "traffic/geodesy.h"
 
@@ -98,14 +99,12 @@ static void lf_compareName(const pugi::xml_document& document, const Apf& apf)
     }
 }
 
+// Keeps the file out of the way, so that a fresh one can grow.
 static void lf_moveAside(const std::filesystem::path& path, const std::string& shown, const char* why)
 {
-    std::filesystem::path aside = path;
-    aside.replace_filename(path.stem().string() + "0" + path.extension().string());
-    std::error_code error;
-    std::filesystem::rename(path, aside, error);
-    logLine(format("{} found, but could not be loaded, saved as *.0.xml: {}", shown,
-                   error ? error.message().c_str() : why));
+    if (!gf_putAside(path).empty()) {
+        logLine(format("{} found, but could not be loaded, saved as *.0.xml: {}", shown, why));
+    }
 }
 
 static void lf_merge(const pugi::xml_document& document, const std::string& shown, Apf& apf)

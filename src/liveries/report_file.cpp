@@ -1,6 +1,6 @@
 #include "liveries/report_file.h"
 
-#include "core/base/xml_file.h"
+#include "core/base/replace_file.h"
 
 namespace vlt {
 

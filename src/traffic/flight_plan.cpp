@@ -3,12 +3,12 @@
 #include "core/base/display.h"
 #include "core/base/log.h"
 #include "core/base/paths.h"
+#include "core/base/replace_file.h"
 #include "core/base/text.h"
 #include "platform/folders.h"
 #include "sim/requests.h"
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 namespace vlt {
@@ -59,20 +59,13 @@ static std::string lf_flightPlanText(const AcBase& ac)
                   instrument ? "IFR" : "VFR", lf_plainCode(ac.origin), lf_plainCode(ac.destination));
 }
 
-static bool lf_write(const std::filesystem::path& path, const std::string& text)
-{
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file << text << std::flush;
-    return static_cast<bool>(file);
-}
-
 void loadFlightPlan(LiveAc& ac)
 {
     if (ac.origin.empty() || ac.destination.empty()) {
         return;
     }
     const std::filesystem::path path = lf_file(ac.objectid);
-    if (lf_write(path, lf_flightPlanText(ac)) && gf_setFlightPlan(ac.objectid, path.string())) {
+    if (gf_replaceFile(path, lf_flightPlanText(ac)) && gf_setFlightPlan(ac.objectid, path.string())) {
         ac.flightPlanLoaded = true;
         return;
     }

@@ -173,7 +173,7 @@ TEST_F(LoadingTest, aHandmadeFileReplacesTheStands)
     EXPECT_EQ(1U, broken.apf.stands.size());
     EXPECT_TRUE(broken.learned && !broken.settings);
     EXPECT_FALSE(std::filesystem::exists("airports/learned/stock/XTST.xml"));
-    EXPECT_TRUE(std::filesystem::exists("airports/learned/stock/XTST0.xml"));
+    EXPECT_TRUE(std::filesystem::exists("airports/learned/stock/XTST.0.xml"));
 }
 
 // --- figures

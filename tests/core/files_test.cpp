@@ -1,4 +1,5 @@
 #include "core/base/log.h"
+#include "core/base/replace_file.h"
 #include "core/base/text_files.h"
 #include "core/base/version.h"
 #include "core/base/zip_archive.h"
@@ -86,6 +87,25 @@ TEST_F(FilesTest, theLogKeepsTwoOlderOnes)
     EXPECT_EQ(log, read("Log.txt"));
     EXPECT_EQ("yesterday", read("Log0.txt"));
     EXPECT_EQ("the day before", read("Log00.txt"));
+}
+
+TEST_F(FilesTest, replacingFollowsLinksAndLeavesNothingBehind)
+{
+    namespace fs = std::filesystem;
+    fs::create_directories("elsewhere/taken/by a folder");
+    write("elsewhere/file", "old");
+    fs::create_symlink("file", "elsewhere/second");
+    fs::create_symlink("elsewhere/second", "first");
+    EXPECT_TRUE(gf_replaceFile("first", "new"));
+    EXPECT_TRUE(fs::is_symlink("first") && fs::is_symlink("elsewhere/second"));
+    EXPECT_EQ("new", read("elsewhere/file"));
+    EXPECT_FALSE(gf_replaceFile("elsewhere/taken", "new"));
+    EXPECT_FALSE(gf_replaceFile("first", [](const fs::path& beside) {
+        std::ofstream(beside) << "half";
+        return false;
+    }));
+    EXPECT_EQ("new", read("first"));
+    EXPECT_EQ(3, std::distance(fs::directory_iterator("elsewhere"), {})) << "a leftover";
 }
 
 TEST_F(FilesTest, archivesGiveTheirEntriesAndRefuseWhatIsNone)

@@ -4,9 +4,9 @@
 #include "core/base/display.h"
 #include "core/base/log.h"
 #include "core/base/paths.h"
+#include "core/base/replace_file.h"
 #include "core/base/text.h"
 #include "core/base/text_files.h"
-#include "core/base/xml_file.h"
 
 #include <algorithm>
 #include <filesystem>

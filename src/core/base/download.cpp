@@ -2,6 +2,7 @@
 
 #include "core/base/log.h"
 #include "core/base/paths.h"
+#include "core/base/replace_file.h"
 #include "core/base/run_state.h"
 #include "core/base/text.h"
 #include "core/base/zip_archive.h"
@@ -58,32 +59,29 @@ static CURLcode lf_transfer(CURL* curl, const std::string& url, std::FILE* file)
     return curl_easy_perform(curl);
 }
 
-static bool lf_download(CURL* curl, const std::string& url, const std::filesystem::path& localPath,
-                        bool binary)
+// Fetches into the file `part`. False, and the log says why, unless it was fully fetched.
+static bool lf_fetchInto(CURL* curl, const std::string& url, const std::filesystem::path& part, bool binary)
 {
-    std::filesystem::path part = localPath;
-    part += ".part";
     std::FILE* file = std::fopen(part.string().c_str(), binary ? "wb" : "w");
     if (file == nullptr) {
-        logLine(format("could not open output file: {}", gf_shown(localPath)));
+        logLine(format("could not open output file: {}", gf_shown(part)));
         return false;
     }
     const CURLcode code = lf_transfer(curl, url, file);
     const bool written = std::fclose(file) == 0;
-    std::error_code error;
-    if (code == CURLE_OK && written) {
-        std::filesystem::rename(part, localPath, error);
-        return !error;
+    if (code != CURLE_OK || !written) {
+        logLine(
+            format("{}: {}", url, code == CURLE_OK ? "the file can't be written" : curl_easy_strerror(code)));
     }
-    logLine(format("{}: {}", url, code == CURLE_OK ? "the file can't be written" : curl_easy_strerror(code)));
-    std::filesystem::remove(part, error);
-    return false;
+    return code == CURLE_OK && written;
 }
 
 bool download(CURL* curl, const std::string& url, const std::filesystem::path& localPath, bool binary)
 {
     try {
-        return lf_download(curl, url, localPath, binary);
+        return gf_replaceFile(localPath, [&](const std::filesystem::path& part) {
+            return lf_fetchInto(curl, url, part, binary);
+        });
     } catch (const std::exception& e) {
         logLine(format("downloader exception: \"{}\", {} => {}", e.what(), url, gf_shown(localPath)));
         return false;
@@ -93,10 +91,7 @@ bool download(CURL* curl, const std::string& url, const std::filesystem::path& l
 // The text of all entries but folders, one after the other, to `target`. False if there is none.
 static bool lf_unzipText(const std::filesystem::path& zipPath, const std::filesystem::path& target)
 {
-    std::filesystem::path part = target;
-    part += ".part";
-    std::error_code error;
-    try {
+    return gf_replaceFile(target, [&zipPath](const std::filesystem::path& part) {
         const ZipArchive archive(zipPath);
         std::ofstream file(part, std::ios::binary | std::ios::trunc);
         bool any = false;
@@ -110,15 +105,8 @@ static bool lf_unzipText(const std::filesystem::path& zipPath, const std::filesy
             any = true;
         }
         file.close();
-        if (any && file) {
-            std::filesystem::rename(part, target, error);
-            return !error;
-        }
-    } catch (const std::exception& e) {
-        logLine(format("{}: {}", gf_shown(zipPath), e.what()));
-    }
-    std::filesystem::remove(part, error);
-    return false;
+        return any && file;
+    });
 }
 
 bool gf_fetch(const std::string& name, const std::filesystem::path& localPath)

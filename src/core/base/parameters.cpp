@@ -3,6 +3,7 @@
 #include "core/base/locks.h"
 #include "core/base/log.h"
 #include "core/base/paths.h"
+#include "core/base/replace_file.h"
 #include "core/base/text.h"
 #include "core/base/version.h"
 #include "core/base/xml_file.h"
@@ -122,10 +123,7 @@ static void lf_keepUnreadable(const std::filesystem::path& file)
 {
     std::error_code error;
     if (std::filesystem::is_regular_file(file, error) && std::filesystem::file_size(file, error) > 0) {
-        std::filesystem::path aside = file;
-        aside.replace_extension(".unreadable.xml");
-        std::filesystem::rename(file, aside, error);
-        if (!error) {
+        if (const std::filesystem::path aside = gf_putAside(file); !aside.empty()) {
             logLine(format("the unreadable file is kept as \"{}\"", gf_shown(aside)));
         }
     }

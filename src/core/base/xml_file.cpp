@@ -3,40 +3,16 @@
 #include "core/base/clock.h"
 #include "core/base/log.h"
 #include "core/base/paths.h"
+#include "core/base/replace_file.h"
 #include "core/base/text.h"
 #include "core/base/version.h"
 
-#include <fstream>
 #include <sstream>
 #include <utility>
 
 namespace vlt {
 
 static constexpr std::string_view kCopyright = "Copyright the Velatra developers, MIT licence";
-
-static std::filesystem::path lf_beside(const std::filesystem::path& path)
-{
-    std::filesystem::path beside = path;
-    beside += ".new";
-    return beside;
-}
-
-bool gf_replaceFile(const std::filesystem::path& path, std::string_view text)
-{
-    const std::filesystem::path beside = lf_beside(path);
-    std::error_code error;
-    {
-        std::ofstream file(beside, std::ios::binary | std::ios::trunc);
-        file.write(text.data(), static_cast<std::streamsize>(text.size()));
-        file.flush();
-        if (!file) {
-            std::filesystem::remove(beside, error);
-            return false;
-        }
-    }
-    std::filesystem::rename(beside, path, error);
-    return !error;
-}
 
 bool saveXml(const pugi::xml_document& document, const std::filesystem::path& path)
 {

@@ -6,7 +6,6 @@
 #include <pugixml.hpp>
 
 #include <filesystem>
-#include <string_view>
 
 namespace vlt {
 
@@ -15,8 +14,4 @@ bool saveXml(const pugi::xml_document& document, const std::filesystem::path& pa
 
 // Appends the standard `meta` section.
 void gf_addMeta(pugi::xml_document& document);
-
-// Writes `text` beside `path` and renames it. False on failure.
-bool gf_replaceFile(const std::filesystem::path& path, std::string_view text);
-
 }  // namespace vlt
