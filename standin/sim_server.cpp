@@ -1,5 +1,6 @@
 #include "standin/sim_server.h"
 
+#include "platform/folders.h"
 #include "platform/local_pipe.h"
 
 #include <array>
@@ -16,6 +17,7 @@
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -95,6 +97,9 @@ private:
 #if defined(ASIO_HAS_LOCAL_SOCKETS)
         if (name.empty()) {
             return;
+        }
+        if (!gf_makeRuntimeFolder()) {
+            throw std::runtime_error(gf_runtimeFolder().string() + " belongs to another user");
         }
         const std::filesystem::path file = gf_localPipeFile(name);
         std::filesystem::create_directories(file.parent_path());

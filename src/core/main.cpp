@@ -10,6 +10,7 @@
 #include "platform/close_signals.h"
 #include "platform/folders.h"
 #include "platform/instance_lock.h"
+#include "platform/standard_output.h"
 #include "platform/user_messages.h"
 #include "ui/status.h"
 
@@ -28,7 +29,7 @@ using namespace vlt;
 static constexpr int kSecondInstance = -1;
 static constexpr int kEarlyFailure = 0;
 static constexpr int kWrongOptions = 2;
-static constexpr int kNoDataFolder = 4;
+static constexpr int kNoFolder = 4;
 
 static constexpr const char* kUsage =
     "usage: velatra --headless [--status SECONDS]\n"
@@ -68,16 +69,9 @@ static bool lf_readOptions(int argc, char** argv, Options& options)
     return options.headless || options.help;
 }
 
-static void lf_printLine(std::string_view text)
-{
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fputc('\n', stdout);
-    std::fflush(stdout);
-}
-
 static void lf_printMessage(std::string_view text, bool isError)
 {
-    lf_printLine(isError ? "Error: " + std::string(text) : std::string(text));
+    gf_printLine(isError ? "Error: " + std::string(text) : std::string(text));
 }
 
 static std::jthread lf_startStatusLines(int everySeconds)
@@ -91,7 +85,7 @@ static std::jthread lf_startStatusLines(int everySeconds)
         std::unique_lock lock(mutex);
         while (!wake.wait_for(lock, token, std::chrono::seconds(everySeconds), [] { return false; }) &&
                !token.stop_requested()) {
-            lf_printLine(gf_statusLine());
+            gf_printLine(gf_statusLine());
         }
     });
 }
@@ -110,8 +104,8 @@ static bool lf_makeDataFolder()
 
 static void lf_onClose()
 {
-    showMessage(format("Close window button clicked, closing {} ...", kProgramName), false);
     gf_requestClose();
+    showMessage(format("Close window button clicked, closing {} ...", kProgramName), false);
     if (gf_runEndedInError()) {
         gf_postUserMessage(UserMessage::Finish);
     }
@@ -140,8 +134,7 @@ static void lf_messageLoop()
 
 int main(int argc, char** argv)
 {
-    const CloseSignals
-        closeSignals;  // first of all: whatever starts later inherits which signals it leaves alone
+    const CloseSignals closeSignals;  // first of all: what starts later leaves the same signals alone
     Options options;
     if (!lf_readOptions(argc, argv, options)) {
         return kWrongOptions;
@@ -149,6 +142,10 @@ int main(int argc, char** argv)
     if (options.help) {
         std::fputs(kUsage, stdout);
         return 0;
+    }
+    if (!gf_makeRuntimeFolder()) {
+        std::fprintf(stderr, "%s belongs to another user\n", gf_runtimeFolder().c_str());
+        return kNoFolder;
     }
     if (!gf_takeInstanceLock()) {
         return kSecondInstance;
@@ -161,7 +158,7 @@ int main(int argc, char** argv)
     }
     gf_setMessageListener(lf_printMessage);
     if (!lf_makeDataFolder()) {
-        return kNoDataFolder;
+        return kNoFolder;
     }
     gf_readWindowPlace();
     const std::jthread statusLines = lf_startStatusLines(options.statusSeconds);

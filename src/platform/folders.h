@@ -1,7 +1,7 @@
 // The folders that the system gives to programs and users.
 //
 // On Linux each comes from an environment variable, else from the XDG base folders, else lies below
-// the user's home. Nothing is created here and nothing is kept: every call looks again. Any thread.
+// the user's home. Nothing is kept: every call looks again. Any thread.
 #pragma once
 
 #include <filesystem>
@@ -28,6 +28,10 @@ std::filesystem::path gf_publicDocumentsFolder();
 // Where locks and local sockets live. VELATRA_RUNTIME, else velatra below XDG_RUNTIME_DIR, else a
 // folder of the user's own below the temporary folder.
 std::filesystem::path gf_runtimeFolder();
+
+// Makes the runtime folder. Below the temporary folder, where everybody may put things, it is for this user
+// alone; false if it can't be made so, or is somebody else's: nothing in it is to be trusted then.
+bool gf_makeRuntimeFolder();
 
 // The current directory, or "." if it is gone.
 std::filesystem::path gf_currentFolder();

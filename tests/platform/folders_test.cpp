@@ -56,6 +56,21 @@ TEST(Folders, neverShareTheRuntimeFolderBetweenUsers)
     EXPECT_EQ("/tmp/velatra-" + std::to_string(::getuid()), gf_runtimeFolder());
 }
 
+TEST(Folders, makeTheSharedRuntimeFolderForThisUserAlone)
+{
+    const TempFolder temporary;
+    const ScopedVariable own("VELATRA_RUNTIME", ""), xdg("XDG_RUNTIME_DIR", "");
+    const ScopedVariable shared("TMPDIR", temporary.path().string());
+    const std::filesystem::path folder = gf_runtimeFolder();
+    EXPECT_TRUE(gf_makeRuntimeFolder());
+    std::filesystem::permissions(folder, std::filesystem::perms::all);
+    EXPECT_TRUE(gf_makeRuntimeFolder());
+    EXPECT_EQ(std::filesystem::perms::owner_all, std::filesystem::status(folder).permissions());
+    std::filesystem::remove(folder);
+    std::filesystem::create_directory_symlink(temporary.path(), folder);
+    EXPECT_FALSE(gf_makeRuntimeFolder()) << "a link may lead to what is somebody else's";
+}
+
 TEST(LocalPipe, liesInTheRuntimeFolder)
 {
     const ScopedVariable runtime("VELATRA_RUNTIME", "/run/v");

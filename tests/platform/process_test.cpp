@@ -1,6 +1,7 @@
 // One process at a time, and how it is told to close.
 #include "platform/close_signals.h"
 #include "platform/instance_lock.h"
+#include "platform/standard_output.h"
 #include "platform/user_messages.h"
 #include "support/temp_folder.h"
 
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 namespace vlt {
 
@@ -28,7 +30,7 @@ static bool lf_otherProcessTakes()
 TEST(InstanceLock, belongsToOneProcessUntilItEnds)
 {
     const TempFolder folder;
-    const ScopedVariable runtime("VELATRA_RUNTIME", (folder.path() / "new").string());
+    const ScopedVariable runtime("VELATRA_RUNTIME", folder.path().string());
     EXPECT_TRUE(lf_otherProcessTakes());
     EXPECT_TRUE(gf_takeInstanceLock()) << "the other has ended";
     EXPECT_FALSE(lf_otherProcessTakes());
@@ -41,6 +43,32 @@ TEST(InstanceLock, doesNotStopTheProgramWithoutAFolder)
     const auto file = folder.write("file", "x");
     const ScopedVariable runtime("VELATRA_RUNTIME", (file / "below").string());
     EXPECT_TRUE(gf_takeInstanceLock());
+}
+
+TEST(StandardOutput, dropsLinesThatNobodyReads)
+{
+    int ends[2];
+    ASSERT_EQ(0, ::pipe(ends));
+    const int before = ::dup(STDOUT_FILENO);
+    ::dup2(ends[1], STDOUT_FILENO);
+    const std::string longLine(5000, 'x');  // more than a pipe that is ready takes for sure
+    int taken = 0;
+    while (taken < 100 && gf_printLine(longLine)) {
+        ++taken;
+    }
+    std::string got(size_t{1} << 20, '\0');
+    got.resize(static_cast<size_t>(::read(ends[0], got.data(), got.size())));
+    EXPECT_TRUE(gf_printLine("next"));
+    std::string rest(10, '\0');
+    rest.resize(static_cast<size_t>(::read(ends[0], rest.data(), rest.size())));
+    ::dup2(before, STDOUT_FILENO);
+    for (const int file : {before, ends[0], ends[1]}) {
+        ::close(file);
+    }
+    EXPECT_GT(taken, 1);
+    EXPECT_LT(taken, 100) << "a pipe is never endless";
+    EXPECT_TRUE(got.starts_with(longLine + '\n' + longLine + '\n'));
+    EXPECT_EQ(got.ends_with('\n') ? "next\n" : "\nnext\n", rest) << "a cut line ends before the next begins";
 }
 
 TEST(UserMessages, comeInTheirOrder)

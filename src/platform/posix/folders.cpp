@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <pwd.h>
 #include <string>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vlt {
@@ -69,6 +70,16 @@ std::filesystem::path gf_publicDocumentsFolder()
     return lf_folder("VELATRA_PUBLIC_DOCUMENTS", "XDG_PUBLICSHARE_DIR", "Public");
 }
 
+static std::filesystem::path lf_sharedRuntimeFolder()
+{
+    std::error_code error;
+    std::filesystem::path temporary = std::filesystem::temp_directory_path(error);
+    if (error) {
+        temporary = "/tmp";
+    }
+    return temporary / ("velatra-" + std::to_string(::getuid()));
+}
+
 std::filesystem::path gf_runtimeFolder()
 {
     if (auto folder = lf_variable("VELATRA_RUNTIME"); !folder.empty()) {
@@ -77,12 +88,22 @@ std::filesystem::path gf_runtimeFolder()
     if (const auto folder = lf_variable("XDG_RUNTIME_DIR"); !folder.empty()) {
         return folder / "velatra";
     }
-    std::error_code error;
-    std::filesystem::path temporary = std::filesystem::temp_directory_path(error);
-    if (error) {
-        temporary = "/tmp";
+    return lf_sharedRuntimeFolder();
+}
+
+bool gf_makeRuntimeFolder()
+{
+    const std::filesystem::path folder = gf_runtimeFolder();
+    if (folder != lf_sharedRuntimeFolder()) {
+        std::error_code error;
+        std::filesystem::create_directories(folder, error);
+        return true;  // where the user's own system put it, it is the user's affair
     }
-    return temporary / ("velatra-" + std::to_string(::getuid()));
+    ::mkdir(folder.c_str(), S_IRWXU);
+    struct stat found {
+    };
+    return ::lstat(folder.c_str(), &found) == 0 && S_ISDIR(found.st_mode) && found.st_uid == ::getuid() &&
+           ::chmod(folder.c_str(), S_IRWXU) == 0;
 }
 
 std::filesystem::path gf_currentFolder()

@@ -12,10 +12,8 @@ namespace vlt {
 
 bool gf_takeInstanceLock()
 {
-    std::error_code error;
-    const std::filesystem::path folder = gf_runtimeFolder();
-    std::filesystem::create_directories(folder, error);
-    const int file = ::open((folder / "Velatra.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    const int file =
+        ::open((gf_runtimeFolder() / "Velatra.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (file < 0) {
         return true;
     }
