@@ -11,6 +11,8 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
+#include <utility>
 
 namespace vlt {
 
@@ -26,9 +28,23 @@ struct Query {
     bool rowKnown = false;           // `row` has been looked up
 };
 
+static bool lf_isRefused(std::string_view title)
+{
+    return std::ranges::find(refusedTitles, title) != refusedTitles.end();
+}
+
+// One of the titles, but none that the simulator has refused: its neighbours may be sound.
 static void lf_pick(AcBase& ac, const TitleViews& titles)
 {
-    ac.title = titles[randomIndex(titles.size())];
+    if (std::ranges::none_of(titles, lf_isRefused)) {
+        ac.title = titles[randomIndex(titles.size())];
+        return;
+    }
+    TitleViews sound;
+    std::ranges::remove_copy_if(titles, std::back_inserter(sound), lf_isRefused);
+    if (!sound.empty()) {
+        ac.title = sound[randomIndex(sound.size())];
+    }
 }
 
 static void lf_pickOfModel(AcBase& ac, std::string_view model)
@@ -152,7 +168,10 @@ static bool lf_isSmallNotPrivate(Query& query)
 
 static void lf_ownRegcode(Query& query)
 {
-    query.ac.title = findRegcodeTitle(query.ac.regcode);
+    const std::string_view title = findRegcodeTitle(query.ac.regcode);
+    if (!lf_isRefused(title)) {
+        query.ac.title = title;
+    }
 }
 
 static void lf_generic(Query& query)
@@ -230,11 +249,6 @@ constexpr std::array<Rung, 10> kLadder{{
 }};
 // clang-format on
 
-static bool lf_isRefused(std::string_view title)
-{
-    return std::find(refusedTitles.begin(), refusedTitles.end(), title) != refusedTitles.end();
-}
-
 // The step that set the title, 0 when none did. `observe` is told of each rung looked at.
 template <typename Observer>
 static int32_t lf_climb(Query query, const Observer& observe)
@@ -260,19 +274,12 @@ static int32_t lf_climb(Query query, const Observer& observe)
 
 static void lf_observeNothing(const Rung&, RungOutcome) {}
 
-// As lf_climb, -1 for a title that was refused, which is cleared; a good one is logged.
+// As lf_climb; a match is logged.
 static int32_t lf_climbAndLog(const Query& query)
 {
     AcBase& ac = query.ac;
     const int32_t step = lf_climb(query, lf_observeNothing);
-    if (step == 0) {
-        return 0;
-    }
-    if (lf_isRefused(ac.title)) {
-        ac.title = {};
-        return -1;
-    }
-    if (LOG.value) {
+    if (step > 0 && LOG.value) {
         logLine(format("          {} ={}= {}", logName(ac), step, ac.title));
     }
     return step;
@@ -334,7 +341,9 @@ bool matchStatic(AcBase& ac, bool standCargo, std::string_view standName)
 void gf_noteRefusedTitle(const AcBase& ac)
 {
     showMessage(format("{} \"{}\" could not be created by your Sim!", ac.callsign, ac.title), true);
-    refusedTitles.push_back(ac.title);
+    if (!lf_isRefused(ac.title)) {
+        refusedTitles.push_back(ac.title);
+    }
     refusedAircraft.insert(format("{} {}", ac.model, ac.airline));
     if (refusedTitles.size() >= kMostRefusedTitles) {
         const std::string text =
@@ -377,10 +386,11 @@ MatchTrace gf_explainMatch(AcBase& ac, bool parked)
     trace.step = lf_climb({.ac = ac, .parked = parked}, [&trace](const Rung& rung, RungOutcome outcome) {
         trace.rungs.push_back({rung.name, rung.condition, rung.step, rung.depth, outcome});
     });
-    if (trace.step > 0 && lf_isRefused(ac.title)) {
+    if (trace.step == 0 && !refusedTitles.empty()) {
+        const TitleViews refused = std::exchange(refusedTitles, {});
+        trace.refused = lf_climb({.ac = ac, .parked = parked}, lf_observeNothing) > 0;
         ac.title = {};
-        trace.refused = true;
-        trace.step = 0;
+        refusedTitles = refused;
     }
     return trace;
 }

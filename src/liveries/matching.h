@@ -17,8 +17,8 @@ namespace vlt {
 
 inline constexpr size_t kMostRefusedTitles = 20;  // at so many the installation is considered broken
 
-// Climbs the ladder for a live aircraft. Sets `title`, or clears it when nothing fits or the simulator
-// refused what does. A match is counted and sets `fsltl`. Puts the similar lists in random order.
+// Climbs the ladder for a live aircraft. Sets `title`, or clears it when nothing fits that the
+// simulator hasn't refused. A match is counted and sets `fsltl`. Puts the similar lists in random order.
 void matchLive(AcBase& ac);
 
 // The title that this hexid had before in this run, else a new match, which is remembered. True when
@@ -58,7 +58,7 @@ struct RungTrace {
 struct MatchTrace {
     std::vector<RungTrace> rungs;  // in the order looked at, up to the one that answered
     int32_t step = 0;              // 0: no match
-    bool refused = false;          // there was a match, but the simulator had refused it before
+    bool refused = false;          // there would be a match, had the simulator not refused titles
 };
 
 // As matchLive, or with `parked` as matchStatic with the aircraft's own `cargo`, but tells how it came

@@ -149,27 +149,37 @@ TEST_F(MatchingTest, chanceReachesEveryTitleOfAList)
     }
 }
 
-TEST_F(MatchingTest, aRefusedTitleIsNeitherGivenNorCounted)
+TEST_F(MatchingTest, aRefusedTitleIsLeftOutAndItsNeighboursAreTaken)
 {
-    AcBase ac = lf_aircraft("RYR", "B738");
-    matchLive(ac);
+    gf_installLiveries({{"BAW", "A319", "bad", "", 1, false}, {"BAW", "A319", "sound", "", 1, false}});
+    AcBase ac = lf_aircraft("BAW", "A319");
+    ac.title = "bad";
+    gf_noteRefusedTitle(ac);
+    for (int32_t i = 0; i < 20; ++i) {
+        EXPECT_EQ("2 sound", lf_matched(ac));
+    }
+    ac.title = "sound";
     gf_noteRefusedTitle(ac);
     const auto counted = matchCounters;
-    matchLive(ac);
-    EXPECT_EQ("", ac.title);
+    EXPECT_EQ("-", lf_matched(ac));
     EXPECT_EQ(counted, matchCounters);
+    ac.title = {};
     EXPECT_FALSE(matchStatic(ac, false, "A12"));
+    EXPECT_EQ(1U, refusedAircraft.count("A319 BAW"));
+    EXPECT_TRUE(gf_explainMatch(ac, false).refused);
     EXPECT_EQ("", ac.title);
-    EXPECT_EQ(1U, refusedAircraft.count("B738 RYR"));
 }
 
-TEST_F(MatchingTest, theTwentiethRefusalEndsTheWork)
+TEST_F(MatchingTest, theTwentiethTitleRefusedEndsTheWork)
 {
     AcBase ac = lf_aircraft("RYR", "B738");
-    ac.title = "any";
-    for (int32_t i = 0; i < 19; ++i) {
+    const std::string titles(20, 'x');  // refused ones of 1 to 20 letters
+    for (size_t i = 1; i < titles.size(); ++i) {
+        ac.title = std::string_view(titles).substr(0, i);
         EXPECT_NO_THROW(gf_noteRefusedTitle(ac)) << i;
+        EXPECT_NO_THROW(gf_noteRefusedTitle(ac)) << "counts once";
     }
+    ac.title = titles;
     try {
         gf_noteRefusedTitle(ac);
         FAIL() << "no exception";
@@ -248,9 +258,6 @@ TEST_F(MatchingTest, explainsWhatWasTriedWithoutCounting)
     EXPECT_EQ(RungOutcome::Nothing, trace.rungs[2].outcome);
     EXPECT_EQ(RungOutcome::Answered, trace.rungs[4].outcome);
     EXPECT_EQ((std::array<int32_t, 6>{}), matchCounters);
-    gf_noteRefusedTitle(ac);
-    EXPECT_TRUE(gf_explainMatch(ac, false).refused);
-    EXPECT_EQ("", ac.title);
     AcBase heavy = lf_aircraft("TAP", "A359");
     EXPECT_EQ(RungOutcome::BeyondDepth, gf_explainMatch(heavy, false).rungs.at(6).outcome) << "needs depth 4";
 }
