@@ -7,6 +7,7 @@
 #include "liveries/database.h"
 #include "liveries/regcodes.h"
 #include "traffic/geodesy.h"
+#include "traffic/performance.h"
 #include "traffic/removal.h"
 #include "traffic/stand_holding.h"
 
@@ -47,29 +48,42 @@ void ghostCheck(const std::string& callsign)
 
 // --- doubles
 
-// Another aircraft in the simulator, or on its way there, with this call sign or this registration, empty
-// ones left out; nullptr for none.
-static LiveAc* lf_doubleOf(const LiveAc& ac, std::string_view callsign, std::string_view regcode)
+// The other is another aircraft, in the simulator or on its way there, with this call sign or this
+// registration, empty ones left out.
+static bool lf_isDouble(const LiveAc& ac, std::string_view callsign, std::string_view regcode,
+                        const LiveAc& other)
 {
-    const auto found = std::ranges::find_if(liveAcs, [&](const LiveAc& other) {
-        return &other != &ac && other.fs != FsState::Buffer && other.fs != FsState::RemovingFromSim &&
-               ((!callsign.empty() && other.callsign == callsign) ||
-                (!regcode.empty() && other.regcode == regcode));
-    });
-    return found == liveAcs.end() ? nullptr : &*found;
+    return &other != &ac && other.fs != FsState::Buffer && other.fs != FsState::RemovingFromSim &&
+           ((!callsign.empty() && other.callsign == callsign) ||
+            (!regcode.empty() && other.regcode == regcode));
 }
 
-bool gf_makesWayForDouble(const LiveAc& newcomer)
+static bool lf_isDouble(const LiveAc& newcomer, const LiveAc& other)
 {
-    while (LiveAc* other = lf_doubleOf(newcomer, newcomer.callsign, newcomer.regcode)) {
-        const bool ghost =
-            gf_isGhost(other->callsign) && !gf_isGhost(newcomer.callsign) && other->fs == FsState::Active;
-        if (!gf_isParked(*other) && !ghost) {
-            return false;
+    return lf_isDouble(newcomer, newcomer.callsign, newcomer.regcode, other);
+}
+
+// The one shown longer goes if it is parked, or a ghost of a newcomer that is none.
+static bool lf_makesWay(const LiveAc& newcomer, const LiveAc& other)
+{
+    const bool ghost = gf_isGhost(other.callsign) && !gf_isGhost(newcomer.callsign);
+    return gf_isParked(other) || (ghost && other.fs == FsState::Active);
+}
+
+bool gf_doublesMakeWay(const LiveAc& newcomer)
+{
+    return std::ranges::all_of(liveAcs, [&newcomer](const LiveAc& other) {
+        return !lf_isDouble(newcomer, other) || lf_makesWay(newcomer, other);
+    });
+}
+
+void gf_removeDoubles(const LiveAc& newcomer)
+{
+    for (LiveAc& other : liveAcs) {
+        if (lf_isDouble(newcomer, other)) {
+            removeAircraftFromSim(other, "reported anew elsewhere");
         }
-        removeAircraftFromSim(*other, "reported anew elsewhere");
     }
-    return true;
 }
 
 // --- the route
@@ -123,7 +137,7 @@ static void lf_newIdentity(LiveAc& ac)
 static void lf_takeOperator(LiveAc& ac, const RegRecord& rec)
 {
     ac.airline = gf_airlineOf(rec);
-    ac.model = rec.type;
+    gf_setModel(ac, rec.type);
 }
 
 // Another registration than the one known so far.
@@ -147,7 +161,7 @@ static bool lf_learnRegcode(LiveAc& ac, const FeedRecord& record, const RegRecor
         }
         if (rec != nullptr) {
             ac.airline = rec->airl;
-            ac.model = rec->type;
+            gf_setModel(ac, rec->type);
         }
     } else if (record.regcode == ac.regcode || !lf_differs(rec, ac)) {
         return true;
@@ -199,7 +213,9 @@ static bool lf_changesCallsign(const LiveAc& ac, const FeedRecord& record)
 // Under this call sign the aircraft would be seen twice.
 static bool lf_wouldBeDouble(const LiveAc& ac, const std::string& callsign)
 {
-    return (gf_isGhost(callsign) && hasTwin(callsign)) || lf_doubleOf(ac, callsign, "") != nullptr;
+    return (gf_isGhost(callsign) && hasTwin(callsign)) ||
+           std::ranges::any_of(liveAcs,
+                               [&](const LiveAc& other) { return lf_isDouble(ac, callsign, "", other); });
 }
 
 static void lf_takeCallsign(LiveAc& ac, const std::string& callsign)

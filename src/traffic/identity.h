@@ -30,9 +30,11 @@ void ghostCheck(const std::string& callsign);
 // The call sign, without its last character, is in liveAcs.
 bool hasTwin(std::string_view callsign);
 
-// A new aircraft has the call sign or the registration of one in the simulator: that one goes if it is
-// parked, or a ghost, else the new one can't come and the answer is false.
-bool gf_makesWayForDouble(const LiveAc& newcomer);
+// A new aircraft may come although one in the simulator, or on its way there, has its call sign or its
+// registration: there is none such, or all are parked, or ghosts.
+bool gf_doublesMakeWay(const LiveAc& newcomer);
+// Removes them.
+void gf_removeDoubles(const LiveAc& newcomer);
 
 // Removes the first static aircraft that is the same flight as the live one, and logs why.
 void gf_removeSameFlight(const LiveAc& ac);

@@ -112,25 +112,21 @@ static std::string lf_knownModel(const FeedRecord& record)
 
 void newLiveAc(const FeedRecord& record)
 {
-    std::string model = lf_knownModel(record);
+    const std::string model = lf_knownModel(record);
     if (model.empty() || lf_atAirportLevel(record.sample.altitude)) {
         return;
     }
-    const AcCategory category = categoryOf(model);
-    if (!gf_categoryAccepted(category)) {
+    if (!gf_categoryAccepted(categoryOf(model))) {
         return;
     }
     LiveAc& ac = liveAcs.emplace_back();
     ac.hexid = record.hexid;
-    ac.model = std::move(model);
+    gf_setModel(ac, model);
     ac.origin = record.origin;
     ac.destination = record.destination;
     ac.callsign = record.callsign;
     ac.coupledCs1 = record.callsign;
     ac.regcode = record.regcode;
-    ac.category = category;
-    ac.radius = halfWingspanNm(ac.model);
-    gf_applyPerformance(ac);
     ac.feedTime = record.timestamp;
     ac.stream.push_back(record.sample);
 }

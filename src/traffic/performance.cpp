@@ -1,6 +1,7 @@
 #include "traffic/performance.h"
 
 #include "core/base/random.h"
+#include "liveries/database.h"
 
 namespace vlt {
 
@@ -26,6 +27,17 @@ void gf_applyPerformance(AcBase& ac)
     ac.climbPitch = lf_varied(gf_forCategory(kClimbPitchDeg, c), kClimbVariation) * kRadPerDeg;
     ac.maxClimbRate = gf_forCategory(kMaxClimbRate, c);
     ac.standSpeed = gf_forCategory(kStandSpeed, c);
+}
+
+void gf_setModel(AcBase& ac, const std::string& model)
+{
+    if (model == ac.model) {
+        return;
+    }
+    ac.model = model;
+    ac.category = categoryOf(model);
+    ac.radius = halfWingspanNm(model);
+    gf_applyPerformance(ac);
 }
 
 }  // namespace vlt

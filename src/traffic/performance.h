@@ -7,6 +7,7 @@
 #include "traffic/traffic.h"
 
 #include <cstdint>
+#include <string>
 
 namespace vlt {
 
@@ -44,5 +45,8 @@ inline double gf_maxPitchRate(AcCategory category)
 // Copies the constants of the aircraft's category into it; the two pitches vary a little by chance, so
 // that no two take-offs look the same.
 void gf_applyPerformance(AcBase& ac);
+
+// The aircraft is of this model, ICAO type designator: its category, radius and constants follow it.
+void gf_setModel(AcBase& ac, const std::string& model);
 
 }  // namespace vlt

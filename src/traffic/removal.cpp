@@ -145,7 +145,7 @@ double gf_distanceToUser(const PosSample& sample)
     return distNm(gf_placeOf(userNow), gf_placeOf(sample));
 }
 
-bool makeRoom(double distance)
+static LiveAc* lf_furtherAway(double distance)
 {
     constexpr double kWorthIt = 0.1;  // nm
     LiveAc* furthest = nullptr;
@@ -156,6 +156,17 @@ bool makeRoom(double distance)
             furthest = &ac;
         }
     }
+    return furthest;
+}
+
+bool gf_canMakeRoom(double distance)
+{
+    return lf_furtherAway(distance) != nullptr;
+}
+
+bool makeRoom(double distance)
+{
+    LiveAc* furthest = lf_furtherAway(distance);
     if (furthest == nullptr) {
         return false;
     }

@@ -25,6 +25,8 @@ void gf_onCreateRefused(uint32_t hexid);
 // Removes the active aircraft that is furthest from the user and more than 0.1 nm further than `distance`
 // nm. False if there is none.
 bool makeRoom(double distance);
+// It would find one.
+bool gf_canMakeRoom(double distance);
 
 // Removes the furthest aircraft until no more than MAX_LIVE are active: it may have been lowered.
 void gf_keepWithinMaxLive();

@@ -2,6 +2,7 @@
 
 #include "core/base/log.h"
 #include "core/base/parameters.h"
+#include "core/base/talkative_log.h"
 #include "core/base/text.h"
 #include "liveries/database.h"
 #include "liveries/liveries.h"
@@ -11,6 +12,7 @@
 #include "traffic/geodesy.h"
 #include "traffic/identity.h"
 #include "traffic/leg_time.h"
+#include "traffic/performance.h"
 #include "traffic/removal.h"
 #include "traffic/stand_spawn.h"
 
@@ -22,6 +24,26 @@ namespace vlt {
 // --- the gate
 
 enum class Gate { Pass, Drop, Erase, Wait };
+
+constexpr std::string_view kNoReports = "no second report came in time";
+constexpr std::string_view kNoRoom = "MAX_LIVE is reached, and nobody is further away";
+
+// What the gate decides about an aircraft.
+struct Judgement {
+    Gate gate = Gate::Pass;
+    std::string_view why;  // it is erased, a literal
+};
+
+static Judgement lf_erase(std::string_view why)
+{
+    return {Gate::Erase, why};
+}
+
+static void lf_turnAway(LiveAc& ac, std::string_view why)
+{
+    logTalkative(format("          {} turned away: {}", logName(ac), why));
+    removeAircraftFromSim(ac, why);
+}
 
 // The aircraft may show up a little before its first sample is due.
 static bool lf_isDue(const PosSample& front)
@@ -95,29 +117,33 @@ static Gate lf_gateForTaxiingUser(const LiveAc& ac)
     return front.airborne || !COLLISION_USER_GND.value || distance >= kRange ? Gate::Pass : Gate::Drop;
 }
 
-static Gate lf_gateForUser(LiveAc& ac)
+static Judgement lf_gateForUser(LiveAc& ac)
 {
     if (userOnGround) {
-        return lf_gateForTaxiingUser(ac);
+        return {lf_gateForTaxiingUser(ac), {}};
     }
     if (!COLLISION_USER_AIR.value) {
-        return Gate::Pass;
+        return {};
     }
-    return ac.stream.front().airborne ? lf_gateAirForFlyingUser(ac) : lf_gateGroundForFlyingUser(ac);
+    return {ac.stream.front().airborne ? lf_gateAirForFlyingUser(ac) : lf_gateGroundForFlyingUser(ac), {}};
 }
 
-static Gate lf_gateForNumber(LiveAc& ac)
+static bool lf_needsRoom()
+{
+    const auto coming = gf_activeCount() + std::ssize(spawnStack) + std::ssize(liveCreateQueue);
+    return MAX_LIVE.value >= 0 && coming >= MAX_LIVE.value;
+}
+
+static Judgement lf_gateForNumber(LiveAc& ac)
 {
     constexpr size_t kLongestQueue = 11;  // requests
     if (liveCreateQueue.size() >= kLongestQueue && ac.st == StState::Birth) {
-        return Gate::Drop;
+        return {Gate::Drop, {}};
     }
-    if (MAX_LIVE.value < 0) {
-        return Gate::Pass;
+    if (lf_needsRoom() && !gf_canMakeRoom(gf_distanceToUser(ac.stream.front()))) {
+        return lf_erase(kNoRoom);
     }
-    const auto coming = gf_activeCount() + std::ssize(spawnStack) + std::ssize(liveCreateQueue);
-    return coming < MAX_LIVE.value || makeRoom(gf_distanceToUser(ac.stream.front())) ? Gate::Pass
-                                                                                     : Gate::Erase;
+    return {};
 }
 
 static bool lf_isUsable(std::string_view callsign)
@@ -134,7 +160,7 @@ static void lf_takeRegistration(LiveAc& ac)
     }
     if (const RegRecord* known = findRegcode(ac.regcode)) {
         ac.airline = gf_airlineOf(*known);
-        ac.model = known->type;
+        gf_setModel(ac, known->type);
         ac.cargo = known->cargo;
     }
     if (!lf_isUsable(ac.callsign)) {
@@ -142,14 +168,14 @@ static void lf_takeRegistration(LiveAc& ac)
     }
 }
 
-static Gate lf_gateForIdentity(LiveAc& ac)
+static Judgement lf_gateForIdentity(LiveAc& ac)
 {
     if (!blockedCallsign.empty() && blockedCallsign == ac.callsign) {
-        return Gate::Erase;
+        return lf_erase("its call sign is blocked");
     }
     lf_takeRegistration(ac);
     if (!lf_isUsable(ac.callsign)) {
-        return Gate::Erase;
+        return lf_erase("no usable call sign");
     }
     if (ac.airline.empty()) {
         ac.airline = gf_airlineOfCallsign(ac.callsign);
@@ -158,39 +184,43 @@ static Gate lf_gateForIdentity(LiveAc& ac)
         ac.airline = kPrivateAirline;
     }
     if (failedLiveries.contains(gf_failedKey(ac))) {
-        return Gate::Erase;
+        return lf_erase("no livery fitted before");
     }
-    const bool hasPlace = !(gf_isGhost(ac.callsign) && hasTwin(ac.callsign)) && gf_makesWayForDouble(ac);
-    return hasPlace ? Gate::Pass : Gate::Erase;
+    if (gf_isGhost(ac.callsign) && hasTwin(ac.callsign)) {
+        return lf_erase("a ghost, its twin is here");
+    }
+    return gf_doublesMakeWay(ac) ? Judgement{} : lf_erase("reported elsewhere");
 }
 
-static Gate lf_judge(LiveAc& ac)
+static Judgement lf_judge(LiveAc& ac)
 {
     if (ac.stream.empty()) {
-        return Gate::Erase;
+        return lf_erase(kNoReports);
     }
     if (!lf_isDue(ac.stream.front())) {
-        return Gate::Wait;
+        return {Gate::Wait, {}};
     }
-    const bool listedGhost =
-        gf_isGhost(ac.callsign) && std::ranges::find(ghostCallsigns, ac.callsign) != ghostCallsigns.end();
-    if (ac.stream.size() == 1 || listedGhost) {
-        return Gate::Erase;
+    if (ac.stream.size() == 1) {
+        return lf_erase(kNoReports);
+    }
+    if (gf_isGhost(ac.callsign) && std::ranges::find(ghostCallsigns, ac.callsign) != ghostCallsigns.end()) {
+        return lf_erase("a known ghost");
     }
     if (lf_changesGround(ac)) {
-        return Gate::Drop;
+        return {Gate::Drop, {}};
     }
     for (const auto gate : {lf_gateForUser, lf_gateForNumber, lf_gateForIdentity}) {
-        if (const Gate judged = gate(ac); judged != Gate::Pass) {
+        if (const Judgement judged = gate(ac); judged.gate != Gate::Pass) {
             return judged;
         }
     }
-    return Gate::Pass;
+    return {};
 }
 
 void spawnGate(LiveAc& ac)
 {
-    switch (lf_judge(ac)) {
+    const Judgement judged = lf_judge(ac);
+    switch (judged.gate) {
     case Gate::Pass:
         spawnLiveAc(ac);
         break;
@@ -198,7 +228,7 @@ void spawnGate(LiveAc& ac)
         ac.stream.pop_front();
         break;
     case Gate::Erase:
-        removeAircraftFromSim(ac, "turned away at the gate");
+        lf_turnAway(ac, judged.why);
         break;
     case Gate::Wait:
         break;
@@ -223,15 +253,17 @@ static void lf_markStanding(LiveAc& ac)
     }
 }
 
-static void lf_matchLivery(LiveAc& ac)
+// False if there is none for it, which ends it.
+static bool lf_findsLivery(LiveAc& ac)
 {
     if (titleForHexid(ac)) {
-        return;
+        return true;
     }
     if (!ac.regcode.empty()) {
         failedLiveries.insert(gf_failedKey(ac));
     }
-    removeAircraftFromSim(ac, "no livery fits");
+    lf_turnAway(ac, "no livery fits");
+    return false;
 }
 
 static double lf_initialHeading(const LiveAc& ac)
@@ -261,18 +293,24 @@ static void lf_fixInitialState(LiveAc& ac)
     ac.hdg = lf_initialHeading(ac);
 }
 
-// Livery and first phase. False if the aircraft doesn't appear, or not yet.
-static bool lf_bear(LiveAc& ac)
+// Its first phase. False if it doesn't appear, or not yet.
+static bool lf_findsPhase(LiveAc& ac)
 {
-    lf_matchLivery(ac);
-    if (ac.eraseNow) {
-        return false;
-    }
     if (!ac.stream.front().airborne) {
         return gf_birthOnGround(ac);
     }
     gf_setSt(ac, StState::Flying);
     return true;
+}
+
+// Another one goes for it only now that it is sure to come. False if nobody can, which ends it.
+static bool lf_findsRoom(LiveAc& ac)
+{
+    if (!lf_needsRoom() || makeRoom(gf_distanceToUser(ac.stream.front()))) {
+        return true;
+    }
+    lf_turnAway(ac, kNoRoom);
+    return false;
 }
 
 void spawnLiveAc(LiveAc& ac)
@@ -282,7 +320,12 @@ void spawnLiveAc(LiveAc& ac)
         return;
     }
     lf_markStanding(ac);
-    if (ac.st == StState::Birth && !lf_bear(ac)) {
+    const bool isNew = ac.st == StState::Birth;
+    if (isNew && !lf_findsLivery(ac)) {
+        return;
+    }
+    gf_removeDoubles(ac);
+    if ((isNew && !lf_findsPhase(ac)) || !lf_findsRoom(ac)) {
         return;
     }
     standChangeList.push_back(ac.hexid);

@@ -234,6 +234,16 @@ static bool lf_heldElsewhere(LiveAc& ac, const PosSample& sample)
     return true;
 }
 
+// One that is shown without a phase, for its stand wasn't its to have, or because it keeps its object under
+// another identity, goes on in the phase that suits it.
+static void lf_endBirth(LiveAc& ac)
+{
+    if (ac.st == StState::Birth && ac.fs == FsState::Active) {
+        gf_forgetStand(ac);
+        gf_setSt(ac, ac.onGround ? StState::Taxi : StState::Flying);
+    }
+}
+
 static void lf_decodeExisting(LiveAc& ac, PosSample& sample)
 {
     if (ac.stream.size() > kLongestStream) {
@@ -242,6 +252,7 @@ static void lf_decodeExisting(LiveAc& ac, PosSample& sample)
     if (ac.stream.empty() || lf_heldElsewhere(ac, sample)) {
         return;
     }
+    lf_endBirth(ac);
     const bool isNew = ac.st == StState::Birth;
     if (!lf_byPhase(ac, sample)) {
         return;
