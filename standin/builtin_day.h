@@ -6,6 +6,7 @@
 #pragma once
 
 #include "standin/day_flights.h"
+#include "standin/world_tables.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -18,7 +19,7 @@ namespace vlt {
 struct DayOptions {
     uint64_t seed = 1;
     double startTime = 1717665600;  // seconds since 1970 of the day's second 0
-    std::filesystem::path world = "data/world";
+    std::filesystem::path world = gf_sampleWorld();
 };
 
 // One datagram and when it is sent.

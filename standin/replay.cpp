@@ -18,6 +18,7 @@
 #include "standin/direct.h"
 #include "standin/installed_titles.h"
 #include "standin/world.h"
+#include "traffic/flight_plan.h"
 
 #include <algorithm>
 #include <chrono>
@@ -96,6 +97,9 @@ public:
         simTimeMode = true;
         realTrafficHere = true;  // a repeated line counts
         currentQnh = options.qnh;
+        if (!options.planFolder.empty()) {
+            makeFlightPlanFolder(options.planFolder);
+        }
         gf_setDirectSimulator(&m_simulator);
         connect();
     }
@@ -104,6 +108,7 @@ public:
     {
         gf_closeSim();
         gf_setDirectSimulator(nullptr);
+        gf_removeFlightPlanFolder();
         static_cast<void>(gf_resetRun());  // after a close the next replay does it
         simTimeMode = false;
     }

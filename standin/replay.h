@@ -8,6 +8,7 @@
 #include "standin/replay_judge.h"
 #include "standin/sim_object.h"
 #include "standin/virtual_simulator.h"
+#include "standin/world_tables.h"
 #include "traffic/traffic.h"
 
 #include <cstdint>
@@ -18,9 +19,10 @@
 namespace vlt {
 
 struct ReplayOptions {
-    std::filesystem::path world = "data/world";  // types, liveries, titles
-    std::filesystem::path airportFile;           // of the park airport; empty: none
+    std::filesystem::path world = gf_sampleWorld();  // types, liveries, titles
+    std::filesystem::path airportFile;               // of the park airport; empty: none
     std::string airportCode = "XXXX";
+    std::filesystem::path planFolder;  // for flight plans, removed at the end; empty: none are made
     UserState user;
     Terrain terrain;
     double from = 0;        // seconds of the feed to begin at

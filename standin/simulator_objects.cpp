@@ -88,15 +88,16 @@ void VirtualSimulator::onRemove(PacketReader& reader, SimCall& call)
 void VirtualSimulator::onFlightPlan(PacketReader& reader, SimCall& call)
 {
     call.object = reader.u32();
-    call.text = reader.text(kSimPathWidth);
+    const std::filesystem::path path = reader.text(kSimPathWidth);
+    call.text = path.filename().string();  // calls compare wherever the plans lie
     call.value = reader.u32();
     if (!findObject(call.object)) {
         complain(m_header, format("flight plan for unknown object {}", call.object));
         return raise(kExceptionUnrecognizedId, 1);
     }
     std::error_code error;
-    if (!std::filesystem::is_regular_file(call.text, error)) {
-        complain(m_header, format("no flight plan file \"{}\"", call.text));
+    if (!std::filesystem::is_regular_file(path, error)) {
+        complain(m_header, format("no flight plan file \"{}\"", path.string()));
         raise(kExceptionFlightPlanFailed, 2);
     }
 }

@@ -7,6 +7,7 @@
 #include "standin/file_server.h"
 #include "standin/sim_server.h"
 #include "standin/virtual_simulator.h"
+#include "standin/world_tables.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -16,7 +17,7 @@
 namespace vlt {
 
 struct StandinOptions {
-    std::filesystem::path world = "data/world";
+    std::filesystem::path world = gf_sampleWorld();
     std::filesystem::path recording;  // empty for the built-in day
     bool noFeed = false;
     uint64_t seed = 1;

@@ -1,6 +1,7 @@
 #include "standin/world_tables.h"
 
 #include "core/base/text.h"
+#include "platform/folders.h"
 
 #include <algorithm>
 #include <fstream>
@@ -28,12 +29,20 @@ std::vector<std::string> gf_csvCells(const std::string& line)
     return cells;
 }
 
+std::filesystem::path gf_sampleWorld()
+{
+    std::filesystem::path here = "data/world";
+    std::error_code error;
+    return std::filesystem::exists(here, error) ? here : gf_programFolder() / here;
+}
+
 WorldTable gf_readWorldTable(const std::filesystem::path& world, const std::string& name)
 {
     std::ifstream in(world / name);
     std::string line;
     if (!std::getline(in, line)) {
-        throw std::runtime_error(format("{}: can't be read", name));
+        throw std::runtime_error(
+            format("{}: can't be read", std::filesystem::absolute(world / name).string()));
     }
     WorldTable table{name, gf_csvCells(line), {}};
     for (size_t number = 2; std::getline(in, line); ++number) {

@@ -10,6 +10,9 @@
 
 namespace vlt {
 
+// The folder of the sample world: `data/world` below the current directory, else beside the program.
+std::filesystem::path gf_sampleWorld();
+
 // A table as texts; every row has as many cells as the header.
 struct WorldTable {
     std::string name;  // of the file, for messages

@@ -1,12 +1,14 @@
 // velatra-tool picture: the pictures of docs/motion.md, drawn from a replay of the built-in day.
 #pragma once
 
+#include "standin/world_tables.h"
+
 #include <filesystem>
 
 namespace vlt {
 
 struct PictureOptions {
-    std::filesystem::path world = "data/world";  // folder of the plain tables
+    std::filesystem::path world = gf_sampleWorld();  // folder of the plain tables
     std::filesystem::path out = "docs/pictures";
     double seconds = 1800;  // of the replay
 };

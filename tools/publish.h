@@ -3,13 +3,15 @@
 // Each function prints what it wrote as JSON lines, gives the exit code, and throws if it can't write.
 #pragma once
 
+#include "standin/world_tables.h"
+
 #include <string>
 
 namespace vlt {
 
 // What the options of one subcommand say.
 struct PublishOptions {
-    std::string world = "data/world";
+    std::string world = gf_sampleWorld().string();
     std::string out = ".";  // folder; a file for the catalogue and the single airport
     std::string in;         // the catalogue's source, or a stands table
     std::string base;       // the catalogue to which a world's airports are added

@@ -59,10 +59,11 @@ ReplayOptions gf_replayOptions(const ReplayToolOptions& options)
 
 int gf_replayToFiles(const ReplayToolOptions& options)
 {
-    const ReplayOptions replay = gf_replayOptions(options);
+    ReplayOptions replay = gf_replayOptions(options);
     DayOptions day;
     day.seed = replay.seed;
     day.world = replay.world;
+    replay.planFolder = options.out / "orig_dest";
     const FeedSource feed = options.recording.empty() ? FeedSource(day) : FeedSource(options.recording);
     ReplayRecorder recorder(options.out, options.every, !options.noEvents);
     const ReplayResult result = gf_replay(feed, replay, &recorder);

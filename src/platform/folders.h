@@ -33,6 +33,9 @@ std::filesystem::path gf_runtimeFolder();
 // alone; false if it can't be made so, or is somebody else's: nothing in it is to be trusted then.
 bool gf_makeRuntimeFolder();
 
+// Where the program that runs lies.
+std::filesystem::path gf_programFolder();
+
 // The current directory, or "." if it is gone.
 std::filesystem::path gf_currentFolder();
 

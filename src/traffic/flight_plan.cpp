@@ -5,31 +5,29 @@
 #include "core/base/paths.h"
 #include "core/base/replace_file.h"
 #include "core/base/text.h"
-#include "platform/folders.h"
 #include "sim/requests.h"
 
 #include <filesystem>
 #include <string>
+#include <utility>
 
 namespace vlt {
 
-static std::filesystem::path lf_folder()
-{
-    return gf_dataFolder() / "orig_dest";
-}
+static std::filesystem::path planFolder;  // [worker] empty: none was made
 
 static std::filesystem::path lf_file(uint32_t objectid)
 {
-    return lf_folder() / format("{}.pln", objectid);
+    return planFolder / format("{}.pln", objectid);
 }
 
-void makeFlightPlanFolder()
+void makeFlightPlanFolder(const std::filesystem::path& folder)
 {
     std::error_code error;
-    std::filesystem::create_directories(lf_folder(), error);
+    std::filesystem::create_directories(folder, error);
     if (error) {
-        throw std::filesystem::filesystem_error("create_directory", lf_folder(), error);
+        throw std::filesystem::filesystem_error("create_directory", folder, error);
     }
+    planFolder = folder;
 }
 
 // The codes come from the feed as they are: what XML reserves is left out, no airport code holds it.
@@ -61,7 +59,7 @@ static std::string lf_flightPlanText(const AcBase& ac)
 
 void loadFlightPlan(LiveAc& ac)
 {
-    if (ac.origin.empty() || ac.destination.empty()) {
+    if (ac.origin.empty() || ac.destination.empty() || planFolder.empty()) {
         return;
     }
     const std::filesystem::path path = lf_file(ac.objectid);
@@ -82,8 +80,11 @@ void removeFlightPlan(uint32_t objectid)
 
 void gf_removeFlightPlanFolder()
 {
+    if (planFolder.empty()) {
+        return;
+    }
     try {
-        std::filesystem::remove_all(lf_folder());
+        std::filesystem::remove_all(std::exchange(planFolder, {}));
     } catch (const std::exception& e) {
         showMessage(format("gf_removeFlightPlanFolder: {}", e.what()), true);
     }

@@ -11,6 +11,7 @@
 #include <cmath>
 #include <fstream>
 #include <functional>
+#include <set>
 #include <sstream>
 
 namespace vlt {
@@ -77,6 +78,36 @@ TEST_F(Replays, theSameInputGivesTheSameBytes)
         EXPECT_GT(first.size(), 1000U) << name;
         EXPECT_TRUE(first == lf_textOf(out.path() / "b" / name)) << name;
     }
+}
+
+TEST_F(Replays, flightPlansLieInTheirFolderAsLongAsTheirAircraftFlies)
+{
+    stage.options.planFolder = out.path() / "plans";
+    const std::vector<PathState> road =
+        gf_journey({{{gf_at(-9000, 3000, 420, 20000), gf_at(9000, 3000, 420, 20000)}, false, 0, 0}});
+    stage.add({100001, "JET1", "A320", "", "LHR", "A<M&S\x01"}, road);
+    stage.add({100002, "PLAN2", "C172", "", "LHR", "AMS"}, road);
+    stage.add({100003, "NONE3", "A320", "", "", "AMS"}, road);
+    std::set<std::string> plans;
+    stage.onLook = [&](const RoadLook&) {
+        for (const auto& file : std::filesystem::directory_iterator(stage.options.planFolder)) {
+            plans.insert(lf_textOf(file));
+        }
+    };
+    stage.watched = 100001;
+    const ReplayResult result = play(300);
+    std::set<std::string> expected;
+    for (const char* rules : {"IFR", "VFR"}) {
+        expected.insert(
+            format("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                   "<SimBase.Document Type=\"AceXML\" version=\"4,3\">\"\n<FlightPlan.FlightPlan>\n"
+                   "<FPType>{}</FPType>\n<DepartureID>LHR</DepartureID>\n"
+                   "<DestinationID>AMS</DestinationID>\n</FlightPlan.FlightPlan>\n</SimBase.Document>\n",
+                   rules));
+    }
+    EXPECT_EQ(expected, plans);
+    EXPECT_EQ(3, driven(result));
+    EXPECT_FALSE(std::filesystem::exists(stage.options.planFolder));
 }
 
 TEST_F(Replays, parkedAircraftDontDanceForTwoHours)

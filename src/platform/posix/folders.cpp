@@ -106,6 +106,12 @@ bool gf_makeRuntimeFolder()
            ::chmod(folder.c_str(), S_IRWXU) == 0;
 }
 
+std::filesystem::path gf_programFolder()
+{
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+}
+
 std::filesystem::path gf_currentFolder()
 {
     std::error_code error;
