@@ -98,12 +98,13 @@ static void lf_readPublishers(const pugi::xml_document& document)
     }
 }
 
+// As people write it: blanks or a sign in front and a unit behind don't matter.
 static std::optional<double> lf_spanMetres(std::string_view text)
 {
     double metres = 0;
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, metres);
-    const bool usable = error == std::errc{} && stop == end && metres > 0 && metres < kWidestSpanM;
+    text.remove_prefix(std::min(text.find_first_not_of(" \t+"), text.size()));
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), metres);
+    const bool usable = error == std::errc{} && metres > 0 && metres < kWidestSpanM;
     return usable ? std::optional(metres) : std::nullopt;
 }
 
@@ -209,13 +210,21 @@ static void lf_readRegistration(const pugi::xml_node& node)
     }
 }
 
-static void lf_readRegistrations(const pugi::xml_document& document)
+// A row that can't be read ends the reading: the user is told which one.
+static void lf_readRegistrations(const pugi::xml_document& document, const std::filesystem::path& path)
 {
     dbase.registrations.clear();
     const auto rows = document.child("dbase").children("db");
     dbase.registrations.reserve(static_cast<size_t>(std::distance(rows.begin(), rows.end())));
+    int64_t number = 0;
     for (const pugi::xml_node& node : rows) {
-        lf_readRegistration(node);
+        ++number;
+        try {
+            lf_readRegistration(node);
+        } catch (const std::exception& e) {
+            throw std::runtime_error(
+                format("{} in row {} of the registrations in \"{}\"", e.what(), number, gf_shown(path)));
+        }
     }
 }
 
@@ -233,7 +242,7 @@ void gf_readDbaseSections(const pugi::xml_document& document, const std::filesys
     lf_readFixes(document);
     lf_readList(document, kAddonList);
     lf_readThirdParties(document);
-    lf_readRegistrations(document);
+    lf_readRegistrations(document, path);
 }
 
 static void lf_readFile(const std::filesystem::path& path)

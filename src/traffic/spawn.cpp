@@ -254,7 +254,7 @@ static void lf_markStanding(LiveAc& ac)
 }
 
 // False if there is none for it, which ends it.
-static bool lf_findsLivery(LiveAc& ac)
+static bool lf_giveLivery(LiveAc& ac)
 {
     if (titleForHexid(ac)) {
         return true;
@@ -294,7 +294,7 @@ static void lf_fixInitialState(LiveAc& ac)
 }
 
 // Its first phase. False if it doesn't appear, or not yet.
-static bool lf_findsPhase(LiveAc& ac)
+static bool lf_beginPhase(LiveAc& ac)
 {
     if (!ac.stream.front().airborne) {
         return gf_birthOnGround(ac);
@@ -304,7 +304,7 @@ static bool lf_findsPhase(LiveAc& ac)
 }
 
 // Another one goes for it only now that it is sure to come. False if nobody can, which ends it.
-static bool lf_findsRoom(LiveAc& ac)
+static bool lf_takeRoom(LiveAc& ac)
 {
     if (!lf_needsRoom() || makeRoom(gf_distanceToUser(ac.stream.front()))) {
         return true;
@@ -321,11 +321,11 @@ void spawnLiveAc(LiveAc& ac)
     }
     lf_markStanding(ac);
     const bool isNew = ac.st == StState::Birth;
-    if (isNew && !lf_findsLivery(ac)) {
+    if (isNew && !lf_giveLivery(ac)) {
         return;
     }
     gf_removeDoubles(ac);
-    if ((isNew && !lf_findsPhase(ac)) || !lf_findsRoom(ac)) {
+    if ((isNew && !lf_beginPhase(ac)) || !lf_takeRoom(ac)) {
         return;
     }
     standChangeList.push_back(ac.hexid);

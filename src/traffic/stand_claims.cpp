@@ -37,19 +37,25 @@ static Verdict lf_judgeHolder(const LiveAc& holder, const std::string& callsign)
     return {false, "removed because another live {} wants the stand ..."};
 }
 
+static LiveAc* lf_holderBefore(const LiveAc& newcomer, uint32_t standId)
+{
+    return gf_liveHolder(standId, kParked | kPushes | kPushed, &newcomer);
+}
+
 bool standConflict(const LiveAc& newcomer, uint32_t standId)
 {
-    LiveAc* holder = gf_liveHolder(standId, kParked | kPushes | kPushed, &newcomer);
-    if (holder == nullptr) {
-        return true;
-    }
-    const Verdict verdict = lf_judgeHolder(*holder, newcomer.callsign);
-    if (!verdict.holderStays) {
+    const LiveAc* holder = lf_holderBefore(newcomer, standId);
+    return holder == nullptr || !lf_judgeHolder(*holder, newcomer.callsign).holderStays;
+}
+
+void gf_removeHolder(const LiveAc& newcomer, uint32_t standId)
+{
+    if (LiveAc* holder = lf_holderBefore(newcomer, standId)) {
+        const Verdict verdict = lf_judgeHolder(*holder, newcomer.callsign);
         logTalkative(format("{:8}: {:8} {}", gf_standName(*holder), holder->callsign,
                             format(fmt::runtime(verdict.words), newcomer.callsign)));
         removeAircraftFromSim(*holder, "another aircraft wants its stand");
     }
-    return !verdict.holderStays;
 }
 
 bool gf_adjacentBlocked(const LiveAc& newcomer, const ParkPos& stand)

@@ -10,9 +10,10 @@
 
 namespace vlt {
 
-// A new aircraft wants the stand: the aircraft that holds it is removed or keeps it. True if the new one
-// may have it.
+// A new aircraft wants the stand: true if it may have it, for nobody holds it, or who does must go.
 bool standConflict(const LiveAc& newcomer, uint32_t standId);
+// Removes who holds it.
+void gf_removeHolder(const LiveAc& newcomer, uint32_t standId);
 
 // An aircraft on an adjacent stand would touch the new one there.
 bool gf_adjacentBlocked(const LiveAc& newcomer, const ParkPos& stand);

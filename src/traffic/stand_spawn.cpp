@@ -35,6 +35,7 @@ static std::optional<LatLon> lf_placeToTest(const LiveAc& ac)
 
 static void lf_standAt(LiveAc& ac, const ParkPos& stand)
 {
+    gf_removeHolder(ac, stand.index);
     clearStandForLive(ac, stand);
     gf_takeStand(ac, stand);
     gf_setSt(ac, StState::Parked);

@@ -130,7 +130,7 @@ static bool lf_leave(LiveAc& ac, PosSample& sample)
     return true;
 }
 
-static bool lf_outsideStand(LiveAc& ac, PosSample& sample, double dist)
+static bool lf_takeOutsideStand(LiveAc& ac, PosSample& sample, double dist)
 {
     constexpr double kFarOff = 200.0 / kMetresPerNm;
     if (ac.st == StState::Parking) {
@@ -172,7 +172,7 @@ bool checkAtStand(LiveAc& ac, PosSample& sample)
     ac.liveAtStand = true;
     const double dist = distNm(gf_placeOf(sample), gf_standPlace(ac));
     if (dist > (ac.prevSt == StState::Parking ? kLimitAfterArrival : kLimit)) {
-        return lf_outsideStand(ac, sample, dist);
+        return lf_takeOutsideStand(ac, sample, dist);
     }
     ac.parkedSince = tick;
     if (ac.standDistLast == 0) {

@@ -222,16 +222,11 @@ static void lf_append(LiveAc& ac, const PosSample& sample)
     }
 }
 
-// The object waits at the end of its reports, and is reported elsewhere: it comes back there.
-static bool lf_heldElsewhere(LiveAc& ac, const PosSample& sample)
+// The object waits at the end of its reports, and is reported elsewhere.
+static bool lf_heldElsewhere(const LiveAc& ac, const PosSample& sample)
 {
     const double metres = distNm(gf_placeOf(sample), gf_placeOf(ac.stream.front())) * kMetresPerNm;
-    if (!ac.holding || metres <= HOLDING_THRESHOLD_METERS.value) {
-        return false;
-    }
-    lf_endHolding(ac);
-    removeAircraftFromSim(ac, "reported elsewhere while it was held");
-    return true;
+    return ac.holding && metres > HOLDING_THRESHOLD_METERS.value;
 }
 
 // One that is shown without a phase, for its stand wasn't its to have, or because it keeps its object under
@@ -249,7 +244,12 @@ static void lf_decodeExisting(LiveAc& ac, PosSample& sample)
     if (ac.stream.size() > kLongestStream) {
         removeAircraftFromSim(ac, "more reports than it can follow");
     }
-    if (ac.stream.empty() || lf_heldElsewhere(ac, sample)) {
+    if (ac.stream.empty()) {
+        return;
+    }
+    if (lf_heldElsewhere(ac, sample)) {
+        lf_endHolding(ac);
+        removeAircraftFromSim(ac, "reported elsewhere while it was held");  // it comes back there
         return;
     }
     lf_endBirth(ac);

@@ -67,7 +67,7 @@ static Sections lf_goodSections()
         {"ICAO_airlines", "<ICAO codes=\"" + airlines + "\"/>"},
         {"cargo_operators", "<ICAO codes=\"" + airlines + "\"/>"},
         {"publishers", "<pub names=\"Zed,Z\"/><pub names=\"Able\"/><pub names=\"Zed,Z\"/>"},
-        {"wingspans", lf_span("A319", "34.1") + lf_span("A320", "35.8") + lf_span("B744", "64.4")},
+        {"wingspans", lf_span("A319", " 34.1") + lf_span("A320", "+35.8") + lf_span("B744", "64.4 m")},
         {"fixes", "<fx wro=\"A32N\" cor=\"A320\"/>"},
         {"simaddonsP3D", "<simaddonP3D arpts=\"KSEA,EGLL\"/>"},
         {"thirdpartiesP3D", "<thirdpartieP3D pub=\"Able\" arpts=\"EDDF,EDDM\"/>"},
@@ -134,7 +134,7 @@ TEST_F(DatabaseTest, typesAirlinesAndCategories)
 TEST_F(DatabaseTest, wingSpansAreHalvedAndAveraged)
 {
     Sections sections = lf_goodSections();
-    for (const char* bad : {"", "wide", "12m", "-3", "0", "nan", "inf", "1e300"}) {
+    for (const char* bad : {"", "wide", "m 12", "-3", "0", "nan", "inf", "1e300"}) {
         sections["wingspans"] += lf_span("C172", bad);
     }
     sections["wingspans"] += lf_span("ZZZZ", "90") + "<wingspan/>";
@@ -180,6 +180,10 @@ TEST_F(DatabaseTest, anEmptyListThatIsNeededStopsTheProgram)
     EXPECT_EQ("", thrown(sections));
     sections["ICAO_airlines"] += "<ICAO codes=\"ABCDE\"/>";
     EXPECT_EQ("decrypt airl \"ABCDE\" error", thrown(sections));
+    sections = lf_goodSections();
+    sections["dbase"] = lf_row("G-ABCD", "BAW", "A320", "") + "<db reg=\"" + std::string(25, 'A') + "\"/>";
+    EXPECT_NE(std::string::npos, thrown(sections).find(" in row 2 of the registrations in \""))
+        << thrown(sections);
 }
 
 TEST_F(DatabaseTest, groupsFixesAndPublishers)
