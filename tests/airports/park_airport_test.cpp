@@ -1,15 +1,21 @@
 #include "airports/parking/park_airport.h"
 
 #include "airports/airport_place.h"
+#include "airports/apron.h"
 #include "airports/parking/park_list.h"
 #include "airports/parking/reserved_stand.h"
+#include "airports/stand_search.h"
 #include "core/base/display.h"
 #include "link/traffic_reader.h"
 #include "sim/dispatch.h"
-#include "support/feed_line.h"
 #include "traffic/geodesy.h"
 
-#include <cmath>
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <set>
+#include <utility>
+#include <vector>
 
 namespace vlt {
 
@@ -20,21 +26,11 @@ protected:
     {
         AirportPlace::SetUp();
         airportCatalogue = {{"XAAA", "", 47, 8, 900}, {"XBBB", "", 47.2, 8, 500}, {"XFAR", "", 10, 10, 0}};
-        AIRPORT_RANGE.value = 20;
-        AIRPORT_HEIGHT.value = 18000;
-        tick = 100'000;
     }
 
     void list(const std::string& text) const
     {
         place.folder.write("airports/my_park_airports.txt", text);
-    }
-    // The list names this airport alone, and its file has one stand.
-    void listWithFile(const std::string& code) const
-    {
-        archive(code, gf_airportText(gf_standText("A1", 0)));
-        list(code);
-        lf_readMyParkAirports();
     }
     std::string listFile() const
     {
@@ -48,21 +44,16 @@ protected:
         }
         return all;
     }
-    static void fly(double milesNorth, double agl)
+    // The user, on the ground if there is no height.
+    static void put(double milesNorth, double metresEast, std::optional<double> agl)
     {
-        userOnGround = false;
-        userNow = UserAc{.lat = 47 + milesNorth / 60, .lon = 8, .agl = agl};
+        const PosSample sample = gf_groundSample(metresEast, milesNorth * kMetresPerNm, 0, 0);
+        userOnGround = !agl;
+        userNow = UserAc{.lat = sample.lat, .lon = sample.lon, .agl = agl.value_or(0)};
     }
-    static void stand(double metresEast)
+    // One regular look.
+    static void look()
     {
-        const PosSample sample = gf_groundSample(metresEast, 0, 0, 0);
-        userOnGround = true;
-        userNow = UserAc{.lat = sample.lat, .lon = sample.lon};
-    }
-    // The airport in sight, and its load at the next look.
-    static void load()
-    {
-        parkAirportCheck();
         parkAirportCheck();
     }
 };
@@ -84,11 +75,13 @@ TEST_F(ParkAirportTest, theListIsReadInEveryEncoding)
         EXPECT_EQ("XAAA,A1 XBBB,B 2 ", codes());
     }
     EXPECT_EQ("airport XZZZ is unknown", display.message.load());
-    std::filesystem::remove("airports/my_park_airports.txt");
+    list("XBBB");
     place.folder.write("airports/my_thirdparty/XBBB.xml", "");
+    place.folder.write("airports/my_thirdparty/XAAA.xml", "");
+    place.folder.write("airports/my_thirdparty/XFAR.txt", "");
     place.folder.write("airports/my_thirdparty/XZZZ.xml", "");
     EXPECT_TRUE(lf_readMyParkAirports());
-    EXPECT_EQ("XBBB ", codes());
+    EXPECT_EQ("XBBB XAAA ", codes());
 }
 
 TEST_F(ParkAirportTest, aStoredStandKeepsTheOtherLines)
@@ -98,242 +91,246 @@ TEST_F(ParkAirportTest, aStoredStandKeepsTheOtherLines)
     gf_sortParkAirports({47, 8});
     gf_storeStand("A7");
     EXPECT_EQ("# mine\r\nXBBB\r\nXAAA,A7\r\nlast\r\n", listFile());
-    gf_addParkAirport({"XFAR", "Q", 10, 10, 0});
-    EXPECT_EQ("# mine\r\nXBBB\r\nXAAA,A7\r\nlast\r\nXFAR,Q\r\n", listFile());
-    EXPECT_EQ("XFAR,Q XAAA,A7 XBBB ", codes());
+    const std::string broken("\xFF\xFE\0\xD8", 4);
+    list(broken);
+    gf_storeStand("A8");
+    EXPECT_EQ(broken, listFile()) << "what can't be read isn't overwritten";
 }
 
-// --- in and out of sight
+// --- the whole life of it
 
-TEST_F(ParkAirportTest, aListedAirportComesInSightAndGoes)
+// A user who walks and flies about while list and server change: what should be, told in few words.
+class ParkWalk : public ParkAirportTest
 {
-    listWithFile("XAAA");
-    const struct {
-        const char* what;
-        int32_t range;
-        double miles, agl;
-        bool inSight;
-    } cases[] = {{"near and low", 20, 5, 3000, true},        {"just in range", 20, 19.999, 3000, true},
-                 {"exactly at the range", 0, 0, 3000, true}, {"just out of it", 20, 20.001, 3000, false},
-                 {"just low enough", 20, 5, 18000, true},    {"too high", 20, 5, 18001, false}};
-    for (const auto& c : cases) {
-        reset();
-        lf_readMyParkAirports();
-        AIRPORT_RANGE.value = c.range;
-        fly(-c.miles, c.agl);
-        parkAirportCheck();
-        EXPECT_EQ(c.inSight ? "XAAA" : "", parkApf.code) << c.what;
-        // The same limits, for one that is the park airport already.
-        fly(0, 0);
-        load();
-        EXPECT_EQ(ParkState::Loaded, parkState);
-        fly(-c.miles, c.agl);
-        parkAirportCheck();
-        EXPECT_EQ(c.inSight ? "XAAA" : "", parkApf.code) << c.what;
-        EXPECT_EQ(c.inSight ? ParkState::Loaded : ParkState::None, parkState) << c.what;
+protected:
+    enum Served { None, Empty, Good };
+
+    // XAAA has twenty stands that are known well; XBBB two, and a learned file.
+    void serve(const std::string& at, Served what)
+    {
+        std::string stands;
+        for (int i = 0; what == Good && i < (at == "XAAA" ? 20 : 2); ++i) {
+            stands += gf_standText(format("S{}", i), i * 60.0);
+        }
+        archive(at, gf_airportText(stands, at == "XAAA" ? "<parameter name='Qf_real' value='45'/>" : ""));
+        if (what == None) {
+            std::filesystem::remove("served/archive/stock/" + at + ".xml");
+        }
+        served[at] = what;
     }
+
+    static double far(std::string_view airport)
+    {
+        return distNm(gf_placeOf(userNow), gf_placeOf(*findAirport(airport)));
+    }
+    static bool inSight(std::string_view airport)
+    {
+        return far(airport) <= AIRPORT_RANGE.value && userNow.agl <= AIRPORT_HEIGHT.value;
+    }
+    std::string first() const
+    {
+        return lines.empty() ? "" : lines.front().substr(0, 4);
+    }
+    // The user's stand gets its line, and the line says what is reserved.
+    void reserve(bool noted)
+    {
+        const std::string stand = nearestStandId(gf_placeOf(userNow));
+        const std::string line = stand.empty() ? code : code + "," + stand;
+        const bool here = userOnGround && far(code) <= 5;
+        if ((here || noted) && first() == code && !stand.empty()) {
+            lines.front() = line;
+        } else if (here && std::ranges::none_of(lines, [this](auto& l) { return l.starts_with(code); })) {
+            lines.insert(lines.begin(), line);
+        }
+        const std::string listed = first() == code && lines.front() != code ? lines.front().substr(5) : "";
+        reserved = gf_standById(listed) != nullptr ? listed : "";
+        kept = {reserved, stand};
+        kept.erase("");
+    }
+    void become(const std::string& airport, ParkState now)
+    {
+        code = airport;
+        state = now;
+        reserved.clear();
+        kept.clear();
+    }
+    void expectGround()
+    {
+        if (distNm(vain, last) < 1 && tick - vainTick < 300 * kTicksPerSecond) {
+            return;
+        }
+        vain = last;
+        vainTick = tick;
+        for (const std::string airport : {"XAAA", "XBBB"}) {
+            if (far(airport) <= 5 && served[airport] != None) {
+                become(airport, ParkState::InSight);
+                vain = {};
+            }
+        }
+    }
+    void expectLook()
+    {
+        if (state == ParkState::InSight) {
+            percentage = served[code] != Good ? percentage : code == "XAAA" ? 30 : 55;
+            become(served[code] == Good ? code : "",
+                   served[code] == Good ? ParkState::Loaded : ParkState::None);
+            return;
+        }
+        const LatLon before = std::exchange(last, gf_placeOf(userNow));
+        if (gf_isNullPosition(last)) {
+            last = before;
+            return;
+        }
+        if (last != before) {
+            std::ranges::stable_sort(lines, {}, [](const std::string& l) { return far(l.substr(0, 4)); });
+        }
+        const bool listed = !lines.empty() && inSight(first());
+        if (state == ParkState::None) {
+            if (userOnGround) {
+                expectGround();
+            } else if (listed) {
+                become(first(), ParkState::InSight);
+            }
+        } else if (!userOnGround && (!inSight(code) || (listed && far(first()) < far(code)))) {
+            become("", ParkState::None);
+        }
+    }
+
+    void changeTheWorld()
+    {
+        if (draw(15) == 0) {
+            serve(one({"XAAA", "XBBB"}), one({Good, Good, Good, Empty, None}));
+        }
+        if (draw(20) == 0) {
+            lines = {one({"XAAA", "XAAA,S1", "XAAA,Z9"}), one({"XBBB", "XBBB,S1"}), "XFAR"};
+            std::swap(lines[0], lines[draw(2)]);
+            lines.resize(draw(4));
+            list(joined(lines, "\r\n"));
+            lf_readMyParkAirports();
+        }
+        if (draw(3) == 0) {
+            put(one({0.0, 0.0, 0.7, 4.9, 5.1, 5.9, 6.1, 7.1, 12.0, 19.999, 20.001, -19.999, -20.001, -31.0}),
+                one({0.0, 61.0, 115.0}), one<std::optional<double>>({{}, {}, 3000, 18000, 18001}));
+        }
+        if (draw(30) == 0) {
+            userNow = {};  // no position
+        }
+        tick += one({1, 16, 16, 150}) * kTicksPerSecond;
+        if (softLearningAllowed && draw(9) == 0) {
+            LEARN_SOFT.value = learnSoft = draw(2) == 0;  // by the user, who finds it so again
+        }
+    }
+    static std::string joined(const std::vector<std::string>& texts, const std::string& end)
+    {
+        std::string all;
+        for (const std::string& text : texts) {
+            all += text + end;
+        }
+        return all;
+    }
+    // The window's part of the airport, and what else is in force for it.
+    static std::string shown()
+    {
+        const ShownAirport& a = display.airport;
+        return format("{}|{}|{}|{}|{} {} {} {} {} {} {} {} {} {} {}", a.code.load(), a.name.load(),
+                      a.quality.load(), a.reservedStand.load(), a.userStand.load(), a.standCount.load(),
+                      a.altitude.load(), a.learnSoftEnabled.load(), a.percentageEnabled.load(),
+                      a.flushStaticEnabled.load(), parking_percentage.value.load(), MAX_LIVE.value.load(),
+                      LEARN_SOFT.value.load(), trafficReader.parkElevation.load(),
+                      trafficReader.parkLat.load());
+    }
+    std::string expectedShown(const std::string& userStand) const
+    {
+        if (state != ParkState::Loaded) {
+            return format("{}|||| 0 0 true false false {} 70 {} nan 0", code, percentage, learnSoft);
+        }
+        const std::string stands = format("{}|{}", reserved, userStand);
+        return code == "XAAA"
+                   ? format("XAAA|Testfield|45|{} 20 1000 false false true 30 70 false 1000 47", stands)
+                   : format("XBBB|Testfield|  |{} 2 1000 true true true 55 5 {} 1000 47.2", stands,
+                            learnSoft);
+    }
+
+    std::map<std::string, Served> served;
+    std::vector<std::string> lines;  // of the list
+    std::string code, reserved;
+    std::set<std::string> kept;  // the stands closed to static parking
+    ParkState state = ParkState::None;
+    LatLon last, vain;  // of the user at the last look, and at the last one in vain
+    int32_t vainTick = 0;
+    bool learnSoft = true;
+    int32_t percentage = 77;
+};
+
+TEST_F(ParkWalk, theParkAirportFollowsUserListAndServer)
+{
+    gf_seedRandom(5);
+    MAX_LIVE.value = 70;
+    parking_percentage.value = percentage;
+    place.folder.write("airports/learned/stock/XBBB.xml",
+                       gf_airportText("", "<parameter name='MAX_LIVE' value='5'/>"
+                                          "<parameter name='parking_percentage' value='55'/>"));
+    std::map<std::string, int> looks;
+    for (int step = 0; step < 3000; ++step) {
+        SCOPED_TRACE(step);
+        changeTheWorld();
+        expectLook();
+        const bool loads = parkState == ParkState::InSight;
+        look();
+        if (loads && state == ParkState::Loaded) {
+            reserve(false);
+        }
+        const std::string stand = nearestStandId(gf_placeOf(userNow));
+        noteStandRequested = draw(9) == 0;
+        if (noteStandRequested && !stand.empty() && first() == code && lines.front() != code + "," + stand) {
+            reserve(true);
+        }
+        gf_noteUserStand();
+        gf_showUserStand();
+        ++looks[code + (state == ParkState::Loaded ? "" : "?")];
+        std::set<std::string> closed;
+        for (const ParkPos& s : parkApf.stands) {
+            if (s.reserved) {
+                closed.insert(s.id);
+            }
+        }
+        ASSERT_EQ(code, parkApf.code);
+        ASSERT_EQ(state, parkState);
+        ASSERT_EQ(joined(lines, " "), codes());
+        ASSERT_TRUE(std::ranges::is_permutation(joined(lines, "\r\n"), listFile())) << listFile();
+        ASSERT_EQ(expectedShown(stand), shown());
+        ASSERT_EQ(reserved, reservedStand);
+        ASSERT_EQ(kept, closed);
+        ASSERT_EQ(state != ParkState::None, parkAirport.has_value());
+    }
+    for (const auto& [airport, count] : looks) {
+        EXPECT_LT(50, count) << airport;
+    }
+    EXPECT_EQ(5U, looks.size());
 }
 
-TEST_F(ParkAirportTest, anEmptyListGivesAFlyingUserNone)
-{
-    archive("XAAA", gf_airportText(gf_standText("A1", 0)));
-    fly(0, 1000);
-    load();
-    userNow = UserAc{};  // without a position
-    userOnGround = true;
-    load();
-    EXPECT_EQ("", parkApf.code);
-    EXPECT_EQ(0U, server.requests());
-}
+// --- what goes with it
 
 TEST_F(ParkAirportTest, whoIsParkedThereGoesWithTheAirportAndOthersForgetTheirStand)
 {
-    listWithFile("XAAA");
-    fly(-5, 3000);
-    load();
+    archive("XAAA", gf_airportText(gf_standText("A1", 0)));
+    list("XAAA");
+    lf_readMyParkAirports();
+    put(-5, 0, 3000);
+    look();
+    look();
     for (const StState st : {StState::Parked, StState::Parking, StState::PushingBack}) {
         gf_addOnGround(20001 + static_cast<uint32_t>(st), "BAW3AK", st).standId = 1;
     }
-    fly(-30, 3000);
-    parkAirportCheck();
+    staticAcs.emplace_back().fs = FsState::Active;
+    put(-30, 0, 3000);
+    look();
     ASSERT_EQ("", parkApf.code);
     for (const LiveAc& ac : liveAcs) {
         EXPECT_EQ(kNoStand, ac.standId);
         EXPECT_EQ(ac.st == StState::Parked, ac.fs == FsState::RemovingFromSim);
     }
-}
-
-TEST_F(ParkAirportTest, aNearerListedAirportTakesOver)
-{
-    archive("XAAA", gf_airportText(gf_standText("A1", 0)));
-    archive("XBBB", gf_airportText(gf_standText("B1", 0)));
-    list("XAAA\nXBBB");
-    lf_readMyParkAirports();
-    fly(5, 3000);  // XBBB lies 12 miles north of XAAA
-    load();
-    EXPECT_EQ("XAAA", parkApf.code);
-    fly(5.9, 3000);
-    parkAirportCheck();
-    EXPECT_EQ("XAAA", parkApf.code);
-    fly(6.1, 3000);
-    parkAirportCheck();
-    EXPECT_EQ("", parkApf.code);
-    load();
-    EXPECT_EQ("XBBB", parkApf.code);
-    EXPECT_EQ(1U, parkApf.stands.size());
-}
-
-TEST_F(ParkAirportTest, aUserOnTheGroundIsAtHisAirport)
-{
-    archive("XAAA", gf_airportText(gf_standText("A1", 0) + gf_standText("A2", 100)));
-    stand(101);
-    load();
-    EXPECT_EQ("XAAA", parkApf.code);
-    EXPECT_EQ("XAAA,A2 ", codes()) << "the airport joins the list, with the user's stand";
-    EXPECT_EQ("XAAA,A2\r\n", listFile());
-    EXPECT_EQ("A2", reservedStand);
-    EXPECT_TRUE(parkApf.stands[1].reserved && !parkApf.stands[0].reserved);
-    EXPECT_EQ(1000, parkAirport->elevation) << "the file's, not the catalogue's";
-    EXPECT_EQ(1000.0, trafficReader.parkElevation);
-    stand(1);
-    parkAirportCheck();
-    EXPECT_EQ("XAAA", parkApf.code) << "on the ground nothing goes out of sight";
-    EXPECT_EQ("A2", reservedStand);
-    gf_showUserStand();
-    EXPECT_EQ("A1", display.airport.userStand.load());
-    gf_noteUserStand();
-    EXPECT_EQ("A2", reservedStand) << "nobody asked to note it";
-    noteStandRequested = true;
-    gf_noteUserStand();
-    EXPECT_EQ("A1", reservedStand);
-    EXPECT_EQ("XAAA,A1\r\n", listFile());
-    EXPECT_TRUE(parkApf.stands[0].reserved && !parkApf.stands[1].reserved);
-}
-
-TEST_F(ParkAirportTest, aFieldWithoutAFileIsAskedForOnceInAWhile)
-{
-    stand(0);
-    parkAirportCheck();
-    EXPECT_EQ(1U, server.requests());
-    for (int i = 0; i < 5; ++i) {
-        parkAirportCheck();
-    }
-    EXPECT_EQ(1U, server.requests());
-    tick = tick + 300 * kTicksPerSecond;
-    parkAirportCheck();
-    EXPECT_EQ(2U, server.requests());
-    stand(2000);
-    parkAirportCheck();
-    EXPECT_EQ(3U, server.requests());
-}
-
-// --- failures and settings
-
-TEST_F(ParkAirportTest, aLoadThatFailsLeavesNothingBehind)
-{
-    const std::pair<std::string, const char*> cases[] = {
-        {gf_airportText(gf_standText("A1", 0) + gf_standText("A1", 9)),
-         "Parking position A1 appears more than once?"},
-        {gf_airportText(""), "no stands found"}};
-    stand(0);
-    for (const auto& [text, message] : cases) {
-        archive("XAAA", text);
-        load();
-        EXPECT_EQ(message, display.message.load());
-        EXPECT_EQ("", parkApf.code);
-        EXPECT_TRUE(parkApf.stands.empty());
-        EXPECT_FALSE(parkAirport.has_value());
-        EXPECT_EQ(ParkState::None, parkState);
-        EXPECT_TRUE(std::isnan(trafficReader.parkElevation));
-    }
-    archive("XAAA", gf_airportText(gf_standText("A1", 0)));
-    load();
-    EXPECT_EQ(ParkState::Loaded, parkState) << "the next look tries again";
-}
-
-TEST_F(ParkAirportTest, anAirportsSettingsEndWithIt)
-{
-    std::string stands;
-    for (int i = 0; i < 20; ++i) {
-        stands += gf_standText("A" + std::to_string(i), i * 60.0);
-    }
-    archive("XAAA", gf_airportText(stands, "<parameter name='Qf_real' value='45'/>"));
-    MAX_LIVE.value = 70;
-    stand(0);
-    for (const bool learnSoft : {true, false}) {
-        LEARN_SOFT.value = learnSoft;
-        load();
-        EXPECT_FALSE(LEARN_SOFT.value || softLearningAllowed) << "its data are good enough";
-        MAX_LIVE.value = 5;  // as a learned file would have it
-        closeAirport();
-        EXPECT_EQ(learnSoft, LEARN_SOFT.value);
-        EXPECT_TRUE(softLearningAllowed);
-        EXPECT_EQ(70, MAX_LIVE.value);
-    }
-}
-
-TEST_F(ParkAirportTest, aLearnedFilesSettingsAreInForceWhileItIsThere)
-{
-    archive("XAAA", gf_airportText(gf_standText("A1", 0), "<parameter name='Qf_real' value='50'/>"));
-    stand(0);
-    parking_percentage.value = 77;
-    load();
-    EXPECT_EQ(30, parking_percentage.value) << "there is no learned file";
-    EXPECT_FALSE(display.airport.percentageEnabled);
-    EXPECT_EQ("Testfield 1 50", format("{} {} {}", display.airport.name.load(),
-                                       display.airport.standCount.load(), display.airport.quality.load()));
-    closeAirport();
-    place.folder.write("airports/learned/stock/XAAA.xml",
-                       gf_airportText("", "<parameter name='MAX_LIVE' value='5'/>"
-                                          "<parameter name='parking_percentage' value='55'/>"
-                                          "<parameter name='PARK_FAKE' value='true'/>"));
-    MAX_LIVE.value = 70;
-    load();
-    EXPECT_TRUE(display.airport.percentageEnabled && PARK_FAKE.value);
-    EXPECT_EQ(55, parking_percentage.value);
-    EXPECT_EQ(5, MAX_LIVE.value);
-    closeAirport();
-    EXPECT_EQ(70, MAX_LIVE.value);
-    EXPECT_EQ("", display.airport.name.load());
-}
-
-TEST_F(ParkAirportTest, whatTheUserChangesWhileItIsThereStays)
-{
-    archive("XAAA", gf_airportText(gf_standText("A1", 0)));
-    stand(0);
-    LEARN_SOFT.value = true;
-    load();
-    ASSERT_TRUE(softLearningAllowed);
-    LEARN_SOFT.value = false;
-    closeAirport();
-    EXPECT_FALSE(LEARN_SOFT.value);
-}
-
-TEST_F(ParkAirportTest, groundReportsComeInWhileItIsThere)
-{
-    archive("XAAA", gf_airportText(gf_standText("A1", 0)));
-    trafficReader.reset();
-    realTrafficHere = true;
-    trafficReader.setCentre({47, 8});
-    intakeOpen = true;
-    const auto taken = [](double milesNorth) {
-        feedQueue.clear();
-        FeedLine line;
-        line.altitude = 0;
-        line.speed = 10;
-        line.lat = 47 + milesNorth / 60;
-        line.other = {{6, "1"}};
-        gf_hear(line);
-        return feedQueue.size();
-    };
-    EXPECT_EQ(0U, taken(1));
-    stand(0);
-    load();
-    EXPECT_EQ(1U, taken(4.99));
-    EXPECT_EQ(0U, taken(5.01));
-    closeAirport();
-    EXPECT_EQ(0U, taken(1));
-    realTrafficHere = false;
+    EXPECT_EQ(FsState::RemovingFromSim, staticAcs[0].fs);
 }
 
 }  // namespace vlt

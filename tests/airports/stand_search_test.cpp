@@ -109,7 +109,7 @@ TEST_F(StandSearchTest, theUsersStandIsTheNearestWithin55MetresAndAskedForOnce)
         for (ParkPos& stand : parkApf.stands) {
             stand.lat = stand.lon = 0;
         }
-        EXPECT_EQ("", nearestStandId({0, 0.0005})) << "no position yet";
+        EXPECT_EQ("", nearestStandId({0, 0.0003})) << "no position yet";
     }
 }
 
