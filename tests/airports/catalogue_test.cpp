@@ -34,10 +34,12 @@ TEST_F(CatalogueTest, isReadOnceAndSortedByCode)
 TEST_F(CatalogueTest, aFieldWithinFiveMilesIsWhereTheUserIs)
 {
     airportCatalogue = {{"XTST", "", 47, 8, 1000}};
-    EXPECT_NE(nullptr, closestAirport({47 + 4.99 / 60, 8}));
-    EXPECT_EQ(nullptr, closestAirport({47 + 5.01 / 60, 8}));
-    EXPECT_NE(nullptr, closestAirport({47, 8 + 4.9 / 60 / 0.682}));
-    EXPECT_EQ(nullptr, closestAirport({47, 8 + 5.1 / 60 / 0.682}));
+    for (const double sign : {1.0, -1.0}) {
+        for (const double miles : {4.99, 5.01}) {
+            EXPECT_EQ(miles < 5, closestAirport({47 + sign * miles / 60, 8}) != nullptr);
+            EXPECT_EQ(miles < 5, closestAirport({47, 8 + sign * miles / 60 / 0.6819984}) != nullptr);
+        }
+    }
 }
 
 TEST_F(CatalogueTest, ofTwoFieldsTheOneWithTheNearerStandCounts)

@@ -1,6 +1,6 @@
 #include "airports/stand_search.h"
 
-#include "airports/apron.h"
+#include "airports/airport_place.h"
 
 #include <cctype>
 #include <cmath>
@@ -9,10 +9,72 @@
 
 namespace vlt {
 
-// The search, as filter and sort over random aprons.
-class StandSearchTest : public Apron
+// The search, as filter and sort over random aprons: stands that differ by a little, near each other, with a
+// history of a few flights, and aircraft that fit some of them.
+class StandSearchTest : public AirportPlace
 {
 protected:
+    static double metres(double nm)
+    {
+        return nm * kMetresPerNm;
+    }
+    static LatLon somewhere()
+    {
+        return gf_placeOf(gf_groundSample(draw(400) - 200.0, draw(4) * 10.0, 0, 0));
+    }
+    static HourStamp stamp()
+    {
+        return {one({1U, 7U}), one({0U, 10U, 46U, 47U})};
+    }
+    static double halfSpan()
+    {
+        return one({5.0, 10.0, 17.0, 17.79, 17.81, 32.0});
+    }
+    static StandOption option()
+    {
+        HoursSet hours;
+        hoursToSet(one({"0,10,20,47", "0,47", "11,20", "24", "25,33", "6,34,37"}), hours);
+        return {one({"BAW", "KLM", "PVT"}),
+                one({"A319", "B738"}),
+                "",
+                one({"BAW1", "KLM9", "BAW3"}),
+                one({"", "BAW1", "BAW2"}),
+                hours,
+                one({0, 1, 2}),
+                one({1, 7}),
+                true,
+                draw(3) != 0};
+    }
+    // An apron anew, some of the stands taken by live aircraft.
+    static void build()
+    {
+        parkApf.stands.clear();
+        const uint32_t history = one({0U, 3U, 12U});
+        for (uint32_t i = one({0U, 1U, 3U, 10U, 11U}); i > 0; --i) {
+            ParkPos& stand = gf_addStand(format("A{}", i).c_str(), draw(40) * 10 - 200.0, draw(4) * 10.0, 90);
+            stand.radius =
+                (halfSpan() + one({-5.0, -1.81, -1.79, 0.0, 6.99, 7.01, 10.49, 10.51, 21.01})) / kMetresPerNm;
+            stand.heli = draw(6) == 0;
+            stand.ramp = draw(2) == 0;
+            stand.cargo = draw(4) == 0;
+            stand.occupiedByLive = draw(4) == 0 ? 20000 : kNobody;
+            for (uint32_t k = draw(history + 1); k > 0; --k) {
+                stand.options.push_back(option());
+            }
+        }
+    }
+    static LiveAc aircraft()
+    {
+        LiveAc ac;
+        ac.callsign = one({"BAW1", "BAW2", "KLM9"});
+        ac.airline = one({"BAW", "BAW", "KLM", "PVT"});
+        ac.model = one({"A319", "B738"});
+        ac.category = one({AcCategory::Large, AcCategory::Large, AcCategory::Heavy, AcCategory::HighPerf,
+                           AcCategory::Buzjets, AcCategory::Rotorcraft});
+        ac.cargo = draw(5) == 0;
+        ac.radius = halfSpan() / kMetresPerNm;
+        return ac;
+    }
     static bool fits(const ParkPos& stand, const LiveAc& ac)
     {
         return metres(ac.radius) <= metres(stand.radius) + 1.8;
@@ -56,12 +118,6 @@ protected:
                                       {'A', !s.heli}, {'G', plain && !s.ramp}, {'P', plain && s.ramp}};
         return is.at(static_cast<char>(std::toupper(look)));
     }
-    // What is left over of a stand, in steps: smaller ones for smaller aircraft.
-    static long steps(const ParkPos& stand, const LiveAc& ac, bool fitted)
-    {
-        const double step = metres(ac.radius) <= 17.8 ? 14 : 21;
-        return fitted ? std::lround(metres(stand.radius - ac.radius) / step) : 0;
-    }
     // The stands that the choice may fall on, those of the flight's history first, then the tightest. Of the
     // others that fit, history counts where nothing tighter comes before in the file.
     static std::set<uint32_t> choices(HourStamp at, const LiveAc& ac, bool gatesFirst)
@@ -74,7 +130,8 @@ protected:
                 const bool taken = std::ranges::any_of(s.options, [at](const StandOption& o) {
                     return o.day == static_cast<int32_t>(at.day) && o.hours.test(at.slot);
                 });
-                const long left = steps(s, ac, fitted);
+                const double step = metres(ac.radius) <= 17.8 ? 14 : 21;
+                const long left = fitted ? std::lround(metres(s.radius - ac.radius) / step) : 0;
                 if (wanted(s, *look) && !taken && left <= tightest && (!fitted || fits(s, ac))) {
                     found[{!knows(s, ac), tightest = left}].insert(s.index);
                 }
@@ -118,14 +175,14 @@ TEST_F(StandSearchTest, anAircraftReachesTheNearestFreeStandThatFitsAndMakesRoom
     for (int round = 0; round < 3000; ++round) {
         build();
         const LiveAc ac = aircraft();
-        const LatLon place = somewhere();
+        const LatLon spot = somewhere();
         const double search = one({20.0, 35.0, 55.0});
         const bool allowFar = draw(2) == 0;
-        ParkPos* reached = nearest(place, [&](const ParkPos& s, double m) {
+        ParkPos* reached = nearest(spot, [&](const ParkPos& s, double m) {
             return s.occupiedByLive == kNobody && m <= search && (m <= 20 || fits(s, ac));
         });
         if (reached == nullptr && allowFar) {
-            reached = nearest(place, [&](const ParkPos& s, double m) {
+            reached = nearest(spot, [&](const ParkPos& s, double m) {
                 return s.occupiedByLive == kNobody && m <= 85 && fits(s, ac) && knows(s, ac);
             });
         }
@@ -138,7 +195,7 @@ TEST_F(StandSearchTest, anAircraftReachesTheNearestFreeStandThatFitsAndMakesRoom
                                                  : metres(reached->radius);
         updateCount = 0;
         ASSERT_EQ(reached == nullptr ? kNoStand : reached->index,
-                  standAtPosition(place, ac, search / kMetresPerNm, allowFar))
+                  standAtPosition(spot, ac, search / kMetresPerNm, allowFar))
             << round;
         EXPECT_EQ(learns ? 1 : 0, updateCount);
         if (reached != nullptr) {
