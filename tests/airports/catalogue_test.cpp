@@ -18,7 +18,7 @@ TEST_F(CatalogueTest, isReadOnceAndSortedByCode)
         "airports_p3d.xml",
         "<airports><airport code='LFBO' iata='TLS' lat='43.6' lon='1.37' alt='499'/>"
         "<airport code='EGLL' lat='51.47' lon='-0.46' alt='83'/><airport code='BAD' lat='nan' lon='1'/>"
-        "<airport code='FAR' lat='91' lon='1'/></airports>");
+        "<airport code='FAR' lat='90.1' lon='1'/><airport code='EAST' lat='1' lon='180.1'/></airports>");
     EXPECT_TRUE(readAirports());
     std::filesystem::remove("airports_p3d.xml");
     EXPECT_TRUE(readAirports()) << "the file isn't read again";

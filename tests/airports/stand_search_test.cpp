@@ -33,7 +33,7 @@ protected:
     static StandOption option()
     {
         HoursSet hours;
-        hoursToSet(one({"0,10,20,47", "0,47", "11,20", "24", "25,33", "6,34,37"}), hours);
+        hoursToSet(one({"0,10,46,47", "10,46", "0,47", "11,20", "24", "25,33", "6,34,37"}), hours);
         return {one({"BAW", "KLM", "PVT"}),
                 one({"A319", "B738"}),
                 "",
