@@ -123,4 +123,17 @@ TEST_F(ScanResultsTest, aCategoryWithoutLiveriesTakesItsOptionAway)
     EXPECT_FALSE(logged("HIGH_PERF_AIRCRAFT temporary")) << "was off already";
 }
 
+TEST_F(ScanResultsTest, similarModelsTakeTheFirstOfTheirGroups)
+{
+    dbase.similarTypes = {{"A319", "A321"}, {"A319", "A320", "A320"}, {"A319", "B744"}, {"C25B"}};
+    gf_installLiveries({{"BAW", "A319", "A319", "", 1, false},
+                        {"BAW", "A320", "A320", "", 1, false},
+                        {"BAW", "A321", "A321", "", 1, false},
+                        {"BAW", "B744", "B744", "", 1, false}});
+    // [A319 A320] sorts before [A319 A321] and [A319 B744]; C25B has nobody beside it.
+    EXPECT_EQ((std::vector<std::string>{"A320"}), similarWithLiveries["A319"]);
+    EXPECT_EQ((std::vector<std::string>{"A319"}), similarWithLiveries["A321"]);
+    EXPECT_EQ(0U, similarWithLiveries.count("C25B"));
+}
+
 }  // namespace vlt
