@@ -10,6 +10,7 @@
 #include "traffic/stays.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <optional>
 #include <set>
@@ -111,7 +112,13 @@ protected:
         for (int i = 0; what == Good && i < (at == "XAAA" ? 20 : 2); ++i) {
             stands += gf_standText(format("S{}", i), i * 60.0);
         }
-        archive(at, gf_airportText(stands, at == "XAAA" ? "<parameter name='Qf_real' value='45'/>" : ""));
+        archive(
+            at,
+            gf_airportText(
+                stands,
+                at == "XAAA"
+                    ? "<parameter name='Qf_real' value='45'/><parameter name='RT_traffic_week' value='24'/>"
+                    : ""));
         if (what == None) {
             std::filesystem::remove("served/archive/stock/" + at + ".xml");
         }
@@ -234,22 +241,22 @@ protected:
     static std::string shown()
     {
         const ShownAirport& a = display.airport;
-        return format("{}|{}|{}|{}|{} {} {} {} {} {} {} {} {} {} {}", a.code.load(), a.name.load(),
+        return format("{}|{}|{}|{}|{} {} {} {} {} {} {} {} {} {} {} {}", a.code.load(), a.name.load(),
                       a.quality.load(), a.reservedStand.load(), a.userStand.load(), a.standCount.load(),
-                      a.altitude.load(), a.learnSoftEnabled.load(), a.percentageEnabled.load(),
-                      a.flushStaticEnabled.load(), parking_percentage.value.load(), MAX_LIVE.value.load(),
-                      LEARN_SOFT.value.load(), trafficReader.parkElevation.load(),
-                      trafficReader.parkLat.load());
+                      a.altitude.load(), a.trafficWeek.load(), a.learnSoftEnabled.load(),
+                      a.percentageEnabled.load(), a.flushStaticEnabled.load(),
+                      parking_percentage.value.load(), MAX_LIVE.value.load(), LEARN_SOFT.value.load(),
+                      trafficReader.parkElevation.load(), trafficReader.parkLat.load());
     }
     std::string expectedShown(const std::string& userStand) const
     {
         if (state != ParkState::Loaded) {
-            return format("{}|||| 0 0 true false false {} 70 {} nan 0", code, percentage, learnSoft);
+            return format("{}|||| 0 0 0 true false false {} 70 {} nan 0", code, percentage, learnSoft);
         }
         const std::string stands = reserved + "|" + userStand;
         return code == "XAAA"
-                   ? format("XAAA|Testfield|45|{} 20 1000 false false true 30 70 false 1000 47", stands)
-                   : format("XBBB|Testfield|  |{} 2 1000 true true true 55 5 {} 1000 47.2", stands,
+                   ? format("XAAA|Testfield|45|{} 20 1000 24 false false true 30 70 false 1000 47", stands)
+                   : format("XBBB|Testfield|  |{} 2 1000 0 true true true 55 5 {} 1000 47.2", stands,
                             learnSoft);
     }
 
@@ -325,33 +332,19 @@ TEST_F(ParkAirportTest, whoIsParkedThereGoesWithTheAirportAndOthersForgetTheirSt
 
 TEST_F(ParkAirportTest, theReservedStandIsClearedOfAStaticAircraftElseOfAParkedOne)
 {
-    const struct {
-        const char* reserved;
-        FsState statics, live;
-        StState st;
-        const char* goes;
-    } cases[] = {
-        {"A2", FsState::Active, FsState::Active, StState::Parked, "static"},
-        {"A2", FsState::RemovingFromSim, FsState::Active, StState::Parked, "live"},
-        {"A2", FsState::RemovingFromSim, FsState::Active, StState::Parking, ""},
-        {"A2", FsState::RemovingFromSim, FsState::Adding2Sim, StState::Parked, ""},
-        {"A1", FsState::Active, FsState::Active, StState::Parked, ""},
-        {"B9", FsState::Active, FsState::Active, StState::Parked, ""},
-    };
-    for (const auto& c : cases) {
+    for (uint32_t i = 0; i < 32; ++i) {
         gf_freshRun();
         gf_addStand("A1", 0, 0, 90);
         gf_addStand("A2", 60, 0, 90);
-        reservedStand = c.reserved;
-        StaticAc& parked = staticAcs.emplace_back();
-        parked.standId = 2;
-        parked.fs = c.statics;
-        LiveAc& live = gf_addOnGround(20001, "BAW3AK", c.st);
-        live.standId = 2;
-        live.fs = c.live;
+        reservedStand = std::array{"A2", "A1", "", "B9"}[i / 8];
+        StaticAc& still = staticAcs.emplace_back();
+        still.fs = i % 2 == 0 ? FsState::Active : FsState::RemovingFromSim;
+        LiveAc& live = gf_addOnGround(20001, "BAW3AK", i / 2 % 2 == 0 ? StState::Parked : StState::Parking);
+        live.fs = i / 4 % 2 == 0 ? FsState::Active : FsState::Adding2Sim;
+        still.standId = live.standId = 2;
         clearReservedStand();
-        EXPECT_EQ(c.goes, std::string(parked.goesBecause.empty() ? "" : "static") +
-                              (live.goesBecause.empty() ? "" : "live"));
+        EXPECT_EQ(i < 8 && i % 2 == 0, !still.goesBecause.empty()) << i;
+        EXPECT_EQ(i == 1, !live.goesBecause.empty()) << i << ": parked, in the simulator, and alone";
     }
 }
 
