@@ -6,6 +6,7 @@
 #include "liveries/match_index.h"
 #include "support/world.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -176,7 +177,8 @@ TEST_F(MatchingTest, aRefusedTitleIsNeitherGivenNorCountedAndTheTwentiethEndsThe
         EXPECT_NO_THROW(gf_noteRefusedTitle(ac)) << i;
         EXPECT_NO_THROW(gf_noteRefusedTitle(ac)) << "counts once";
     }
-    EXPECT_THROW(gf_noteRefusedTitle(ac), UserErrorException);
+    EXPECT_THAT([&ac] { gf_noteRefusedTitle(ac); },
+                testing::ThrowsMessage<UserErrorException>(testing::StartsWith("81: ")));
 }
 
 TEST_F(MatchingTest, anAircraftThatComesBackKeepsItsTitleAndFamily)

@@ -165,10 +165,13 @@ TEST_F(RegcodesTest, withoutTheServersFileTheUsersAreEnough)
     EXPECT_EQ("VWorld B738 white", findRegcodeTitle("EIAAA"));
     regcodeTitles.clear();
     serve("<AIG-regcodes><livery");
+    workplace.folder.write("input/my_regcodes/bad.txt", "Title;A;B;C\n");
     processRegcodeFiles();
     EXPECT_EQ("VWorld B738 white", findRegcodeTitle("EIAAA"));
-    EXPECT_NE(std::string::npos, gf_textOfFile("output/info/OfflineRegcodes.txt")
-                                     .find("There were errors in processing the AIG-regcode file \""));
+    const std::string report = gf_textOfFile("output/info/OfflineRegcodes.txt");
+    EXPECT_NE(std::string::npos, report.find("There were errors in processing the regcode files in folder"))
+        << report;
+    EXPECT_NE(std::string::npos, report.find("There were errors in processing the AIG-regcode file \""));
 }
 
 TEST_F(RegcodesTest, titlesNotToBeUsed)
