@@ -1,6 +1,7 @@
 // What SimConnect.cfg decides, and the order of the ways that follows from it.
 #include "sim/wire/transport/config.h"
 
+#include "core/base/text.h"
 #include "sim/wire/transport/chain.h"
 #include "transport/sim_world.h"
 
@@ -15,47 +16,32 @@ protected:
     {
         world.writeRegistry("SimConnect_Port_IPv4=5111\nSimConnect_Port_IPv6=5222\n");
     }
-    // Reads up to three files, in their order; an empty text is no file.
+    // Reads up to three files, in their order; an empty text is no file. [SimConnect] unless told.
     static std::optional<SimConfig> read(const std::vector<std::string>& files, uint32_t index = 0)
     {
         const TempFolder configs;
         std::vector<std::filesystem::path> folders;
-        for (size_t i = 0; i < files.size(); ++i) {
-            folders.push_back(configs.path() / std::to_string(i));
-            if (!files[i].empty()) {
-                configs.write(std::to_string(i) + "/SimConnect.cfg", files[i]);
+        for (const std::string& file : files) {
+            folders.push_back(configs.path() / std::to_string(folders.size()));
+            if (!file.empty()) {
+                configs.write(folders.back().string() + "/SimConnect.cfg",
+                              (file[0] == '[' ? "" : "[SimConnect]\n") + file);
             }
         }
         return gf_readSimConfig(folders, index);
     }
-    // The same for files whose section is [SimConnect]; as one line: protocol, address, port, sizes.
-    static std::string told(std::vector<std::string> files)
+    // The attempts of a chain, of which the one at `success` (from 1) is the good one.
+    static std::vector<std::string> attempts(const SimConfig& config, size_t success = 0)
     {
-        for (std::string& file : files) {
-            file.insert(0, file.empty() || file.starts_with('[') ? "" : "[SimConnect]\n");
-        }
-        const SimConfig c = read(files).value();
-        constexpr const char* kProtocols[] = {"auto", "v6", "v4"};
-        std::string line = kProtocols[c.protocol == SimProtocol::IPv6   ? 1
-                                      : c.protocol == SimProtocol::IPv4 ? 2
-                                                                        : 0];
-        line += (c.address.empty() ? " -" : " " + c.address) + (c.port.empty() ? " -" : " " + c.port);
-        return line + " " + std::to_string(c.maxReceiveSize) + (c.disableNagle ? " nodelay" : "");
-    }
-    // The attempts of a chain as one line, the one at `success` (from 1) being the good one.
-    static std::string attempts(const std::string& file, int success = 0)
-    {
-        std::string line;
-        int count = 0;
-        const bool connected =
-            gf_connectByChain(*read({"[SimConnect]\n" + file}), [&](const SimTarget& target) {
-                constexpr const char* kRoads[] = {"pipe ", "v6 ", "v4 "};
-                line += kRoads[static_cast<int>(target.road)];
-                line += target.road == SimRoad::Pipe ? target.name : target.host + " " + target.name;
-                line += "; ";
-                return ++count == success;
-            });
-        return line + (connected ? "connected" : "failed");
+        std::vector<std::string> made;
+        const bool connected = gf_connectByChain(config, [&](const SimTarget& target) {
+            constexpr const char* kRoads[] = {"pipe", "v6", "v4"};
+            const std::string host = target.road == SimRoad::Pipe ? "" : " " + target.host;
+            made.push_back(kRoads[static_cast<int>(target.road)] + host + " " + target.name);
+            return made.size() == success;
+        });
+        EXPECT_EQ(success != 0, connected);
+        return made;
     }
 
     SimWorld world;
@@ -90,6 +76,15 @@ TEST_F(SimConfigTest, readsKeysAndDefaults)
         {"nagle by a word", {"DisableNagle=yes"}, "auto - - 41088"},
         {"section of another index", {"[SimConnect.1]\nPort=500"}, "auto - - 41088"},
     };
+    // As one line: protocol, address, port, sizes.
+    const auto told = [](const std::vector<std::string>& files) {
+        const SimConfig c = read(files).value();
+        const char* protocol = c.protocol == SimProtocol::IPv6   ? "v6"
+                               : c.protocol == SimProtocol::IPv4 ? "v4"
+                                                                 : "auto";
+        return format("{} {} {} {}{}", protocol, c.address.empty() ? "-" : c.address,
+                      c.port.empty() ? "-" : c.port, c.maxReceiveSize, c.disableNagle ? " nodelay" : "");
+    };
     for (const auto& c : cases) {
         EXPECT_EQ(c.expected, told(c.files)) << c.what;
     }
@@ -101,11 +96,10 @@ TEST_F(SimConfigTest, readsKeysAndDefaults)
 
 TEST_F(SimConfigTest, needsTheSectionOfAnIndexInAnyFile)
 {
-    const std::string second = "[SimConnect.2]\nPort=600";
-    EXPECT_FALSE(read({"[SimConnect]\nPort=500", "", ""}, 2));
+    EXPECT_FALSE(read({"Port=500", "", ""}, 2));
     EXPECT_FALSE(read({"[SimConnect.22]\nPort=500"}, 2));
-    EXPECT_EQ("600", read({"[SimConnect]\nPort=500", "", second}, 2)->port);
-    EXPECT_EQ("601", read({second, "[SimConnect.2]\nPort=601"}, 2)->port);
+    EXPECT_EQ("600", read({"Port=500", "", "[SimConnect.2]\nPort=600"}, 2)->port);
+    EXPECT_EQ("601", read({"[SimConnect.2]\nPort=600", "[SimConnect.2]\nPort=601"}, 2)->port);
 }
 
 TEST_F(SimConfigTest, looksIntoThreeFolders)
@@ -117,35 +111,31 @@ TEST_F(SimConfigTest, looksIntoThreeFolders)
 
 TEST_F(SimConfigTest, leadsToTheWaysInTheirOrder)
 {
-    const std::string pipe = std::string("pipe ") + kPipeName + "; ";
-    const std::string six = "v6 ::1 5222; ";
-    const std::string four = "v4 127.0.0.1 5111; ";
-    const struct {
-        const char* file;
-        int success;
-        std::string expected;
-    } cases[] = {
-        {"", 0, pipe + six + four + pipe + "failed"},
-        {"", 1, pipe + "connected"},
-        {"", 2, pipe + six + "connected"},
-        {"", 3, pipe + six + four + "connected"},
-        {"", 4, pipe + six + four + pipe + "connected"},
-        {"Port=own", 0, "pipe \\\\.\\pipe\\own; " + six + four + pipe + "failed"},
-        {"Address=.", 2, pipe + six + "connected"},
-        {"Address=simpc", 0, "pipe \\\\simpc\\pipe\\Lockheed Martin Prepar3D v5\\SimConnect; failed"},
-        {"Protocol=IPv6\nAddress=fe80::1\nPort=500", 0, "v6 fe80::1 500; failed"},
-        {"Protocol=IPv6\nAddress=::1\nPort=500", 0, "v6 ::1 500; " + four + pipe + "failed"},
-        {"Protocol=IPv6\nAddress=::1", 1, four + "connected"},
-        {"Protocol=IPv4\nAddress=10.0.0.7\nPort=500", 0, "v4 10.0.0.7 500; failed"},
-        {"Protocol=IPv4\nAddress=127.0.0.1\nPort=500", 0, "v4 127.0.0.1 500; " + pipe + "failed"},
-        {"Protocol=IPv4", 0, "failed"},
-        {"Protocol=IPv4\nPort=500", 0, "v4  500; failed"},
+    const std::string pipe = std::string("pipe ") + kPipeName;
+    const std::string six = "v6 ::1 5222";
+    const std::string four = "v4 127.0.0.1 5111";
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
+        {"", {pipe, six, four, pipe}},
+        {"Port=own", {"pipe \\\\.\\pipe\\own", six, four, pipe}},
+        {"Address=.", {pipe, six, four, pipe}},
+        {"Address=simpc", {"pipe \\\\simpc\\pipe\\Lockheed Martin Prepar3D v5\\SimConnect"}},
+        {"Protocol=IPv6\nAddress=fe80::1\nPort=500", {"v6 fe80::1 500"}},
+        {"Protocol=IPv6\nAddress=::1\nPort=500", {"v6 ::1 500", four, pipe}},
+        {"Protocol=IPv6\nAddress=::1", {four, pipe}},
+        {"Protocol=IPv4\nAddress=10.0.0.7\nPort=500", {"v4 10.0.0.7 500"}},
+        {"Protocol=IPv4\nAddress=127.0.0.1\nPort=500", {"v4 127.0.0.1 500", pipe}},
+        {"Protocol=IPv4", {}},
+        {"Protocol=IPv4\nPort=500", {"v4  500"}},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.expected, attempts(c.file, c.success)) << c.file;
+    for (const auto& [file, expected] : cases) {
+        const SimConfig config = *read({file});
+        EXPECT_EQ(expected, attempts(config)) << file;
+        for (size_t success = 1; success <= expected.size(); ++success) {
+            EXPECT_EQ(success, attempts(config, success).size()) << "none after the good one, " << file;
+        }
     }
     world.writeRegistry("");
-    EXPECT_EQ(pipe + pipe + "failed", attempts("")) << "sockets without a port are left out";
+    EXPECT_EQ((std::vector{pipe, pipe}), attempts({})) << "sockets without a port are left out";
 }
 
 }  // namespace vlt

@@ -87,50 +87,36 @@ private:
     asio::generic::stream_protocol::socket m_socket;
 };
 
-class PipeServer
-{
-public:
-    explicit PipeServer(const char* name = kPipeName, int backlog = 8) : m_acceptor(m_context)
-    {
-        const auto file = gf_localPipeFile(name);
-        std::filesystem::create_directories(file.parent_path());
-        m_acceptor.open();
-        m_acceptor.bind(file.string());
-        m_acceptor.listen(backlog);
-    }
+template <typename Protocol>
+struct Server {
     SimPeer accept()
     {
-        return SimPeer(m_acceptor.accept());
+        return SimPeer(acceptor.accept());
     }
-
-private:
-    asio::io_context m_context;
-    asio::local::stream_protocol::acceptor m_acceptor;
+    asio::io_context context;
+    typename Protocol::acceptor acceptor{context};
 };
 
-class TcpServer
-{
-public:
-    explicit TcpServer(const char* host = "127.0.0.1")
-        : m_acceptor(m_context, asio::ip::tcp::endpoint(asio::ip::make_address(host), 0))
+struct PipeServer : Server<asio::local::stream_protocol> {
+    explicit PipeServer(int backlog = 8)
     {
+        const auto file = gf_localPipeFile(kPipeName);
+        std::filesystem::create_directories(file.parent_path());
+        acceptor.open();
+        acceptor.bind(file.string());
+        acceptor.listen(backlog);
     }
-    std::string port()
-    {
-        return std::to_string(m_acceptor.local_endpoint().port());
-    }
-    SimPeer accept()
-    {
-        return SimPeer(m_acceptor.accept());
-    }
-    asio::ip::tcp::acceptor& acceptor()
-    {
-        return m_acceptor;
-    }
+};
 
-private:
-    asio::io_context m_context;
-    asio::ip::tcp::acceptor m_acceptor;
+struct TcpServer : Server<asio::ip::tcp> {
+    TcpServer()
+    {
+        acceptor = {context, {asio::ip::address_v4::loopback(), 0}};
+    }
+    std::string port() const
+    {
+        return std::to_string(acceptor.local_endpoint().port());
+    }
 };
 
 // A message of `size` bytes: size, version, id, and a body that tells its place.
@@ -167,26 +153,6 @@ inline uint32_t gf_u32At(const Bytes& bytes, size_t offset)
     uint32_t value = 0;
     std::memcpy(&value, &bytes.at(offset + sizeof value - 1) - (sizeof value - 1), sizeof value);
     return value;
-}
-
-// Keeps every message of the simulator.
-inline void gf_keepMessage(std::span<const std::byte> message, void* context)
-{
-    static_cast<std::vector<Bytes>*>(context)->emplace_back(message.begin(), message.end());
-}
-
-// Dispatches until `enough` says so or the connection is broken; the last status. Gives up after
-// ten seconds, with kSimOk.
-template <typename Enough>
-SimStatus gf_dispatchUntil(SimHandle handle, std::vector<Bytes>& messages, Enough enough)
-{
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    SimStatus status = kSimOk;
-    while (status == kSimOk && !enough() && std::chrono::steady_clock::now() < deadline) {
-        status = SimConnect_CallDispatch(handle, gf_keepMessage, &messages);
-        std::this_thread::yield();
-    }
-    return status;
 }
 
 }  // namespace vlt
