@@ -5,6 +5,7 @@
 #include "core/base/locks.h"
 #include "core/base/parameters.h"
 #include "core/base/run_state.h"
+#include "core/base/text.h"
 #include "liveries/liveries.h"
 #include "sim/detection.h"
 #include "sim/dispatch.h"
@@ -21,12 +22,57 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <functional>
+#include <cmath>
 #include <utility>
 #include <vector>
 
 namespace vlt {
+
+using Message = std::vector<std::byte>;
+
+// --- messages of the simulator
+
+// One of whole numbers alone.
+static Message lf_words(SimMessageId id, const std::vector<uint32_t>& words)
+{
+    PacketWriter w(id);
+    for (const uint32_t word : words) {
+        w.u32(word);
+    }
+    return w.finish();
+}
+
+static Message lf_event(uint32_t id, uint32_t data = 0)
+{
+    return lf_words(SimMessageId::Event, {0, id, data});
+}
+
+static Message lf_added(uint32_t object, uint32_t type = kSimObjectTypeAircraft)
+{
+    return lf_words(SimMessageId::ObjectAddRemove, {0, kEventObjectAdded, object, type});
+}
+
+static PacketWriter lf_data(SimMessageId id, uint32_t request, uint32_t object)
+{
+    PacketWriter w(id);
+    w.u32(request).u32(object).u32(0).u32(0).u32(1).u32(1).u32(1);
+    return w;
+}
+
+static Message lf_user(double lat, double knots = 120, double agl = 0)
+{
+    auto w = lf_data(SimMessageId::ObjectData, kReqUser, 7);
+    for (const double value : {lat, 8.0, 0.0, 0.0, 1.0, 5000.0, agl, knots}) {
+        w.f64(value);
+    }
+    return w.i64(0).i64(1).i64(2026).i64(0).finish();
+}
+
+static Message lf_aircraft(uint32_t object, const char* atcId, bool onGround = false, double agl = 500)
+{
+    auto w = lf_data(SimMessageId::ObjectDataByType, kReqAircraftInRange, object);
+    return w.f64(agl).f64(1400).i64(onGround ? 1 : 0).text(atcId, 32).finish();
+}
 
 class ClientTest : public ::testing::Test
 {
@@ -47,246 +93,181 @@ protected:
     }
     void connect()
     {
+        EXPECT_FALSE(gf_openSim()) << "nobody there";
         gf_setDirectSimulator(&simulator);
         ASSERT_TRUE(gf_openSim());
     }
-    static void dispatch(PacketWriter& writer)
+    // What the messages have made the client do, as words.
+    static std::string told(const std::vector<Message>& messages)
     {
-        const auto message = writer.finish();
-        gf_dispatchMessage(message);
-    }
-    // A message of whole numbers alone.
-    static void dispatch(SimMessageId id, const std::vector<uint32_t>& words)
-    {
-        PacketWriter w(id);
-        for (const uint32_t word : words) {
-            w.u32(word);
+        gf_freshRun();
+        pendingCreates = {{17, 20001, "BAW1"}, {18, 20002, "BAW1"}, {19, 9, "KLM2*"}};
+        std::string told;
+        try {
+            std::ranges::for_each(messages, gf_dispatchMessage);
+        } catch (const UserErrorException&) {
+            told += "error ";
         }
-        dispatch(w);
-    }
-    static void open(const char* name)
-    {
-        PacketWriter w(SimMessageId::Open);
-        w.text(name, 256);
-        for (const uint32_t number : {5, 4, 9, 1, 5, 4, 0, 0, 0, 0}) {
-            w.u32(number);
+        told += simRunning ? "runs " : "";
+        told += simHasQuit ? "quit " : "";
+        told += secondDue ? "second " : "";
+        told += userOnGroundKnown ? userOnGround ? "ground " : "air " : "";
+        told += noteStandRequested ? "note " : "";
+        if (stopRequested) {
+            told += exitReason == ExitReason::NewFlight
+                        ? format("new flight in {} s ", restartDelaySeconds.load())
+                        : "stop ";
         }
-        dispatch(w);
-    }
-    static void event(uint32_t id, uint32_t data)
-    {
-        dispatch(SimMessageId::Event, {0, id, data});
-    }
-    static PacketWriter data(SimMessageId id, uint32_t request, uint32_t object)
-    {
-        PacketWriter w(id);
-        w.u32(request).u32(object).u32(0).u32(0).u32(1).u32(1).u32(1);
-        return w;
-    }
-    static void user(double lat, double lon, double agl)
-    {
-        auto w = data(SimMessageId::ObjectData, kReqUser, 7);
-        for (const double value : {lat, lon, 0.0, 0.0, 1.0, 5000.0, agl, 120.0}) {
-            w.f64(value);
-        }
-        w.i64(0).i64(1).i64(2026).i64(0);
-        dispatch(w);
-    }
-    static void aircraft(uint32_t object, const char* atcId, bool onGround = false, double agl = 500)
-    {
-        auto w = data(SimMessageId::ObjectDataByType, kReqAircraftInRange, object);
-        w.f64(agl).f64(1400).i64(onGround ? 1 : 0).text(atcId, 32);
-        dispatch(w);
-    }
-    static void added(uint32_t object, uint32_t type = 2)
-    {
-        dispatch(SimMessageId::ObjectAddRemove, {0, kEventObjectAdded, object, type});
-    }
-    static std::vector<SimMessage> messages()
-    {
+        constexpr const char* kKinds[] = {"live", "static", "removed", "data", "static data", "refused"};
         const std::scoped_lock lock(messageMutex);
-        return std::exchange(simMessages, {});
+        for (const SimMessage& m : std::exchange(simMessages, {})) {
+            told +=
+                format("{}({} {} {:g} {:g}) ", kKinds[static_cast<int>(m.kind)], m.objectid, m.a, m.x, m.y);
+        }
+        for (const QueuedEvent& e : eventQueue) {
+            told += format("{} = {} of {} ", e.event, e.value, e.objectid);
+        }
+        return told;
     }
 
     VirtualSimulator simulator{SimulatorOptions{}};
 };
 
-TEST_F(ClientTest, connectsOnlyToTheWantedSimulator)
+TEST_F(ClientTest, eachMessageHasItsEffect)
+{
+    const Message removed = lf_words(SimMessageId::ObjectAddRemove, {0, kEventObjectRemoved, 50, 2});
+    const Message sim = lf_event(kEventSim, 1);
+    const Message newFile = lf_words(SimMessageId::FileName, {});
+    const Message onGround = lf_data(SimMessageId::ObjectData, kReqUserOnGround, 7).i64(1).finish();
+    const Message inTheAir = lf_data(SimMessageId::ObjectData, kReqUserOnGround, 7).i64(0).finish();
+    const Message flight = lf_event(kEventFlightLoaded);
+    const std::string live = "live(50 20001 0 500) 215 = 1 of 50 216 = 1 of 50 217 = 1 of 50 ";
+    const std::string frozen = "215 = 1 of 52 216 = 1 of 52 217 = 1 of 52 ";
+    const struct {
+        const char* what;
+        std::vector<Message> messages;
+        std::string expected;
+    } cases[] = {
+        // clang-format off
+        {"the flight runs",        {sim}, "runs "},
+        {"and pauses",             {sim, lf_event(kEventSim, 0)}, ""},
+        {"the simulator goes",     {sim, lf_words(SimMessageId::Quit, {})}, "quit "},
+        {"a new position",         {lf_event(kEventPositionChanged)}, "new flight in 30 s "},
+        {"a new flight",           {flight}, "new flight in 30 s "},
+        {"a new file",             {newFile}, "new flight in 30 s "},
+        {"from a stand",           {lf_user(47, 2), onGround, flight}, "second ground note new flight in 30 s "},
+        {"the same by file",       {lf_user(47, 2), onGround, newFile}, "second ground note new flight in 30 s "},
+        {"while rolling",          {lf_user(47, 2.1), onGround, flight}, "second ground new flight in 30 s "},
+        {"a jump of 10.8 nm",      {lf_user(47), lf_user(47.18)}, "new flight in 30 s "},
+        {"9.6 nm are none",        {lf_user(47), lf_user(47.16)}, ""},
+        {"on ground, but where?",  {onGround}, "second "},
+        {"not on the ground",      {lf_user(47), inTheAir}, "second air "},
+        {"the first of one tail",  {lf_added(50), lf_aircraft(50, "BAW1")}, live},
+        {"parked",                 {lf_added(52), lf_aircraft(52, "KLM2*")}, "static(52 9 0 0) " + frozen},
+        {"a stranger",             {lf_added(53), lf_aircraft(53, "STRANGER")}, ""},
+        {"announced as a boat",    {lf_added(50, 3), lf_aircraft(50, "BAW1", true)}, "data(50 1 1400 500) "},
+        {"removed before seen",    {lf_added(50), removed, lf_aircraft(50, "BAW1")},
+                                   "removed(50 0 0 0) data(50 0 1400 500) "},
+        {"low",                    {lf_aircraft(50, "BAW1", true, 2500)}, "data(50 1 1400 2500) "},
+        {"high",                   {lf_aircraft(50, "BAW1", true, 2501)}, ""},
+        {"static",                 {lf_aircraft(50, "BAW1*", true, 0)}, ""},
+        {"nameless",               {lf_aircraft(50, "", true, 0)}, ""},
+        {"the user's own",         {lf_aircraft(2, "BAW1", true, 0)}, ""},
+        {"the user's, by report",  {lf_user(47), lf_aircraft(7, "BAW1", true, 0)}, ""},
+        {"not finite",             {lf_aircraft(50, "BAW1", true, NAN)}, ""},
+        {"creation refused",       {lf_words(SimMessageId::Exception, {22, 18, 1})}, "refused(0 20002 0 0) "},
+        {"of nobody",              {lf_words(SimMessageId::Exception, {22, 20, 1})}, ""},
+        {"other protocol",         {lf_words(SimMessageId::Exception, {5, 1, 3})}, "error "},
+        {"too many objects",       {lf_words(SimMessageId::Exception, {11, 18, 1})}, ""},
+        // clang-format on
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.expected, told(c.messages)) << c.what;
+        const Message& last = c.messages.back();
+        for (auto end = last.begin() + kServerHeaderSize; end != last.end() && c.messages.size() == 1;
+             ++end) {
+            EXPECT_EQ("", told({Message(last.begin(), end)})) << c.what << ", cut";
+        }
+    }
+}
+
+TEST_F(ClientTest, keepsTheUsersLatestFiniteDataAndEachThirtiethFrameRate)
+{
+    told({lf_user(47, 120, -3), lf_user(NAN)});
+    EXPECT_EQ(47, gf_userRaw().lat);
+    EXPECT_EQ(0, gf_userRaw().agl) << "not below the ground";
+    EXPECT_EQ(7U, userObjectId);
+    const Message frame = PacketWriter(SimMessageId::Frame).u32(0).u32(0).u32(0).f32(26).finish();
+    told(std::vector<Message>(29, frame));
+    EXPECT_EQ(0, frameRate);
+    gf_dispatchMessage(frame);
+    EXPECT_EQ(26, frameRate);
+}
+
+TEST_F(ClientTest, waitsForAndConnectsOnlyToTheWantedSimulator)
 {
     const struct {
         const char *name, *path;
         int wanted;
+        const char* waitsFor;
         bool accepted;
     } cases[] = {
-        {"Lockheed Martin Prepar3D v5", "C:\\P3D", 5, true},
-        {"Lockheed Martin Prepar3D v5", "C:\\P3D", 6, false},
-        {"Lockheed Martin Prepar3D v6", "C:\\Prepar3D V6", 5, true},
-        {"Lockheed Martin Prepar3D v4", "C:\\Prepar3D v5", 5, false},
-        {"KittyHawk", "C:\\Prepar3D v5", 5, false},
-        {"SunRise", "C:\\Prepar3D v5", 5, false},
-        {"Lockheed Martin\xAE Prepar3D\xAE v5", "C:\\Prepar3D v5", 6, true},
+        {"Lockheed Martin Prepar3D v5", "C:\\P3D", 5, "5", true},
+        {"Lockheed Martin Prepar3D v5", "C:\\P3D", 6, "5", false},
+        {"Lockheed Martin Prepar3D v6", "C:\\Prepar3D V6", 5, "6", true},
+        {"Lockheed Martin Prepar3D v6", "D:\\P3DV5\\v6", 6, "5", true},
+        {"Lockheed Martin Prepar3D v4", "C:\\Prepar3D v5", 5, "5", false},
+        {"KittyHawk", "C:\\Prepar3D v5", 5, "5", false},
+        {"SunRise", "C:\\Prepar3D v5", 5, "5", false},
+        {"Lockheed Martin\xAE Prepar3D\xAE v5", "C:\\Prepar3D v5", 6, "5", true},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(format("{} in {}", c.name, c.path));
         SIM_INSTALL_PATH.value = c.path;
         wantedSimVersion = c.wanted;
+        EXPECT_EQ(c.waitsFor, gf_expectedSimVersion());
+        PacketWriter w(SimMessageId::Open);
+        w.text(c.name, 256);
+        for (const uint32_t number : {5, 4, 9, 1, 5, 4, 0, 0, 0, 0}) {
+            w.u32(number);
+        }
         bool accepted = true;
         try {
-            open(c.name);
+            gf_dispatchMessage(w.finish());
         } catch (const UserErrorException&) {
             accepted = false;
         }
-        EXPECT_EQ(c.accepted, accepted) << c.name << c.path;
+        EXPECT_EQ(c.accepted, accepted);
     }
     EXPECT_EQ("Lockheed Martin Prepar3D v5 (5.4.9.1)", display.sim.name.load());
-}
-
-TEST_F(ClientTest, theWaitingMessageNamesTheVersion)
-{
-    for (const auto& [path, version] :
-         {std::pair{"D:\\Prepar3D v6", "6"}, {"D:\\P3DV5\\v6", "5"}, {"D:\\P3D", "5"}}) {
-        SIM_INSTALL_PATH.value = path;
-        EXPECT_EQ(version, gf_expectedSimVersion()) << path;
-    }
+    SIM_INSTALL_PATH.value = "D:\\P3D";
     P3D_VERSION.value = 4;
     EXPECT_THROW(gf_expectedSimVersion(), UserErrorException);
-    P3D_VERSION.value = 5;
 }
 
-TEST_F(ClientTest, eventsOfTheSimulatorSteerTheRun)
+TEST_F(ClientTest, anErrorForTheUserEndsTheConversationAndStaysReadable)
 {
-    event(kEventSim, 1);
-    EXPECT_TRUE(simRunning);
-    event(kEventSim, 0);
-    EXPECT_FALSE(simRunning);
-    const std::function<void()> newFlights[] = {
-        [] { event(kEventPositionChanged, 0); },
-        [] { event(kEventFlightLoaded, 0); },
-        [] { dispatch(SimMessageId::FileName, {}); },
-        [] { user(47, 8, 0), user(47.18, 8, 0); },
-    };
-    for (const auto& newFlight : newFlights) {
-        ASSERT_TRUE(gf_resetRunState());
-        newFlight();
-        EXPECT_EQ(ExitReason::NewFlight, exitReason);
-        EXPECT_EQ(30, restartDelaySeconds);
-    }
-    ASSERT_TRUE(gf_resetRunState());
-    gf_resetSimClient();
-    user(47, 8, 0);
-    user(47.16, 8, 0);
-    EXPECT_FALSE(stopRequested) << "9.6 nm are no jump";
+    gf_setDirectSimulator(&simulator);
+    SIM_INSTALL_PATH.value = "D:\\v6";
+    wantedSimVersion = 6;
+    gf_noteSimRunning(true);
+    gf_startSimClientThread().join();
+    EXPECT_NE("", display.error.load());
+    EXPECT_FALSE(simRunning || display.sim.running || display.sim.connected || stopRequested);
+    EXPECT_EQ(nullptr, simHandle);
 }
 
-TEST_F(ClientTest, userDataSetTheUser)
-{
-    event(kEventSim, 1);
-    const auto report = data(SimMessageId::ObjectData, kReqUserOnGround, 7).i64(1).finish();
-    gf_dispatchMessage(report);
-    EXPECT_TRUE(secondDue);
-    EXPECT_FALSE(userOnGroundKnown) << "without a position the report says nothing";
-    user(47, 8, -3);
-    EXPECT_EQ(0, gf_userRaw().agl);
-    EXPECT_EQ(7U, userObjectId);
-    gf_dispatchMessage(report);
-    EXPECT_TRUE(userOnGroundKnown && userOnGround);
-    user(NAN, 8, 0);
-    EXPECT_EQ(47, gf_userRaw().lat) << "what isn't finite is dropped";
-}
-
-TEST_F(ClientTest, anObjectOfOursIsTakenOverAndAnnounced)
-{
-    connect();
-    pendingCreates = {{1, 20001, "BAW1"}, {2, 20002, "BAW1"}, {3, 9, "KLM2*"}};
-    added(50);
-    added(51, 3);
-    aircraft(50, "BAW1");
-    EXPECT_EQ(2U, pendingCreates.size()) << "the first of two with one tail";
-    auto posted = messages();
-    ASSERT_EQ(1U, posted.size());
-    EXPECT_EQ(SimMessageKind::LiveObject, posted[0].kind);
-    EXPECT_EQ(20001U, posted[0].a);
-    EXPECT_EQ(50U, posted[0].objectid);
-    EXPECT_EQ(500, posted[0].y);
-    ASSERT_EQ(3U, eventQueue.size());
-    EXPECT_EQ(FREEZE_LATITUDE_LONGITUDE_SET, eventQueue[0].event);
-    EXPECT_EQ(1U, eventQueue[2].value);
-    added(52);
-    aircraft(52, "KLM2*");
-    posted = messages();
-    ASSERT_EQ(1U, posted.size());
-    EXPECT_EQ(SimMessageKind::StaticObject, posted[0].kind);
-    added(53);
-    aircraft(53, "STRANGER");
-    EXPECT_TRUE(messages().empty());
-}
-
-TEST_F(ClientTest, objectDataComeOnlyForWhoNeedsThem)
-{
-    const struct {
-        const char* what;
-        uint32_t object;
-        const char* atcId;
-        double agl;
-        size_t expected;
-    } cases[] = {
-        {"low", 50, "BAW1", 2500, 1}, {"high", 50, "BAW1", 2501, 0},       {"static", 50, "BAW1*", 0, 0},
-        {"nameless", 50, "", 0, 0},   {"the user's own", 2, "BAW1", 0, 0}, {"not finite", 50, "BAW1", NAN, 0},
-    };
-    for (const auto& c : cases) {
-        aircraft(c.object, c.atcId, true, c.agl);
-        const auto posted = messages();
-        EXPECT_EQ(c.expected, posted.size()) << c.what;
-        if (!posted.empty()) {
-            EXPECT_EQ(1U, posted[0].a);
-            EXPECT_EQ(1400, posted[0].x);
-        }
-    }
-}
-
-TEST_F(ClientTest, exceptionsFindTheirCause)
-{
-    pendingCreates = {{17, 20001, "BAW1"}, {18, 20002, "BAW2"}};
-    dispatch(SimMessageId::Exception, {22, 18, 1});
-    const auto posted = messages();
-    ASSERT_EQ(1U, posted.size());
-    EXPECT_EQ(SimMessageKind::CreationRefused, posted[0].kind);
-    EXPECT_EQ(20002U, posted[0].a);
-    EXPECT_EQ(1U, pendingCreates.size());
-    EXPECT_THROW(dispatch(SimMessageId::Exception, {5, 1, 3}), UserErrorException);
-}
-
-TEST_F(ClientTest, survivesMessagesCutAnywhere)
-{
-    for (uint32_t id = 0; id < 100; ++id) {
-        for (const uint32_t request : {kReqTitle, kReqModel, kReqStaticData, kReqUser, kReqAircraftInRange}) {
-            const auto message = data(static_cast<SimMessageId>(id), request, 50).finish();
-            for (size_t length = 12; length < message.size(); ++length) {
-                const std::vector<std::byte> cut(message.begin(),
-                                                 message.begin() + static_cast<std::ptrdiff_t>(length));
-                try {
-                    gf_dispatchMessage(cut);
-                } catch (const UserErrorException&) {
-                    // What the user must read is a message too.
-                }
-            }
-        }
-    }
-    EXPECT_TRUE(messages().empty());
-}
-
-TEST_F(ClientTest, theUsersOwnObjectIsNeverRemoved)
+TEST_F(ClientTest, theUsersOwnObjectIsNeverMovedOrRemovedAndAFailedRequestRestartsTheRun)
 {
     connect();
     userObjectId = 7;
-    queueRemove(7);
-    queueRemove(3);
+    for (const uint32_t object : {7, 3}) {
+        queueRemove(object);
+        sendBuffer.push_back({.objectid = object});
+    }
     gf_onFrame();
-    EXPECT_TRUE(removeQueue.empty());
+    EXPECT_TRUE(removeQueue.empty() && sendBuffer.empty());
     EXPECT_TRUE(simulator.complaints().empty());
-}
-
-TEST_F(ClientTest, aFailedRequestRestartsTheRunAndEmptiesTheQueues)
-{
     queueEvent(50, GEAR_SET, 1);
     raiseRequestError();
     EXPECT_EQ(ExitReason::SimConnectError, exitReason);
