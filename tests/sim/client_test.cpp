@@ -112,6 +112,7 @@ protected:
         told += simHasQuit ? "quit " : "";
         told += secondDue ? "second " : "";
         told += userOnGroundKnown ? userOnGround ? "ground " : "air " : "";
+        told += userHalfSpan > 0 ? display.user.title.load() + display.user.model.load() + " " : "";
         told += noteStandRequested ? "note " : "";
         if (stopRequested) {
             told += exitReason == ExitReason::NewFlight
@@ -140,6 +141,8 @@ TEST_F(ClientTest, eachMessageHasItsEffect)
     const Message newFile = lf_words(SimMessageId::FileName, {});
     const Message onGround = lf_data(SimMessageId::ObjectData, kReqUserOnGround, 7).i64(1).finish();
     const Message inTheAir = lf_data(SimMessageId::ObjectData, kReqUserOnGround, 7).i64(0).finish();
+    const Message model = lf_data(SimMessageId::ObjectData, kReqModel, 7).text("A320", 32).finish();
+    const Message title = lf_data(SimMessageId::ObjectData, kReqTitle, 7).textV("My ").finish();
     const Message flight = lf_event(kEventFlightLoaded);
     const std::string live = "live(50 20001 0 500) 215 = 1 of 50 216 = 1 of 50 217 = 1 of 50 ";
     const std::string frozen = "215 = 1 of 52 216 = 1 of 52 217 = 1 of 52 ";
@@ -175,6 +178,8 @@ TEST_F(ClientTest, eachMessageHasItsEffect)
         {"the user's own",         {lf_aircraft(2, "BAW1", true, 0)}, ""},
         {"the user's, by report",  {lf_user(47), lf_aircraft(7, "BAW1", true, 0)}, ""},
         {"not finite",             {lf_aircraft(50, "BAW1", true, NAN)}, ""},
+        {"the user's type",        {title, model}, "My A320 "},
+        {"no aircraft",            {lf_data(SimMessageId::ObjectData, kReqModel, 7).finish()}, "error "},
         {"creation refused",       {lf_words(SimMessageId::Exception, {22, 18, 1})}, "refused(0 20002 0 0) "},
         {"of nobody",              {lf_words(SimMessageId::Exception, {22, 20, 1})}, ""},
         {"other protocol",         {lf_words(SimMessageId::Exception, {5, 1, 3})}, "error "},
@@ -238,6 +243,7 @@ TEST_F(ClientTest, waitsForAndConnectsOnlyToTheWantedSimulator)
             accepted = false;
         }
         EXPECT_EQ(c.accepted, accepted);
+        EXPECT_TRUE(simHasOpened);
     }
     EXPECT_EQ("Lockheed Martin Prepar3D v5 (5.4.9.1)", display.sim.name.load());
     SIM_INSTALL_PATH.value = "D:\\P3D";
