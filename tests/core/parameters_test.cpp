@@ -10,83 +10,13 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
+#include <map>
+#include <random>
 #include <sstream>
 #include <string>
 
 namespace vlt {
-
-// What users, their files and the window rely on: every value of every parameter.
-TEST(Parameters, haveTheirDefaultsRangesAndPlaces)
-{
-    struct Row {
-        const char* name;
-        int32_t def, min, max;
-        uint16_t id;
-        int32_t y;
-    };
-    // clang-format off
-    static constexpr Row kSwitches[] = {
-        {"RANDOM", 1, 1, 1, 0, 0},
-        {"ALWAYS_ON_TOP", 0, 0, 0, 32771, 147},
-        {"GUID_CHANGES", 1, 1, 1, 32773, 203},
-        {"AEROWINX", 0, 0, 0, 32775, 203},
-        {"LEARN_SOFT", 1, 1, 1, 32777, 175},
-        {"NAV_LIGHTS_WHILE_PARKED", 1, 1, 1, 32778, 175},
-        {"LOG", 1, 1, 1, 32779, 147},
-        {"SCAN_LIVERIES", 1, 1, 1, 32797, 147},
-        {"LIG_AUTOMATIC", 1, 1, 1, 32798, 147},
-        {"LIG_PRIORITIZE", 0, 0, 0, 32799, 147},
-        {"SUPPRESS_STUB", 1, 1, 1, 32801, 147},
-        {"SCAN_AIRPORTS", 1, 1, 1, 32802, 175},
-        {"AFG_AUTOMATIC", 1, 1, 1, 32803, 175},
-        {"LIGHT_AIRCRAFT", 1, 1, 1, 32809, 203},
-        {"HELICOPTERS", 1, 1, 1, 32810, 203},
-        {"HIGH_PERF_AIRCRAFT", 1, 1, 1, 32811, 203},
-        {"AUTO_RANGE", 1, 1, 1, 32819, 231},
-        {"COLLISION_USER_AIR", 1, 1, 1, 32833, 287},
-        {"COLLISION_USER_GND", 1, 1, 1, 32834, 287},
-        {"COLLISION_LIVE_PARKED_GND", 0, 0, 0, 32835, 287},
-        {"INITIAL_LOAD_ONLY", 0, 0, 0, 32850, 371},
-        {"PARK_SOFT", 1, 1, 1, 32851, 371},
-        {"PARK_FAKE", 0, 0, 0, 32852, 371},
-        {"WEEK", 0, 0, 0, 32854, 371},
-        {"STRAIGHT_PBS_ONLY", 0, 0, 0, 32856, 315},
-    };
-    static constexpr Row kNumbers[] = {
-        {"CUSTOM_PARKING_PERCENTAGE", -1, -1, 100, 0, 0},
-        {"MAIN_WINDOW_X", 400, -30000, 30000, 0, 0},
-        {"MAIN_WINDOW_Y", 20, -30000, 30000, 0, 0},
-        {"LAST_EPOCH_TIME", 0, 0, 2147483647, 0, 0},
-        {"HOLDING_THRESHOLD_METERS", 250, 10, 4000, 0, 0},
-        {"MAX_HOLDING_MINUTES", 20, 1, 60, 0, 0},
-        {"P3D_VERSION", 5, 5, 6, 0, 0},
-        {"MATCHING_DEPTH", 4, 1, 4, 32808, 203},
-        {"LATERAL_RANGE", 40, 2, 100, 32818, 231},
-        {"AUTO_RANGE_ABOVE_HEIGHT", 49000, 18000, 49000, 32820, 231},
-        {"MAX_LIVE", -1, -1, 300, 32821, 315},
-        {"AIRPORT_RANGE", 20, 8, 30, 32841, 343},
-        {"AIRPORT_HEIGHT", 18000, 2000, 45000, 32842, 343},
-        {"parking_percentage", 30, 0, 100, 32848, 371},
-        {"MAX_FIT", 47, 0, 47, 32853, 371},
-        {"CUSTOM_MAX_PARK", -1, -1, 500, 32865, 315},
-    };
-    // clang-format on
-    const auto compare = [](const auto& table, const auto& parameters) {
-        ASSERT_EQ(std::size(table), parameters.size());
-        for (size_t i = 0; i < parameters.size(); ++i) {
-            const auto* place = dynamic_cast<const Control*>(parameters[i]);
-            const Row& row = table[i];
-            EXPECT_EQ(row.name, parameters[i]->name);
-            EXPECT_EQ(row.def, parameters[i]->def) << row.name;
-            EXPECT_EQ(row.min, parameters[i]->min) << row.name;
-            EXPECT_EQ(row.max, parameters[i]->max) << row.name;
-            EXPECT_EQ(row.id, place != nullptr ? place->id : 0) << row.name;
-            EXPECT_EQ(row.y, place != nullptr ? place->y : 0) << row.name;
-        }
-    };
-    compare(kSwitches, gf_parameters<bool>());
-    compare(kNumbers, gf_parameters<int32_t>());
-}
 
 class ParametersTest : public ::testing::Test
 {
@@ -157,8 +87,6 @@ TEST_F(ParametersTest, clampsWhatTheFileHolds)
     EXPECT_EQ(1, MATCHING_DEPTH.value);
     EXPECT_EQ(-30000, MAIN_WINDOW_X.value);
     EXPECT_EQ(16, AIRPORT_RANGE.value);
-    EXPECT_EQ(2.0, lateralRangeNm);
-    EXPECT_EQ(3704, lateralRangeMetres);
 }
 
 TEST_F(ParametersTest, anOlderFileGainsWhatIsMissingAndKeepsTheRest)
@@ -183,18 +111,71 @@ TEST_F(ParametersTest, anOlderFileGainsWhatIsMissingAndKeepsTheRest)
 
 TEST_F(ParametersTest, aNewVersionScansEverythingOnce)
 {
-    const std::string off = element("SCAN_LIVERIES", "false") + element("SCAN_AIRPORTS", "false");
-    const struct {
-        const char* stored;
-        bool scans;
-    } cases[] = {
-        {"10.9.99", true}, {"9.99.99", true}, {"10.10.10", false}, {"10.10.11", false}, {"11.0.0", false}};
-    for (const auto& c : cases) {
-        write(off + element("PROGRAM_VERSION", c.stored));
+    const auto [major, minor, patch] = kProgramVersion;
+    const std::pair<VersionData, bool> cases[] = {{{major, minor, patch - 1}, true},
+                                                  {{major - 1, minor + 9, patch + 9}, true},
+                                                  {kProgramVersion, false},
+                                                  {{major, minor, patch + 1}, false},
+                                                  {{major + 1, 0, 0}, false}};
+    for (const auto& [version, scans] : cases) {
+        const std::string stored = gf_text(version);
+        write(element("SCAN_LIVERIES", "false") + element("SCAN_AIRPORTS", "false") +
+              element("PROGRAM_VERSION", stored));
         readParameters();
-        EXPECT_EQ(c.scans, SCAN_LIVERIES.value) << c.stored;
-        EXPECT_EQ(c.scans ? "true" : "false", inFile("SCAN_AIRPORTS")) << c.stored;
-        EXPECT_EQ("10.10.10", inFile("PROGRAM_VERSION")) << c.stored;
+        EXPECT_EQ(scans, SCAN_LIVERIES.value) << stored;
+        EXPECT_EQ(scans ? "true" : "false", inFile("SCAN_AIRPORTS")) << stored;
+        EXPECT_EQ(gf_text(kProgramVersion), inFile("PROGRAM_VERSION")) << stored;
+    }
+}
+
+// All that stand in the file, with random values, saved one by one in random order.
+TEST_F(ParametersTest, comeBackFromTheFileInTheirRanges)
+{
+    for (uint32_t seed = 1; seed <= 20; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        std::map<std::string, std::string> expected;
+        std::vector<std::function<void()>> saves;
+        const auto change = [&](auto* p, const auto& saved, const auto& read) {
+            if (p->kept == Kept::InFile && p != static_cast<Parameter*>(&PROGRAM_VERSION)) {
+                EXPECT_TRUE(expected.try_emplace(p->name, format("{}", read)).second) << p->name;
+                saves.push_back([p, saved] {
+                    p->value = saved;
+                    saveParameter(*p);
+                    p->value = p->def;
+                });
+            }
+        };
+        for (auto* p : gf_parameters<bool>()) {
+            const bool value = random() % 2 == 0;
+            change(p, value, value);
+        }
+        for (auto* p : gf_parameters<int32_t>()) {
+            EXPECT_TRUE(p->min <= p->def && p->def <= p->max) << p->name;
+            const auto value = static_cast<int32_t>(random()) >> random() % 24;
+            change(p, value, std::clamp(value, p->min, p->max));
+        }
+        for (auto* p : gf_parameters<std::string>()) {
+            const std::string value(1 + random() % 9, "\"<&>' ;\\aZ"[random() % 9]);
+            change(p, value, value);
+        }
+        write("");
+        std::ranges::shuffle(saves, random);
+        std::ranges::for_each(saves, [](const auto& save) { save(); });
+        readParameters();
+        const auto compare = [&](auto* p) {
+            if (expected.contains(p->name)) {
+                EXPECT_EQ(expected[p->name], format("{}", p->value.load())) << p->name;
+            } else if (p->kept == Kept::InMemory) {
+                EXPECT_EQ("-", inFile(p->name)) << p->name;
+            }
+        };
+        std::ranges::for_each(gf_parameters<bool>(), compare);
+        std::ranges::for_each(gf_parameters<int32_t>(), compare);
+        std::ranges::for_each(gf_parameters<std::string>(), compare);
+        EXPECT_EQ(LATERAL_RANGE.value, lateralRangeNm);
+        EXPECT_EQ(LATERAL_RANGE.value * 1852, lateralRangeMetres);
+        EXPECT_EQ(static_cast<float>(MAX_FIT.value + 1) / 2, MAX_FIT_FL.value);
     }
 }
 
