@@ -10,10 +10,11 @@ namespace vlt {
 
 TEST(Folders, preferOwnVariableThenXdgThenHome)
 {
+    const std::string temporary = "/tmp/velatra-" + std::to_string(::getuid());  // never shared between users
     const struct {
         const char *own, *xdg;
         std::filesystem::path (*folder)();
-        const char *byXdg, *byHome;
+        std::string byXdg, byHome;
     } cases[] = {
         {"VELATRA_APPDATA", "XDG_CONFIG_HOME", gf_appDataFolder, "/xdg", "/home/u/.config"},
         {"VELATRA_PROGRAMDATA", "XDG_DATA_HOME", gf_programDataFolder, "/xdg/velatra/ProgramData",
@@ -21,9 +22,11 @@ TEST(Folders, preferOwnVariableThenXdgThenHome)
         {"VELATRA_DOCUMENTS", "XDG_DOCUMENTS_DIR", gf_documentsFolder, "/xdg", "/home/u/Documents"},
         {"VELATRA_PUBLIC_DOCUMENTS", "XDG_PUBLICSHARE_DIR", gf_publicDocumentsFolder, "/xdg",
          "/home/u/Public"},
+        {"VELATRA_RUNTIME", "XDG_RUNTIME_DIR", gf_runtimeFolder, "/xdg/velatra", temporary},
     };
     const ScopedVariable home("HOME", "/home/u");
-    const ScopedVariable drive("VELATRA_DRIVE_C", "");
+    const ScopedVariable scratch("TMPDIR", "/tmp");
+    ScopedVariable drive("VELATRA_DRIVE_C", "");
     for (const auto& c : cases) {
         ScopedVariable own(c.own, "/own");
         ScopedVariable xdg(c.xdg, "/xdg");
@@ -33,27 +36,11 @@ TEST(Folders, preferOwnVariableThenXdgThenHome)
         xdg.set("");
         EXPECT_EQ(c.byHome, c.folder()) << c.own;
     }
-}
-
-TEST(Folders, keepOurFilesBelowTheirFoldersAndFindTheMappedDrive)
-{
+    const ScopedVariable programData("VELATRA_PROGRAMDATA", "");
+    drive.set("/wine/c");
+    EXPECT_EQ("/wine/c/ProgramData", gf_programDataFolder());
     const ScopedVariable own("VELATRA_APPDATA", "/own");
     EXPECT_EQ("/own/Velatra", gf_dataFolder());
-    const ScopedVariable programData("VELATRA_PROGRAMDATA", "");
-    const ScopedVariable drive("VELATRA_DRIVE_C", "/wine/c");
-    EXPECT_EQ("/wine/c/ProgramData", gf_programDataFolder());
-}
-
-TEST(Folders, neverShareTheRuntimeFolderBetweenUsers)
-{
-    ScopedVariable own("VELATRA_RUNTIME", "/own");
-    ScopedVariable xdg("XDG_RUNTIME_DIR", "/run/user/7");
-    EXPECT_EQ("/own", gf_runtimeFolder());
-    own.set("");
-    EXPECT_EQ("/run/user/7/velatra", gf_runtimeFolder());
-    xdg.set("");
-    const ScopedVariable temporary("TMPDIR", "/tmp");
-    EXPECT_EQ("/tmp/velatra-" + std::to_string(::getuid()), gf_runtimeFolder());
 }
 
 TEST(Folders, makeTheSharedRuntimeFolderForThisUserAlone)

@@ -5,7 +5,6 @@
 #include "platform/user_messages.h"
 #include "support/temp_folder.h"
 
-#include <algorithm>
 #include <csignal>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -45,58 +44,27 @@ TEST(InstanceLock, doesNotStopTheProgramWithoutAFolder)
     EXPECT_TRUE(gf_takeInstanceLock());
 }
 
-TEST(StandardOutput, dropsLinesThatNobodyReads)
-{
-    int ends[2];
-    ASSERT_EQ(0, ::pipe(ends));
-    const int before = ::dup(STDOUT_FILENO);
-    ::dup2(ends[1], STDOUT_FILENO);
-    const std::string longLine(5000, 'x');  // more than a pipe that is ready takes for sure
-    int taken = 0;
-    while (taken < 100 && gf_printLine(longLine)) {
-        ++taken;
-    }
-    std::string got(size_t{1} << 20, '\0');
-    got.resize(static_cast<size_t>(::read(ends[0], got.data(), got.size())));
-    EXPECT_TRUE(gf_printLine("next"));
-    std::string rest(10, '\0');
-    rest.resize(static_cast<size_t>(::read(ends[0], rest.data(), rest.size())));
-    ::dup2(before, STDOUT_FILENO);
-    for (const int file : {before, ends[0], ends[1]}) {
-        ::close(file);
-    }
-    EXPECT_GT(taken, 1);
-    EXPECT_LT(taken, 100) << "a pipe is never endless";
-    EXPECT_TRUE(got.starts_with(longLine + '\n' + longLine + '\n'));
-    EXPECT_EQ(got.ends_with('\n') ? "next\n" : "\nnext\n", rest) << "a cut line ends before the next begins";
-}
-
-TEST(UserMessages, comeInTheirOrder)
-{
-    const UserMessage all[] = {UserMessage::StartMain, UserMessage::Close, UserMessage::Finish};
-    std::ranges::for_each(all, gf_postUserMessage);
-    for (const UserMessage expected : all) {
-        EXPECT_EQ(expected, gf_waitUserMessage());
-    }
-}
-
-TEST(UserMessages, noneIsLostBetweenThreads)
+TEST(UserMessages, comeInEachThreadsOrderAndNoneIsLost)
 {
     constexpr int kEach = 1000;
-    const auto post = [](UserMessage message) {
+    const auto post = [](UserMessage first, UserMessage second) {
         for (int i = 0; i < kEach; ++i) {
-            gf_postUserMessage(message);
+            gf_postUserMessage(first);
+            gf_postUserMessage(second);
         }
     };
-    std::thread closers(post, UserMessage::Close);
-    std::thread starters(post, UserMessage::StartMain);
-    int closes = 0;
-    for (int i = 0; i < 2 * kEach; ++i) {
-        closes += gf_waitUserMessage() == UserMessage::Close;
+    std::jthread one(post, UserMessage::StartMain, UserMessage::Finish);
+    std::jthread other(post, UserMessage::Close, UserMessage::Close);
+    int starts = 0, finishes = 0, closes = 0;
+    for (int i = 0; i < 4 * kEach; ++i) {
+        const UserMessage message = gf_waitUserMessage();
+        starts += message == UserMessage::StartMain;
+        finishes += message == UserMessage::Finish;
+        closes += message == UserMessage::Close;
+        ASSERT_TRUE(starts == finishes || starts == finishes + 1) << i;
     }
-    EXPECT_EQ(kEach, closes);
-    closers.join();
-    starters.join();
+    EXPECT_EQ(2 * kEach, closes);
+    EXPECT_EQ(kEach, finishes);
 }
 
 TEST(CloseSignals, becomeMessages)

@@ -12,15 +12,16 @@ namespace vlt {
 class Registry : public testing::Test
 {
 protected:
-    std::optional<std::string> setupPath(std::string_view key = "SOFTWARE\\Lockheed Martin\\Prepar3D v5")
+    static std::optional<std::string> setupPath()
     {
-        return gf_registryText(kLocalMachineKey, key, "SetupPath");
+        return gf_registryText(kLocalMachineKey, "SOFTWARE\\Lockheed Martin\\Prepar3D v5", "SetupPath");
     }
 
     TempFolder folder;
     ScopedVariable appData{"VELATRA_APPDATA", folder.path().string()};
 };
 
+constexpr const char* kSix = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Lockheed Martin\\Prepar3D v6";
 constexpr const char* kTwoVersions = "; written by hand\r\n"
                                      "[HKEY_CURRENT_USER\\SOFTWARE\\Lockheed Martin\\Prepar3D v5]\r\n"
                                      "SimConnect_Port_IPv4=5111\r\n"
@@ -32,50 +33,51 @@ constexpr const char* kTwoVersions = "; written by hand\r\n"
 TEST_F(Registry, readsAValueOfItsKeyOnlyAndKnowsTheKeysAbove)
 {
     folder.write("registry.ini", kTwoVersions);
-    EXPECT_EQ("C:\\P3D v5\\", setupPath());
-    EXPECT_EQ("C:\\P3D v6", setupPath("Software\\LOCKHEED martin\\prepar3d V6"));
-    EXPECT_EQ(std::nullopt, setupPath("SOFTWARE\\Lockheed Martin"));
-    constexpr auto kKey = "SOFTWARE\\Lockheed Martin\\Prepar3D v6";
-    EXPECT_EQ(std::nullopt, gf_registryText(kCurrentUserKey, kKey, "SetupPath"));
-    EXPECT_EQ(std::nullopt, gf_registryText(kLocalMachineKey, kKey, "Setup"));
-    EXPECT_TRUE(gf_registryHasKey(kLocalMachineKey, kKey));
-    EXPECT_TRUE(gf_registryHasKey(kLocalMachineKey, "software\\lockheed martin"));
-    EXPECT_FALSE(gf_registryHasKey(kLocalMachineKey, "SOFTWARE\\Lockheed Martin\\Prepar3D"));
-    EXPECT_FALSE(gf_registryHasKey(kCurrentUserKey, kKey));
+    constexpr const char* kFive = "SOFTWARE\\Lockheed Martin\\Prepar3D v5";
+    const struct {
+        std::string_view root, key, name;
+        std::optional<std::string> value;
+        bool hasKey;
+    } cases[] = {
+        {kLocalMachineKey, kFive, "SetupPath", "C:\\P3D v5\\", true},
+        {kLocalMachineKey, "Software\\LOCKHEED martin\\prepar3d V6", "setuppath", "C:\\P3D v6", true},
+        {kLocalMachineKey, kFive, "Setup", std::nullopt, true},
+        {kLocalMachineKey, "software\\lockheed martin", "SetupPath", std::nullopt, true},
+        {kLocalMachineKey, "SOFTWARE\\Lockheed Martin\\Prepar3D", "SetupPath", std::nullopt, false},
+        {kCurrentUserKey, kFive, "SetupPath", std::nullopt, true},
+        {kCurrentUserKey, kFive, "SimConnect_Port_IPv4", "5111", true},
+        {kCurrentUserKey, "SOFTWARE\\Lockheed Martin\\Prepar3D v6", "SetupPath", std::nullopt, false},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.value, gf_registryText(c.root, c.key, c.name)) << c.root << c.key << c.name;
+        EXPECT_EQ(c.hasKey, gf_registryHasKey(c.root, c.key)) << c.root << c.key;
+    }
 }
 
-TEST_F(Registry, isEmptyWithoutAFileAndDoesNotWaitForAPipe)
+TEST_F(Registry, isEmptyWithoutATextFileAndSurvivesHostileOnes)
 {
     const auto file = folder.path() / "registry.ini";
     EXPECT_EQ(std::nullopt, setupPath());
     ASSERT_EQ(0, ::mkfifo(file.c_str(), 0600));
-    EXPECT_EQ(std::nullopt, setupPath());
+    EXPECT_EQ(std::nullopt, setupPath()) << "nor does it wait for a pipe";
     std::filesystem::remove(file);
     std::filesystem::create_directories(file);
     EXPECT_EQ(std::nullopt, setupPath());
-}
-
-TEST_F(Registry, survivesHostileFiles)
-{
+    std::filesystem::remove(file);
     std::string bytes;
     for (int i = 0; i < 4096; ++i) {
         bytes += static_cast<char>(i * 37);
     }
     folder.write("registry.ini", bytes + "\n" + kTwoVersions);
     EXPECT_EQ("C:\\P3D v5\\", setupPath());
-
     // A line that never ends, and values behind the part that is read.
     folder.write("registry.ini", std::string(3 * kMaxIniBytes, '[') + "\n" + kTwoVersions);
     EXPECT_EQ(std::nullopt, setupPath());
-
-    // Every cut of a good file: in a buffer of its own, so that a sanitizer sees a read past the
-    // end.
-    const std::string whole = kTwoVersions;
+    // Every cut of a good file, in memory of its own, so that a sanitizer sees a read past the end.
+    const std::string_view whole = kTwoVersions;
     for (size_t length = 0; length < whole.size(); ++length) {
         const std::vector<char> cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
-        const std::string_view text(cut.data(), cut.size());
-        const auto value =
-            gf_iniValue(text, "HKEY_LOCAL_MACHINE\\SOFTWARE\\Lockheed Martin\\Prepar3D v6", "SetupPath");
+        const auto value = gf_iniValue({cut.data(), cut.size()}, kSix, "SetupPath");
         ASSERT_TRUE(!value || std::string("C:\\P3D v6").starts_with(*value)) << length;
     }
 }
