@@ -54,6 +54,17 @@ protected:
         return node ? node.attribute("value").as_string() : "-";
     }
 
+    // Every present value.
+    static std::map<std::string, std::string> all()
+    {
+        std::map<std::string, std::string> values;
+        const auto add = [&](const auto* p) { values[p->name] = format("{}", p->value.load()); };
+        std::ranges::for_each(gf_parameters<bool>(), add);
+        std::ranges::for_each(gf_parameters<int32_t>(), add);
+        std::ranges::for_each(gf_parameters<std::string>(), add);
+        return values;
+    }
+
     TempFolder folder;
     ScopedVariable appData{"VELATRA_APPDATA", folder.path().string()};
 };
@@ -77,35 +88,34 @@ TEST_F(ParametersTest, aMissingEmptyOrDamagedFileGivesDefaults)
     }
 }
 
-TEST_F(ParametersTest, clampsWhatTheFileHolds)
+TEST_F(ParametersTest, anOlderFileGainsWhatIsMissingAndIsClampedWhenRead)
 {
-    write(element("MAX_LIVE", "5000") + element("LATERAL_RANGE", "1") + element("MATCHING_DEPTH", "x") +
-          element("MAIN_WINDOW_X", "-99999999999") + element("AIRPORT_RANGE", "0x10"));
+    const struct {
+        const char *name, *before, *value, *after;  // in the file, as read, in the file; "-" for no element
+    } cases[] = {
+        {"MAX_LIVE", "5000", "300", "5000"},
+        {"LATERAL_RANGE", "1", "2", "1"},
+        {"MATCHING_DEPTH", "x", "1", "x"},
+        {"MAIN_WINDOW_X", "-99999999999", "-30000", "-99999999999"},
+        {"AIRPORT_RANGE", "0x10", "16", "0x10"},
+        {"MAIN_WINDOW_Y", "-", "20", "20"},
+        {"parking_percentage", "-", "30", "-"},  // belongs to the airport
+        {"LOG", "yes", "true", "yes"},
+        {"RANDOM", "no", "false", "no"},
+        {"lfolder3", "", "", "-"},   // empty folder lines disappear
+        {"afolder0", "-", "", "-"},  // and none is added
+        {"lfolder4", "D:\\AI & more", "D:\\AI & more", "D:\\AI & more"},
+    };
+    std::string elements;
+    for (const auto& c : cases) {
+        elements += std::string_view("-") == c.before ? "" : element(c.name, c.before);
+    }
+    write(elements);
     readParameters();
-    EXPECT_EQ(300, MAX_LIVE.value);
-    EXPECT_EQ(2, LATERAL_RANGE.value);
-    EXPECT_EQ(1, MATCHING_DEPTH.value);
-    EXPECT_EQ(-30000, MAIN_WINDOW_X.value);
-    EXPECT_EQ(16, AIRPORT_RANGE.value);
-}
-
-TEST_F(ParametersTest, anOlderFileGainsWhatIsMissingAndKeepsTheRest)
-{
-    write(element("MAX_LIVE", "77") + element("LOG", "yes") + element("RANDOM", "no") +
-          element("lfolder3", "") + element("lfolder4", "D:\\AI & more"));
-    readParameters();
-    EXPECT_TRUE(LOG.value);
-    EXPECT_FALSE(RANDOM.value);
-    EXPECT_EQ("D:\\AI & more", lfolders[4].value);
-    const std::pair<const char*, const char*> cases[] = {
-        {"MAX_LIVE", "77"},
-        {"LATERAL_RANGE", "40"},
-        {"parking_percentage", "-"},  // belongs to the airport
-        {"lfolder3", "-"},            // empty folder lines disappear
-        {"afolder0", "-"},            // and none is added
-        {"lfolder4", "D:\\AI & more"}};
-    for (const auto& [name, value] : cases) {
-        EXPECT_EQ(value, inFile(name)) << name;
+    const auto values = all();
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.value, values.at(c.name)) << c.name;
+        EXPECT_EQ(c.after, inFile(c.name)) << c.name;
     }
 }
 
@@ -163,16 +173,10 @@ TEST_F(ParametersTest, comeBackFromTheFileInTheirRanges)
         std::ranges::shuffle(saves, random);
         std::ranges::for_each(saves, [](const auto& save) { save(); });
         readParameters();
-        const auto compare = [&](auto* p) {
-            if (expected.contains(p->name)) {
-                EXPECT_EQ(expected[p->name], format("{}", p->value.load())) << p->name;
-            } else if (p->kept == Kept::InMemory) {
-                EXPECT_EQ("-", inFile(p->name)) << p->name;
-            }
-        };
-        std::ranges::for_each(gf_parameters<bool>(), compare);
-        std::ranges::for_each(gf_parameters<int32_t>(), compare);
-        std::ranges::for_each(gf_parameters<std::string>(), compare);
+        const auto values = all();
+        for (const auto& [name, value] : expected) {
+            EXPECT_EQ(value, values.at(name)) << name;
+        }
         EXPECT_EQ(LATERAL_RANGE.value, lateralRangeNm);
         EXPECT_EQ(LATERAL_RANGE.value * 1852, lateralRangeMetres);
         EXPECT_EQ(static_cast<float>(MAX_FIT.value + 1) / 2, MAX_FIT_FL.value);
