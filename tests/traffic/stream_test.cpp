@@ -1,424 +1,314 @@
-// What becomes of a new report: stops, stands, landings, and the end of the reports.
+// What becomes of a new report, and of an aircraft whose reports end.
 #include "traffic/stream.h"
 
-#include "core/base/parameters.h"
-#include "sim/wire/ids.h"
 #include "traffic/arrival.h"
-#include "traffic/geodesy.h"
-#include "traffic/ground_place.h"
-#include "traffic/stand_holding.h"
+#include "traffic/stage.h"
 #include "traffic/stream_end.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
 
 namespace vlt {
 
-class StreamPlace : public GroundPlace
+class Stream : public Stage
 {
 protected:
-    // A taxiing aircraft with samples `metres` east of its place, 500 ticks apart; standing at equal ones.
-    static LiveAc& taxiing(std::initializer_list<double> metres)
+    // The reports that `text` tells, the first one 5 s after the stream's last.
+    static void hear(LiveAc& ac, const std::string& text)
     {
-        LiveAc& ac = gf_addOnGround(20001, "BAW3AK", StState::Taxi);
-        ac.stream.clear();
-        double last = -1e9;
-        for (const double east : metres) {
-            const bool stands = east == last;
-            PosSample sample = gf_groundSample(east, 0, stands ? 0 : 10,
-                                               tick + 500 * static_cast<int32_t>(ac.stream.size()));
-            sample.stationary = stands;
-            ac.stream.push_back(sample);
-            last = east;
+        for (const PosSample& sample : samples(text, ac.stream.back().time)) {
+            decodeExisting(ac, sample);
         }
-        return ac;
     }
-    // The next report, 500 ticks after the last.
-    static void hear(LiveAc& ac, double metresEast, double speed)
-    {
-        decodeExisting(ac, gf_groundSample(metresEast, 0, speed, ac.stream.back().time + 500));
-    }
-    // An aircraft parked at a stand at its place, its nose east, as after its arrival.
-    static LiveAc& parked()
+    // Parked at a stand at its place, as after its arrival.
+    static LiveAc& parked(const std::string& scene = "parked extended: 0s")
     {
         ParkPos& stand = gf_addStand("A1", 0, 0, 90);
-        LiveAc& ac = gf_addOnGround(20001, "BAW3AK", StState::Parked);
+        LiveAc& ac = add(scene);
         gf_takeStand(ac, stand);
-        ac.extendCount = 1;
-        ac.stream.front().time = tick + 60'480'000 - 200'000;
+        ac.stream.front().time = tick + kParkedAheadTicks - 200'000;
         return ac;
     }
 };
 
-class Stops : public StreamPlace
+TEST_F(Stream, whatAReportDoes)
 {
-};
-
-TEST_F(Stops, aStandingAircraftNeedsNoHistory)
-{
-    LiveAc& ac = gf_addOnGround(20001, "BAW3AK", StState::Taxi);
-    for (int i = 0; i < 20; ++i) {
-        hear(ac, 0, 0);
-        EXPECT_EQ(2U, ac.stream.size());  // where it stands, and the latest
-    }
-}
-
-TEST_F(Stops, jitterOnTheGroundIsAStopAndInTheAirNothing)
-{
-    LiveAc& ac = taxiing({-60, 0});
-    hear(ac, 8, 3);
-    ASSERT_EQ(3U, ac.stream.size());
-    EXPECT_TRUE(ac.stream.back().stationary);
-    EXPECT_EQ(ac.stream[1].lon, ac.stream[2].lon);
-    EXPECT_EQ(0, ac.stream.back().speed);
-    LiveAc& flying = gf_addFlying(20002, "DLH1");
-    const size_t before = flying.stream.size();
-    decodeExisting(flying, gf_eastOf(flying.stream.back(), 0.002));
-    EXPECT_EQ(before, flying.stream.size());
-}
-
-TEST_F(Stops, aShortStopIsCutOutAndATrueOneStays)
-{
-    const struct {
-        const char* what;
-        int32_t stopTicks;
-        double goesTo;
-        bool stays;
-    } cases[] = {{"ten seconds", 1000, 90, false},
-                 {"fifteen seconds", 1500, 90, true},
-                 {"long, but it ends where it began", 6000, 20, false}};
+    // A half span is 17.05 m: after a push-back 2.75 of them, 46.9 m, are enough to taxi, or 6, 102.3 m,
+    // anyhow.
+    // clang-format off
+    const struct { const char *what, *before, *reports, *after; } cases[] = {
+        {"a standing one needs no history",     "taxi: 0s",                     "0@0 0@3 0@0",   "taxi: 0s 0+15s"},
+        {"jitter on the ground is a stop",      "taxi: -60 0",                  "8@3",           "taxi: -60 0 0+0s"},
+        {"a stop stays while it lasts",         "taxi: -60 0 0s",             "8@3",          "taxi: -60 0 0s 0+0s"},
+        {"jitter in the air",                   "flying: 0^900 90^900",       "98^900",       "flying: 0^900 90^900"},
+        {"down, but it still flies",         "flying lands: 0^100@90 90@60", "90@0", "flying lands: 0^100@90 90@60"},
+        {"not during a run",                    "taxi runs: 0@40 60@50",  "68@50",    "taxi runs: 0@40 60@50"},
+        {"but before it",                       "taxi runs: 0@40 60@49",  "68@45",    "taxi runs: 0@40 60@49 60+0s"},
+        {"no same place during a run",          "taxi runs: 0@40 60@30",  "60@30",    "taxi runs: 0@40 60@30"},
+        {"but before it",                       "taxi runs: 0@20 60@29",  "60@20",    "taxi runs: 0@20 60@29 60s"},
+        {"no speed of 0 out of a run",          "taxi: 0@60 300@60",      "700@0",    "taxi: 0@60 300@60 700@0"},
+        {"nor during it",                       "taxi runs: 0@60 300@50", "700@0",    "taxi runs: 0@60 300@50"},
+        {"a stop of 10 s is none",              "taxi: -120 -60 0 0+10s", "90@12",    "taxi: -120 -60 0 90@12+15"},
+        {"one of 15 s is one",                  "taxi: -120 -60 0 0+15s", "90@12",    "taxi: -120 -60 0 0+15s 90@12"},
+        {"long, but it goes on where it began", "taxi: -120 -60 0 0+60s", "21@12",    "taxi: -120 -60 0 21@12+65"},
+        {"the same, a little farther",          "taxi: -120 -60 0 0+60s", "23@12",    "taxi: -120 -60 0 0+60s 23@12"},
+        {"several reports of a short stop",     "taxi: -120 0 0+4s 0+4s 0+4s", "90@12",    "taxi: -120 0 90@12+17"},
+        {"a helicopter keeps every report",     "taxi Rotorcraft: -60 0",     "4@5 4@5",      "taxi: -60 0 4@5 4@5s"},
+        {"the order of time is kept",           "taxi: 0 60+90",              "120+-80",      "taxi: 0 60+90 120+0"},
+        {"two fast reports begin a take-off",   "taxi: 0 60@43",          "160@43",   "taxi runs: 0 60@43 160@43"},
+        {"one doesn't",                         "taxi: 0 60@42",              "160@60",       "taxi: 0 60@42 160@60"},
+        {"nor one that becomes slower",         "taxi: 0 60@60",              "160@42",       "taxi: 0 60@60 160@42"},
+        {"one in the air does",                 "taxi: 0 60@20",      "160^900@80", "taxi runs: 0 60@20 160^900@80"},
+        {"one in the air after a landing",      "taxi rolls landed: 0 90", "200^9", "taxi rolls landed: 0 90 200^9"},
+        {"a second one: it goes around", "taxi rolls landed: 0 90", "200^9 400^9", "taxi runs rolls: 0 90 200^9 400^9"},
+        {"leading back as it rolls: two go", "taxi rolls: 0@60 100@60 200@60", "50@60", "taxi rolls: 0@60 50@60+15"},
+        {"two at the most", "taxi rolls: 0@60 100@60 150@60 200@60", "50@60", "taxi rolls: 0@60 100@60 50@60+15"},
+        {"back from the only one, it waits",    "taxi rolls: 0@60",       "-90@50",   "taxi rolls: 0@60 -90@50"},
+        {"the same, extended",                  "taxi rolls extended: 0@60", "-90@50",   "taxi rolls extended: 0@60"},
+        {"aside from the only one",          "taxi rolls extended: 0@60", "-90,60@50", "taxi rolls: 0@60 -90,60@50"},
+        {"a roll doesn't gain speed",           "taxi rolls: 0@60 60@50", "90@70",    "taxi rolls: 0@60 60@50 90@50"},
+        {"unless it taxies already",            "taxi rolls: 0@60 60@30", "90@40",    "taxi rolls: 0@60 60@30 90@40"},
+        {"the same place during the roll",      "taxi rolls: 0@60 60@50", "60@50",    "taxi rolls: 0@60 60@50"},
+        {"on approach from behind",             "flying lands: 0^900@140", "-900^900@140", "flying lands: 0^900@140"},
+        {"on approach from ahead", "flying lands: 0^900@140", "900^900@140", "flying lands: 0^900@140 900^900@140"},
+        {"back behind an extended one", "flying extended: 0^9000@300", "-900^9000@300", "flying extended: 0^9000@300"},
+        {"back ahead of it: its lag is over",   "flying extended: 0^900", "900^900",  "flying: 0^900 900^900"},
+        {"on the ground any side will do",      "taxi extended holds: 0s",      "-90",           "taxi: 0s -90"},
+        {"held, and 249 m off",                 "taxi holds: 0s",             "249",          "taxi holds: 0s 249"},
+        {"held, and 251 m off: it comes anew",  "taxi holds: 0s",               "251",           "taxi goes: 0s"},
+        {"pushed back, and too near",           "pushed_back: 0s",        "46@8",     "pushed_back holds: 0s"},
+        {"far enough, but it came nearer",      "pushed_back: 0s",        "60@8 48@8", "pushed_back holds: 0s"},
+        {"far enough and farther",              "pushed_back known extended: 0s", "46@8 48@8",    "taxi: 0s 48@8+10"},
+        {"very far off",                        "pushed_back: 0s",              "103@8",         "taxi: 0s 103@8"},
+        {"nearly",                              "pushed_back: 0s",        "101@8",    "pushed_back holds: 0s"},
+        {"while it is pushed",                  "pushing_back: 0s",             "-40@4 -90@4",   "pushing_back: 0s"},
+        {"not yet in the simulator",            "birth: 0s",                    "40",            "birth: 0s 40"},
+    };
+    // clang-format on
     for (const auto& c : cases) {
         SetUp();
-        LiveAc& ac = taxiing({-120, -60, 0, 0});
-        ac.stream.back().time = ac.stream[2].time + c.stopTicks;
-        decodeExisting(ac, gf_groundSample(c.goesTo, 0, 12, ac.stream.back().time + 500));
-        const bool stays = std::ranges::any_of(ac.stream, &PosSample::stationary);
-        EXPECT_EQ(c.stays, stays) << c.what;
-        EXPECT_FALSE(ac.stream.back().stationary) << c.what;
-        EXPECT_EQ(c.stays ? 5U : 4U, ac.stream.size()) << c.what;
+        LiveAc& ac = add(c.before);
+        ac.pushedBackDist = 900;  // as a push-back ends
+        hear(ac, c.reports);
+        EXPECT_EQ(c.after, look(ac)) << c.what;
     }
 }
 
-TEST_F(Stops, aHelicopterKeepsEveryReport)
+TEST_F(Stream, atAStandItIsNoiseUntilItLeadsAway)
 {
-    LiveAc& ac = taxiing({-60, 0});
-    ac.category = AcCategory::Rotorcraft;
-    hear(ac, 4, 5);
-    hear(ac, 4, 5);
-    ASSERT_EQ(4U, ac.stream.size());
-    EXPECT_FALSE(ac.stream[2].stationary);
-    EXPECT_TRUE(ac.stream[3].stationary);
-    EXPECT_EQ(5, ac.stream[3].speed);
-}
-
-TEST_F(Stops, aStreamThatGrowsTooLongEndsTheAircraft)
-{
-    LiveAc& ac = taxiing({0, 60});
-    for (int i = 2; i <= 202; ++i) {
-        hear(ac, i * 60.0, 10);
-    }
-    EXPECT_EQ(FsState::RemovingFromSim, ac.fs);
-}
-
-class AtStand : public StreamPlace
-{
-};
-
-TEST_F(AtStand, noiseNeverMovesAParkedAircraft)
-{
-    LiveAc& ac = parked();
-    // Two hours of reports around the stand, 0 to 15 m off, to all sides.
-    for (int i = 0; i < 720; ++i) {
-        const double out = (i * 7) % 16;
-        const double side = i % 4 < 2 ? 1 : -1;
-        PosSample sample = gf_groundSample(i % 2 != 0 ? side * out : 0, i % 2 != 0 ? 0 : side * out, 0, 0);
-        sample.time = ac.stream.back().time + 1;
-        tick += 1000;
-        decodeExisting(ac, sample);
-        ASSERT_EQ(1U, ac.stream.size()) << i;
-        ASSERT_FALSE(ac.pullOutPending) << i;
-    }
-    EXPECT_EQ(StState::Parked, ac.st);
-}
-
-TEST_F(AtStand, threeReportsFartherOutEachAreBelieved)
-{
-    LiveAc& ac = parked();
-    // The second one is more than half a wing off already, but it is only the second.
-    for (const double out : {1.0, 6.0, 10.0}) {
-        hear(ac, -out, 2);
-        EXPECT_EQ(1U, ac.stream.size()) << out;
-    }
-    hear(ac, -13.1, 2);
-    EXPECT_EQ(2U, ac.stream.size());
-    EXPECT_TRUE(ac.pullOutPending);
-    EXPECT_EQ(tick + 1, ac.stream.front().time);
-    EXPECT_EQ(0, ac.extendCount);
-}
-
-TEST_F(AtStand, oneReportBeyondTheWingTipIsBelieved)
-{
-    LiveAc& ac = parked();
-    hear(ac, -1, 2);
-    hear(ac, -17, 2);
-    EXPECT_FALSE(ac.pullOutPending);
-    hear(ac, -22, 2);
-    EXPECT_TRUE(ac.pullOutPending);
-}
-
-TEST_F(AtStand, aReportFarOffRemovesTheParkedAircraft)
-{
-    const struct {
-        double out;
-        StState before;
-        bool leaves, goes;
-    } cases[] = {{84, StState::Taxi, false, false},
-                 {86, StState::Taxi, true, false},
-                 {169, StState::Parking, false, false},
-                 {171, StState::Parking, true, false},
-                 {201, StState::Taxi, false, true}};
+    // Believed are three reports, each 3 m farther out, of half a wing in all, or one a whole wing farther
+    // out than the first. `before` says parking where it has just arrived.
+    // clang-format off
+    const struct { const char *what, *before, *reports, *after; } cases[] = {
+        {"farther out, but two only",        "parked extended",  "-1@2 -6@2 -10@2",        "parked extended: 0s"},
+        {"three of them",                    "parked extended",  "-1@2 -6@2 -10@2 -13@2",  "parked leaves: 0s -13@2"},
+        {"one of them nearer",               "parked extended",  "-1@2 -6@2 -10@2 -6@2 -13@2", "parked extended: 0s"},
+        {"three, half a wing isn't reached", "parked extended",  "-1@2 -4@2 -7@2 -9@2",    "parked extended: 0s"},
+        {"within the wing",                  "parked extended",  "-1@2 -17@2",             "parked extended: 0s"},
+        {"beyond it",                        "parked extended",  "-1@2 -22@2",             "parked leaves: 0s -22@2"},
+        {"84 m off at first",                "parked extended",  "-84",                    "parked extended: 0s"},
+        {"86 m off at first",                "parked extended",  "-86",                    "parked leaves: 0s -86"},
+        {"169 m off, on its way to it",      "parking extended", "-169",                   "parking extended: 0s"},
+        {"171 m off, on its way to it",      "parking extended", "-171",                   "taxi extended: 0s -171"},
+        {"199 m off",                        "parked extended",  "-199",                   "parked leaves: 0s -199"},
+        {"201 m off: it isn't that one",     "parked extended",  "-201",         "parked extended goes: 0s"},
+    };
+    // clang-format on
     for (const auto& c : cases) {
         SetUp();
-        LiveAc& ac = parked();
-        ac.prevSt = c.before;
-        hear(ac, -c.out, 10);
-        EXPECT_EQ(c.leaves, ac.pullOutPending) << c.out;
-        EXPECT_EQ(c.goes, ac.fs == FsState::RemovingFromSim) << c.out;
+        LiveAc& ac = parked(std::string(c.before) + ": 0s");
+        ac.prevSt = ac.st == StState::Parking ? StState::Parking : StState::Taxi;
+        gf_claimStand(ac);
+        for (const PosSample& sample : samples(c.reports, tick)) {
+            decodeExisting(ac, sample);
+        }
+        if (ac.stream.size() > 1) {  // the clock of the reports goes on
+            EXPECT_EQ(ac.st == StState::Taxi, ac.stream[0].time > tick + 1) << c.what;
+            ac.stream[1].time = ac.stream[0].time + 500;
+        }
+        EXPECT_EQ(c.after, look(ac)) << c.what;
+        EXPECT_EQ(ac.pullOutPending || goes(ac), parkApf.stands[0].occupiedByLive == kNobody) << c.what;
     }
 }
 
-TEST_F(AtStand, anAircraftMovedSoonAfterItsLandingIsTowed)
+TEST_F(Stream, anAircraftMovedSoonAfterItsLandingIsTowed)
 {
     const struct {
-        const char* what;
-        AcCategory category;
+        const char* scene;
         int minutes;
         bool towed;
-    } cases[] = {{"an airliner after 24 minutes", AcCategory::Large, 24, true},
-                 {"an airliner after 25", AcCategory::Large, 25, false},
-                 {"a business jet after 14", AcCategory::Buzjets, 14, true},
-                 {"a widebody after 59", AcCategory::Heavy, 59, true},
-                 {"a light one at once", AcCategory::Light, 1, false}};
+    } cases[] = {{"parked landed extended", 24, true},
+                 {"parked landed extended", 25, false},
+                 {"parked extended", 24, false},
+                 {"parked landed Buzjets extended", 14, true},
+                 {"parked landed Buzjets extended", 15, false},
+                 {"parked landed Heavy extended", 59, true},
+                 {"parked landed Heavy extended", 60, false},
+                 {"parked landed Light extended", 1, false}};
     for (const auto& c : cases) {
         SetUp();
-        LiveAc& ac = parked();
-        ac.category = c.category;
-        ac.landed = true;
-        ac.prevSt = StState::Parking;
-        ac.stream.front().time = tick + 60'480'000 - c.minutes * 6000;
+        LiveAc& ac = parked(std::string(c.scene) + ": 0s");
+        ac.stream.front().time = tick + kParkedAheadTicks - c.minutes * kTicksPerMinute;
         leaveStand(ac);
-        EXPECT_EQ(c.towed, ac.towed) << c.what;
-        EXPECT_FALSE(ac.landed) << c.what;
+        EXPECT_EQ(c.towed, ac.towed) << c.scene << c.minutes;
+        EXPECT_FALSE(ac.landed) << c.scene;
+        EXPECT_EQ(tick + 1, ac.stream.front().time) << c.scene;
     }
 }
 
-class AfterPushBack : public StreamPlace
+TEST_F(Stream, reportsDuringThePushTellItsSideAlone)
 {
-};
-
-TEST_F(AfterPushBack, itTaxiesOnceItsReportsAreFarEnoughOff)
-{
-    // Half span 17.05 m: 2.75 of it are 46.9 m, 6 are 102.3 m.
+    // Its nose is east: a track or heading to the right of that turns it right.
     const struct {
-        double metres, before;
-        bool starts;
-    } cases[] = {{46, 10, false}, {48, 10, true}, {48, 60, false}, {103, 120, true}};
+        double track, heading;  // degrees, 0: not told
+        PushStage stage;
+        bool straightOnly;
+        const char* after;
+    } cases[] = {{170, 0, kPushStraight, false, "pushing_back right known: 0s"},
+                 {80, 0, kPushStraight, false, "pushing_back known: 0s"},
+                 {170, 10, kPushStraight, false, "pushing_back known: 0s"},
+                 {0, 0, kPushStraight, false, "pushing_back: 0s"},
+                 {170, 0, kPushTurns, false, "pushing_back: 0s"},
+                 {170, 0, kPushStraight, true, "pushing_back: 0s"}};
     for (const auto& c : cases) {
         SetUp();
-        LiveAc& ac = gf_addOnGround(20001, "BAW3AK", StState::PushedBack);
-        ac.standId = 3;
-        ac.pushedBackDist = c.before / kMetresPerNm;
-        hear(ac, c.metres, 8);
-        EXPECT_EQ(c.starts ? StState::Taxi : StState::PushedBack, ac.st) << c.metres;
-        EXPECT_EQ(c.starts ? kNoStand : 3U, ac.standId) << c.metres;
-        EXPECT_EQ(!c.starts, ac.holding) << c.metres;
-        EXPECT_EQ(c.starts ? 2U : 1U, ac.stream.size()) << c.metres;
+        LiveAc& ac = add("pushing_back: 0s");
+        ac.pushStage = c.stage;
+        STRAIGHT_PBS_ONLY.value = c.straightOnly;
+        PosSample sample = gf_groundSample(-40, 0, 4, tick + 3000);
+        sample.track = c.track;
+        sample.heading = c.heading * kRadPerDeg;
+        sample.headingValid = c.heading != 0;
+        decodeExisting(ac, sample);
+        EXPECT_EQ(c.after, look(ac)) << c.track << ' ' << c.heading;
     }
 }
 
-TEST_F(AfterPushBack, reportsDuringThePushOnlyTellTheSide)
+// Reports as a feed may never send them, in every phase: the laws of a stream hold all the same.
+TEST_F(Stream, whateverIsReportedItsLawsHold)
 {
-    LiveAc& ac = gf_addOnGround(20001, "BAW3AK", StState::PushingBack);
-    ac.pushStage = 2;
-    PosSample sample = gf_groundSample(-40, 0, 4, tick + 3000);
-    sample.track = 170;  // the nose has swung from east to the right
-    decodeExisting(ac, sample);
-    EXPECT_EQ(1U, ac.stream.size());
-    EXPECT_TRUE(ac.pushTurnKnown && ac.pushTurnRight);
-    sample.heading = 10 * kRadPerDeg;
-    sample.headingValid = true;
-    decodeExisting(ac, sample);
-    EXPECT_FALSE(ac.pushTurnRight);
-    ac.pushTurnKnown = false;
-    STRAIGHT_PBS_ONLY.value = true;
-    decodeExisting(ac, sample);
-    EXPECT_FALSE(ac.pushTurnKnown);
+    const char* const scenes[] = {
+        "birth: 0",       "taxi: 0",         "taxi rolls: 0@90",       "taxi runs: 0@90",
+        "parked: 0s",     "pushed_back: 0s", "pushing_back: 0s",       "flying: 0^900@140",
+        "taxi holds: 0s", "parking: 0",      "flying lands: 0^900@140"};
+    for (uint32_t seed = 0; seed < 55; ++seed) {
+        SetUp();
+        std::mt19937 random(seed);
+        const auto upTo = [&random](int limit) { return static_cast<int>(random() % (limit + 1)); };
+        const std::string scene = scenes[seed % std::size(scenes)];
+        SCOPED_TRACE(scene + " " + std::to_string(seed));
+        LiveAc& ac = parked(scene);
+        const bool stays = scene.starts_with("parked") || scene.starts_with("pushing");
+        double at = 0;
+        for (int i = 0; i < 400; ++i) {
+            const std::deque<PosSample> before = ac.stream;
+            at += stays ? 0 : upTo(3) == 0 ? 0 : upTo(60) - 5;
+            PosSample sample = gf_groundSample(at + upTo(12), 0, upTo(3) * 30, tick + upTo(9000) - 3000);
+            sample.airborne = !stays && upTo(9) == 0;
+            decodeExisting(ac, sample);
+            ASSERT_TRUE(goes(ac) || ac.stream.size() <= kLongestStream + 1);
+            ASSERT_EQ(stays ? 1U : ac.stream.size(), ac.stream.size());
+            for (size_t n = 1; n < ac.stream.size(); ++n) {
+                ASSERT_GT(ac.stream[n].time, ac.stream[n - 1].time);
+                const LatLon place = gf_placeOf(ac.stream[n - 1]);
+                ASSERT_TRUE(!ac.stream[n].stationary || place == gf_placeOf(ac.stream[n]))
+                    << textOf(ac.stream);
+            }
+            if (goes(ac)) {
+                EXPECT_TRUE(before.size() > kLongestStream || ac.stream.size() == before.size());
+                break;
+            }
+            tick += upTo(200);
+        }
+    }
 }
 
-class OnTheRunway : public StreamPlace
+TEST_F(Stream, howReportsThatEndAreContinued)
 {
-};
-
-TEST_F(OnTheRunway, twoFastReportsBeginTheTakeOff)
-{
-    const struct {
-        double last, now;
-        bool begins;
-    } cases[] = {{42, 60, false}, {43, 43, true}, {60, 42, false}};
+    // A taxiing aircraft stands for 3 s, one on the runway rolls or runs on for 3 s, one in the air flies on
+    // for 8 s: 1 kt for 1 s are 0.5144 m.
+    // clang-format off
+    const struct { const char *what, *before, *after; } cases[] = {
+        {"taxiing: it stands",       "taxi: 0",                 "taxi holds extended: 0 0+3s"},
+        {"a run has just begun",     "taxi runs: 0@30",         "taxi runs extended: 0@30 62@40+3"},
+        {"a run",                    "taxi runs: 0@60",         "taxi runs extended: 0@60 123@80+3"},
+        {"a fast run",               "taxi runs: 0@140",        "taxi runs extended: 0@140 231v600@150+3"},
+        {"faster",                   "taxi runs: 0@160",        "taxi runs extended: 0@160 262v1200@170+3"},
+        {"beyond all",               "taxi runs: 0@171",        "taxi runs extended: 0@171 278v2400@180+3"},
+        {"a fast roll",              "taxi rolls: 0@140",       "taxi rolls extended: 0@140 154@100+3"},
+        {"a roll",                   "taxi rolls: 0v-90@100",   "taxi rolls extended: 0v-90@100 123@80+3"},
+        {"a slow roll",              "taxi rolls: 0@60",        "taxi rolls extended: 0@60 46@30+3"},
+        {"slower",                   "taxi rolls: 0@59",        "taxi rolls extended: 0@59 31@20+3"},
+        {"stood already",            "taxi rolls: 0s",          "taxi rolls extended: 0s 0+3s"},
+        {"flying: slower by a 20th", "flying: 0^9000@300",      "flying extended: 0^9000@300 1173^9000@285+8"},
+        {"on approach: by a 10th", "flying lands: 0^900@150", "flying lands extended: 0^900@150 556^820v-667@135+8"},
+        {"after the rotation",       "take_off: 0^100@150",     "take_off extended: 0^100@150 586^300v1500@143+8"},
+    };
+    // clang-format on
     for (const auto& c : cases) {
         SetUp();
-        LiveAc& ac = taxiing({-60, 0});
-        ac.stream.back().speed = c.last;
-        hear(ac, 100, c.now);
-        EXPECT_EQ(c.begins, ac.takeOff) << c.last << ' ' << c.now;
-        EXPECT_EQ(c.begins ? 5000 : 1000, ac.leadLimit);
+        LiveAc& ac = add(c.before);
+        ASSERT_TRUE(extendStream(ac)) << c.what;
+        EXPECT_EQ(c.after, look(ac)) << c.what;
     }
 }
 
-TEST_F(OnTheRunway, aLandingIsBrokenOffByTwoAirborneReports)
+TEST_F(Stream, howOftenItIsContinued)
 {
-    LiveAc& ac = taxiing({-200, 0});
-    ac.landingRoll = true;
-    ac.landed = true;
-    PosSample up = gf_groundSample(200, 0, 140, ac.stream.back().time + 400);
-    up.airborne = true;
-    up.altitude = 1100;
-    decodeExisting(ac, up);
-    EXPECT_FALSE(ac.takeOff);
-    up.lon = gf_groundSample(400, 0, 0, 0).lon;
-    up.time += 400;
-    decodeExisting(ac, up);
-    EXPECT_TRUE(ac.takeOff);
-    EXPECT_FALSE(ac.landed);
-    EXPECT_EQ(StState::Taxi, ac.st);
-    EXPECT_TRUE(sent(THROTTLE_SET, 11468));
-    EXPECT_TRUE(sent(SPOILERS_SET, 16383));
-}
-
-TEST_F(OnTheRunway, reportsThatLeadBackAreLeftOut)
-{
-    LiveAc& ac = taxiing({0, 100, 200});
-    ac.landingRoll = true;
-    ac.hdg = 90 * kRadPerDeg;
-    // Behind the last two samples: both go, the third from the end leads ahead.
-    hear(ac, 50, 60);
-    ASSERT_EQ(2U, ac.stream.size());
-    EXPECT_EQ(gf_groundSample(50, 0, 0, 0).lon, ac.stream[1].lon);
-    // A landing aircraft doesn't speed up, but it may taxi.
-    ac.stream.back().speed = 60;
-    hear(ac, 150, 80);
-    EXPECT_EQ(60, ac.stream.back().speed);
-    hear(ac, 250, 30);
-    EXPECT_EQ(30, ac.stream.back().speed);
-}
-
-TEST_F(OnTheRunway, onApproachAReportFromBehindTheOnlySampleIsDropped)
-{
-    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
-    ac.approach = true;
-    ac.stream.resize(1);
-    PosSample behind = gf_eastOf(ac.stream.back(), -1);
-    behind.time += 500;
-    decodeExisting(ac, behind);
-    EXPECT_EQ(1U, ac.stream.size());
-    decodeExisting(ac, gf_eastOf(ac.stream.back(), 1));
-    EXPECT_EQ(2U, ac.stream.size());
-}
-
-class StreamEnd : public StreamPlace
-{
-};
-
-TEST_F(StreamEnd, aTaxiingAircraftHoldsAndInTheEndGoes)
-{
-    LiveAc& ac = taxiing({0});
-    for (int seconds = 0; seconds <= 20 * 60 + 3; seconds += 3) {
-        const bool holds = extendStream(ac);
-        EXPECT_EQ(seconds <= 20 * 60, holds) << seconds;
-        EXPECT_TRUE(ac.holding);
-        ac.stream.resize(1);
-        tick += 300;
+    // One that can't hold goes after so many invented samples.
+    const struct {
+        const char* scene;
+        int samples;
+        double speed;                                             // knots, of the last of them
+    } cases[] = {{"flying: 0^9000@300", 8, 300 * 0.6634},         // 0.95 to the 8th
+                 {"flying lands: 0^9000@200", 8, 200 * 0.59049},  // 0.9 to the 5th, then it keeps it
+                 {"flying Light: 0^9000@100", 0, 100},            // not wanted
+                 {"taxi runs: 0@20", 10, 180},
+                 {"parked: 0s", 1, 0}};
+    for (const auto& c : cases) {
+        SetUp();
+        LIGHT_AIRCRAFT.value = false;
+        LiveAc& ac = add(c.scene);
+        for (int i = 0; i < c.samples; ++i) {
+            ASSERT_TRUE(extendStream(ac)) << c.scene << i;
+            ac.stream.pop_front();
+        }
+        EXPECT_FALSE(extendStream(ac)) << c.scene;
+        EXPECT_NEAR(c.speed, ac.stream.back().speed, 0.01) << c.scene;
     }
 }
 
-TEST_F(StreamEnd, itDoesNotHoldInTheWayOfAnother)
+TEST_F(Stream, aTaxiingAircraftHoldsUnlessItIsInTheWayAndInTheEndGoes)
 {
-    LiveAc& other = gf_addOnGround(20002, "DLH1", StState::Taxi);
-    other.lon = gf_groundSample(40, 0, 0, 0).lon;
-    LiveAc& ac = taxiing({0});
-    EXPECT_FALSE(extendStream(ac));
+    LiveAc& other = add("taxi: 40", 20002, "DLH1");
+    EXPECT_FALSE(extendStream(add("taxi: 0")));
     liveAcs[0].lon = gf_groundSample(41, 0, 0, 0).lon;  // (17.05 + 17.05) * 1.2 = 40.9 m
-    EXPECT_TRUE(extendStream(ac));
+    EXPECT_TRUE(extendStream(liveAcs[1]));
+    (void)other;
+    for (int seconds = 3; seconds <= 20 * 60 + 3; seconds += 3) {
+        liveAcs[1].stream.pop_front();
+        tick += 300;
+        EXPECT_EQ(seconds <= 20 * 60, extendStream(liveAcs[1])) << seconds;
+    }
 }
 
-TEST_F(StreamEnd, aHeldAircraftReportedElsewhereComesBackThere)
+TEST_F(Stream, onlyWellInsideTheRangeItFliesOn)
 {
-    for (const double metres : {249.0, 251.0}) {
+    for (const double miles : {39.4, 39.6}) {  // the range is 40 nm
         SetUp();
-        LiveAc& ac = taxiing({0});
-        ac.holding = true;
-        hear(ac, metres, 10);
-        EXPECT_EQ(metres > 250, ac.fs == FsState::RemovingFromSim) << metres;
+        LiveAc& ac = add("flying: 0^9000@300");
+        userNow.lat = 47 - miles / 60;
+        userNow.lon = 8;
+        EXPECT_EQ(miles < 39.5, extendStream(ac)) << miles;
     }
 }
 
-TEST_F(StreamEnd, onlyWellInsideTheRangeItFliesOn)
+TEST_F(Stream, aParkedAircraftWaitsForAWeekAndNoLongerCountsAsReporting)
 {
-    userNow.lat = 46;
-    userNow.lon = 8;
-    const struct {
-        double milesNorth;
-        bool goesOn;
-    } cases[] = {{39.4, true}, {39.6, false}};
-    for (const auto& c : cases) {
-        liveAcs.clear();
-        LiveAc& ac = gf_addFlying(20001, "BAW3AK");
-        ac.lat = 46 + c.milesNorth / 60.0;
-        ac.stream.resize(1);
-        EXPECT_EQ(c.goesOn, extendStream(ac)) << c.milesNorth;
-    }
-}
-
-TEST_F(StreamEnd, inventedSpeedsFollowThePhase)
-{
-    const struct {
-        const char* what;
-        double speed, next, nextVs;
-        bool takeOff, landingRoll;
-    } cases[] = {{"a run that has just begun", 30, 40, 0, true, false},
-                 {"a fast run", 140, 150, 600, true, false},
-                 {"beyond all", 171, 180, 2400, true, false},
-                 {"a fast roll-out", 140, 100, 0, false, true},
-                 {"a slow one", 59, 20, 0, false, true},
-                 {"neither", 12, 0, 0, false, false}};
-    for (const auto& c : cases) {
-        SetUp();
-        LiveAc& ac = taxiing({0});
-        ac.stream.back().speed = c.speed;
-        ac.takeOff = c.takeOff;
-        ac.landingRoll = c.landingRoll;
-        extrapolate(ac, 5);
-        EXPECT_EQ(c.next, ac.stream.back().speed) << c.what;
-        EXPECT_EQ(c.nextVs, ac.stream.back().vs) << c.what;
-        EXPECT_EQ(c.next == 0, ac.stream.back().stationary) << c.what;
-        EXPECT_EQ(ac.stream.front().time + 300, ac.stream.back().time) << c.what;
-    }
-}
-
-TEST_F(StreamEnd, aParkedAircraftWaitsForAWeekAndNoLongerCountsAsReporting)
-{
-    LiveAc& ac = parked();
-    ac.extendCount = 0;
+    LiveAc& ac = parked("parked: 0s");
     ac.liveAtStand = true;
     gf_claimStand(ac);
     ac.stream.front().time = tick;
     ASSERT_TRUE(extendStream(ac));
-    EXPECT_EQ(tick + 60'480'000, ac.stream.back().time);
+    EXPECT_EQ(tick + kParkedAheadTicks, ac.stream.back().time);
     EXPECT_FALSE(ac.liveAtStand || parkApf.stands[0].occupiedByLive);
-    ac.stream.pop_front();
-    EXPECT_FALSE(extendStream(ac));
 }
 
 }  // namespace vlt
