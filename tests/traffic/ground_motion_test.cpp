@@ -1,58 +1,21 @@
 // Bends, moves at the stand, the runway, and the drive onto a stand.
 #include "traffic/ground_motion.h"
 
-#include "airports/loading.h"
-#include "sim/requests.h"
-#include "sim/wire/ids.h"
 #include "traffic/arrival.h"
 #include "traffic/cycle.h"
-#include "traffic/geodesy.h"
-#include "traffic/ground_place.h"
 #include "traffic/leg_time.h"
 #include "traffic/legs.h"
 #include "traffic/runway.h"
-#include "traffic/stand_holding.h"
+#include "traffic/stage.h"
 #include "traffic/stays.h"
 #include "traffic/step_motion.h"
 #include "traffic/taxi_curve.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <functional>
-#include <numbers>
-
 namespace vlt {
 
-class GroundMotion : public GroundPlace
+class GroundMotion : public Stage
 {
 protected:
-    struct Point {
-        double east, north, speed;
-    };
-    // A taxiing aircraft at the first point, nose east, with 1000 ticks between its samples.
-    static LiveAc& taxiing(std::initializer_list<Point> points)
-    {
-        LiveAc& ac = gf_addOnGround(20001, "BAW3AK", StState::Taxi);
-        ac.hdg = std::numbers::pi / 2;
-        ac.stream.clear();
-        for (const Point& p : points) {
-            const int32_t time = tick + 1000 * static_cast<int32_t>(ac.stream.size());
-            ac.stream.push_back(gf_groundSample(p.east, p.north, p.speed, time));
-        }
-        ac.lat = ac.stream[0].lat;
-        ac.lon = ac.stream[0].lon;
-        return ac;
-    }
-    static double east(const LiveAc& ac)
-    {
-        return (ac.lon - 8) * 60 * std::cos(47 * kRadPerDeg) * kMetresPerNm;
-    }
-    static double north(const LiveAc& ac)
-    {
-        return (ac.lat - 47) * 60 * kMetresPerNm;
-    }
     // Runs legs and ticks as the cycle does, until `done` or the time is over.
     template <typename Done>
     static bool drive(LiveAc& ac, int32_t ticks, Done done)
@@ -71,507 +34,419 @@ protected:
         }
         return false;
     }
+    static bool driveUntil(LiveAc& ac, StState st)
+    {
+        return drive(ac, 20'000, [&] { return ac.st == st; });
+    }
+    static double hdgDeg(const LiveAc& ac)
+    {
+        return std::remainder(ac.hdg * kDegPerRad, 360);
+    }
+    // Comes to rest 12 m short of the stand A1.
+    static LiveAc& arriving()
+    {
+        gf_addStand("A1", 0, 0, 90);
+        return add("taxi landed: -42@5 -12@4 -12s");
+    }
+    // Parked at a stand that faces east, reports leading away to that direction, degrees.
+    static LiveAc& leaving(double directionDeg)
+    {
+        const double angle = directionDeg * kRadPerDeg;
+        ParkPos& stand = gf_addStand("A1", 0, 0, 90);
+        LiveAc& ac = add(format("parked leaves: 0s {},{}@8+30", 60 * std::sin(angle), 60 * std::cos(angle)));
+        gf_takeStand(ac, stand);
+        return ac;
+    }
+    static StaticAc& addStatic(uint32_t standId, HourStamp stamp = {})
+    {
+        StaticAc parked;
+        parked.standId = standId;
+        parked.stamp = stamp;
+        parked.hexid = 5;
+        parked.callsign = "DLH9*";
+        parked.radius = 17.05 / kMetresPerNm;
+        parked.objectid = 77;
+        parked.fs = FsState::Active;
+        return staticAcs.emplace_back(parked);
+    }
 };
 
-class Bends : public GroundMotion
+TEST_F(GroundMotion, whichBendsBecomeCurvesAndWhichLegsAreHalved)
 {
-};
-
-TEST_F(Bends, whichBendsBecomeCurves)
-{
-    const struct {
-        const char* what;
-        double deg, legM, speed;
-        bool curve;
-        size_t samples;  // after the leg was set up
-    } cases[] = {{"as good as straight", 2.9, 100, 10, false, 2},
-                 {"a gentle bend", 3.1, 100, 10, true, 1},
-                 {"a right angle", 90, 40, 10, true, 1},
-                 {"a right angle after a long leg: its first half stays straight", 90, 100, 10, false, 3},
-                 {"the same, fast", 90, 100, 44, true, 1},
-                 {"nearly back", 161, 40, 10, false, 2},
-                 {"just a curve", 159, 40, 10, true, 1}};
+    // A leg east, and one that turns right by so many degrees. Reports come every 10 s.
+    // clang-format off
+    const struct { const char* what; double deg, legM, from, to; const char* after; } cases[] = {
+        {"as good as straight",                  2.9,  90,  10,   10,   "taxi: 90 190,-5"},
+        {"a gentle bend",                        3.1,  90,  10,   10,   "curve taxi: 190,-5"},
+        {"a right angle",                        90,   40,  10,   10,   "curve taxi: 40,-100"},
+        {"after a long leg: half stays straight", 90,   100, 10,   10,   "taxi: 50 100 100,-100"},
+        {"the same, fast",                       90,   100, 44,   44,   "curve taxi: 100,-100@44"},
+        {"at 45 degrees not",                    44.9, 100, 10,   10,   "curve taxi: 171,-71"},
+        {"nearly back",                          161,  40,  10,   10,   "taxi: 40 -55,-33"},
+        {"just a curve",                         159,  40,  10,   10,   "curve taxi: -53,-36"},
+        {"the speed changes on a long leg",      0,    150, 10,   15.1, "taxi: 75@13 150@15 250@15"},
+        {"slower",                               0,    150, 15.1, 10,   "taxi: 75@13 150 250"},
+        {"no change",                            0,    150, 10,   15,   "taxi: 150@15 250@15"},
+        {"no long leg",                          0,    99,  10,   20,   "taxi: 99@20 199@20"},
+        {"from standing",                        0,    150, 0,    8,    "taxi: 75@4 150@8 250@8"},
+    };
+    // clang-format on
     for (const auto& c : cases) {
         SetUp();
         const double angle = c.deg * kRadPerDeg;
-        LiveAc& ac = taxiing({{0, 0, c.speed},
-                              {c.legM, 0, c.speed},
-                              {c.legM + 100 * std::cos(angle), -100 * std::sin(angle), c.speed}});
+        LiveAc& ac = add(format("taxi: 0@{}+5 {}@{}+10 {},{}@{}+10", c.from, c.legM, c.to,
+                                c.legM + 100 * std::cos(angle), -100 * std::sin(angle), c.to));
         nextPos(ac);
-        EXPECT_EQ(c.curve, gf_hasCurve(ac.curve)) << c.what;
-        EXPECT_EQ(c.samples, ac.stream.size()) << c.what;
+        EXPECT_EQ(c.after, (gf_hasCurve(ac.curve) ? "curve " : "") + lookWithoutTimes(ac)) << c.what;
     }
 }
 
-TEST_F(Bends, aChangeOfSpeedOnALongLegIsTakenInTwoSteps)
+TEST_F(GroundMotion, theTurnTakesTheRoomThatTheLegGives)
 {
-    const struct {
-        double from, to, legM;
-        size_t samples;
-    } cases[] = {{10, 15, 150, 1}, {10, 15.1, 150, 2}, {15.1, 10, 150, 2}, {10, 20, 99, 1}, {0, 8, 150, 2}};
-    for (const auto& c : cases) {
-        SetUp();
-        LiveAc& ac = taxiing({{0, 0, c.from}, {c.legM, 0, c.to}});
-        nextPos(ac);
-        EXPECT_EQ(c.samples, ac.stream.size()) << c.from << ' ' << c.to << ' ' << c.legM;
-    }
-    EXPECT_EQ(4, liveAcs[0].stream.front().speed);  // the mean of the last case
-}
-
-TEST_F(Bends, theTurnTakesTheRoomThatTheLegGives)
-{
-    // At 10 kt, 5.144 m/s; an airliner's nominal rate is 0.07 degrees a tick.
+    // At 10 kt, 5.144 m/s, a leg takes 19.44 ticks a metre. The turn is said to take its degrees / (0.07
+    // degrees in radians * 100) = 8.185 ticks a degree, rounded; what the leg gives is the ratio of both.
     const struct {
         const char* what;
         double deg, legM, factor;
         int32_t limit;
     } cases[] = {{"a right angle, much room: three times the rate at most", 90, 400, 3, 2000},
-                 {"a sharp bend, less room: by the room", 60, 50, 1.98, 1000},
-                 {"a gentle bend on a long leg: slowly", 20, 400, 0.281, 1000},
-                 {"a gentle bend with no room: faster", 40, 10, 1.683, 1000}};
+                 {"a sharp bend, little room: by the ratio", 60, 50, 972. / 491, 1000},
+                 {"a sharp bend, much room: by the degrees", 60, 400, 60. / 30, 1000},
+                 {"a gentle bend on a long leg: slowly, by its metres over 30", 20, 400,
+                  1 / (7776. / 164 * 30 / 400), 1000},
+                 {"a bend on a short leg: by its degrees over 10", 40, 40, 1 / (778. / 327 * 10 / 40), 1000},
+                 {"a gentle bend with no room: faster", 40, 10, 327. / 194, 1000}};
     for (const auto& c : cases) {
         SetUp();
-        LiveAc& ac = taxiing({{0, 0, 10}, {c.legM, 0, 10}});
-        ac.turning = true;
+        LiveAc& ac = add(format("taxi turns: 0 {}", c.legM));
         ac.turnDeg = c.deg;
         legTime(ac);
         EXPECT_NEAR(c.factor, ac.turnRate / ac.turnRateNominal, 0.01) << c.what;
         EXPECT_EQ(c.limit, ac.lagLimit) << c.what;
+        EXPECT_EQ(c.limit, ac.leadLimit) << c.what;
     }
 }
 
-TEST_F(Bends, theCurveLeadsPastTheBendToTheThirdSampleAndTurnsTheNose)
+// Random taxi roads: no step is longer, and no turn of the nose sharper, than an aircraft could make.
+TEST_F(GroundMotion, aTaxiRoadIsDrivenWithoutJumps)
 {
-    LiveAc& ac = taxiing({{0, 0, 10}, {40, 0, 10}, {40, -40, 10}, {40, -140, 10}});
-    double sharpest = 0;
-    double before = ac.hdg;
-    double farthestOff = 0;
-    nextPos(ac);
-    const int32_t arrival = ac.stream.front().time;
-    ASSERT_TRUE(drive(ac, 4000, [&] {
-        sharpest = std::max(sharpest, std::abs(angleDiff(before, ac.hdg)));
-        before = ac.hdg;
-        farthestOff = std::max(farthestOff, east(ac) - 40);
-        return tick >= arrival;
-    }));
-    EXPECT_NEAR(40, east(ac), 0.5);
-    EXPECT_NEAR(-40, north(ac), 0.5);
-    EXPECT_LT(farthestOff, 0.5);
-    EXPECT_LE(sharpest, ac.turnRateNominal * 3 + 1e-9);
-    // The turn rate is that of the bend; the nose is round a little after the curve's end.
-    EXPECT_NEAR(180, ac.hdg * kDegPerRad, 12);
+    for (uint32_t seed = 0; seed < 60; ++seed) {
+        SetUp();
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        std::string scene = format("taxi {}: 0", kCategoryNames[seed % kCategoryCount]);
+        LatLon at{};  // metres
+        double way = std::numbers::pi / 2;
+        for (int i = 0; i < 12; ++i) {
+            const int metres = 30 + static_cast<int>(random() % 90);
+            way += (static_cast<double>(random() % 241) - 120) * kRadPerDeg;
+            at = {at.lat + metres * std::cos(way), at.lon + metres * std::sin(way)};
+            scene += format(" {:.1f},{:.1f}@{}+{}", at.lon, at.lat, 8 + random() % 8, metres / 5);
+        }
+        LiveAc& ac = add(scene);
+        if (seed % 2 == 0) {  // over the date line
+            for (PosSample& s : ac.stream) {
+                s.lon = std::remainder(s.lon + 172, 360.0);
+            }
+            ac.lon = ac.stream[0].lon;
+        }
+        // Radians a tick of its category, three times at the most in a sharp turn, else by the room.
+        const double nominal[] = {0.15, 0.10, 0.07, 0.05, 0.10, 0.20};
+        EXPECT_NEAR(nominal[seed % 6] * kRadPerDeg, ac.turnRateNominal, 1e-9);
+        LatLon place = gf_placeOf(ac);
+        double hdg = ac.hdg;
+        const LatLon end = gf_placeOf(ac.stream.back());
+        drive(ac, 60'000, [&] {
+            const double step = distNm(place, gf_placeOf(ac)) * kMetresPerNm;
+            EXPECT_LT(step, 0.35) << "68 kt at tick " << tick;
+            EXPECT_LE(std::abs(angleDiff(hdg, ac.hdg)), ac.turnRate + 1e-9) << tick;
+            EXPECT_TRUE(ac.hdg >= 0 && ac.hdg < kTwoPi && std::abs(ac.lon) <= 180);
+            place = gf_placeOf(ac);
+            hdg = ac.hdg;
+            return HasFailure() || ac.stream.front().stationary;
+        });
+        EXPECT_NEAR(0, distNm(end, place) * kMetresPerNm, 0.5);
+    }
 }
 
-TEST_F(Bends, aCurveHasAPointEverywhereButOutside)
+TEST_F(GroundMotion, aCurveHasAPointEverywhereButOutside)
 {
-    LiveAc& ac = taxiing({{0, 0, 10}, {40, 0, 10}, {40, -40, 10}});
+    LiveAc& ac = add("taxi: 0 40 40,-40");
     makeCurve(ac);
-    const auto start = curvePoint(ac.curve, 0);
-    const auto middle = curvePoint(ac.curve, 0.5);
-    const auto end = curvePoint(ac.curve, 1);
-    ASSERT_TRUE(start && middle && end);
-    EXPECT_NEAR(90, start->bearing * kDegPerRad, 0.01);
-    EXPECT_NEAR(135, middle->bearing * kDegPerRad, 0.1);
-    EXPECT_NEAR(180, end->bearing * kDegPerRad, 0.01);
     // A quadratic curve's middle: a quarter of both ends and half of the control point.
-    EXPECT_NEAR(30, distNm({47, 8}, {47, middle->lon}) * kMetresPerNm, 0.1);
-    EXPECT_NEAR(-10, (middle->lat - 47) * 60 * kMetresPerNm, 0.1);
+    const struct {
+        double t, east, north, bearingDeg;
+    } cases[] = {{0, 0, 0, 90}, {0.5, 30, -10, 135}, {1, 40, -40, 180}};
+    for (const auto& c : cases) {
+        const auto point = curvePoint(ac.curve, c.t);
+        ASSERT_TRUE(point) << c.t;
+        EXPECT_NEAR(c.east, east(*point), 0.1) << c.t;
+        EXPECT_NEAR(c.north, north(*point), 0.1) << c.t;
+        EXPECT_NEAR(c.bearingDeg, point->bearing * kDegPerRad, 0.1) << c.t;
+    }
     for (const double outside : {-0.001, 1.001, std::nan("")}) {
         EXPECT_FALSE(curvePoint(ac.curve, outside));
     }
     EXPECT_FALSE(curvePoint(Curve{}, 0.5));
 }
 
-TEST_F(Bends, aCurveAcrossTheDateLineIsShort)
+TEST_F(GroundMotion, howItLeavesAStand)
 {
-    LiveAc& ac = taxiing({{0, 0, 10}, {40, 0, 10}, {40, -40, 10}});
-    const double shift = 180 - ac.stream[1].lon + 0.0001;
-    for (PosSample& sample : ac.stream) {
-        sample.lon = std::remainder(sample.lon + shift, 360.0);
-    }
-    ac.lon = ac.stream[0].lon;
-    nextPos(ac);
-    for (int i = 0; i < 1000; ++i) {
-        const LatLon before{ac.lat, ac.lon};
-        stepMotion(ac);
-        ASSERT_LT(distNm(before, {ac.lat, ac.lon}) * kMetresPerNm, 0.5) << i;
-    }
-}
-
-class AtTheStand : public GroundMotion
-{
-protected:
-    // Parked at a stand with its nose east, reports leading away to `direction` from there, degrees.
-    static LiveAc& leaving(double directionDeg)
-    {
-        ParkPos& stand = gf_addStand("A1", 0, 0, 90);
-        LiveAc& ac = gf_addOnGround(20001, "BAW3AK", StState::Parked);
-        ac.hdg = std::numbers::pi / 2;
-        gf_takeStand(ac, stand);
-        ac.pullOutPending = true;
-        const double angle = directionDeg * kRadPerDeg;
-        ac.stream.push_back(gf_groundSample(60 * std::sin(angle), 60 * std::cos(angle), 8, tick + 3000));
-        return ac;
-    }
-};
-
-TEST_F(AtTheStand, aheadItPullsOutBehindItPushesBack)
-{
-    const struct {
-        double direction;
-        StState st;
-    } cases[] = {
-        {175, StState::Taxi}, {185, StState::PushingBack}, {5, StState::Taxi}, {355, StState::PushingBack}};
+    // Two half spans ahead, or 2.5 radii of the stand back, 50 m, of which the second half is the turn's.
+    // clang-format off
+    const struct { double direction; const char *after, *commands; } cases[] = {
+        {175, "taxi: 34@4", "lights=1101010 start=0 throttle=0 flaps=3072"},
+        {5,   "taxi: 34@4", "lights=1101010 start=0 throttle=0 flaps=3072"},
+        {185, "pushing_back leaves: -25@4 -50@4 -50,-17@4", "lights=1101010 throttle=0"},
+        {355, "pushing_back leaves: -25@4 -50@4 -50,-17@4", "lights=1101010 throttle=0"},
+    };
+    // clang-format on
     for (const auto& c : cases) {
         SetUp();
         LiveAc& ac = leaving(c.direction);
         nextPos(ac);
-        EXPECT_EQ(c.st, ac.st) << c.direction;
-        EXPECT_TRUE(sent(TAXI_LIGHTS_SET, 1)) << c.direction;
+        EXPECT_EQ(c.after, lookWithoutTimes(ac)) << c.direction;
+        EXPECT_EQ(c.commands, commands()) << c.direction;
     }
-}
-
-TEST_F(AtTheStand, aStraightPushBackLeavesTailFirstAndKeepsItsNose)
-{
+    SetUp();
     LiveAc& ac = leaving(270);
-    ASSERT_TRUE(drive(ac, 20'000, [&] { return ac.st == StState::PushedBack; }));
-    // 2.5 radii of the stand, 20 m each.
-    EXPECT_NEAR(-50, east(ac), 1.5);
-    EXPECT_NEAR(0, north(ac), 0.1);
-    EXPECT_NEAR(90, ac.hdg * kDegPerRad, 0.1);
-    EXPECT_TRUE(sent(ENGINE_AUTO_START, 0));
+    parkApf.stands.clear();
+    nextPos(ac);
+    EXPECT_EQ(StState::Taxi, ac.st) << "its stand is gone";
 }
 
-TEST_F(AtTheStand, aTurnedPushBackEndsToTheSideThatWasReported)
+TEST_F(GroundMotion, aPushBackLeavesTailFirstAndTurnsAsReported)
 {
-    for (const bool right : {true, false}) {
+    // The nose turns right when the tail goes left of its way: north of a stand that faces east.
+    const struct {
+        bool known, right;
+        double north, headingDeg;
+    } cases[] = {{false, false, 0, 90}, {true, true, 17, 180}, {true, false, -17, 0}};
+    for (const auto& c : cases) {
         SetUp();
         LiveAc& ac = leaving(270);
         bool backwards = true;
         ASSERT_TRUE(drive(ac, 20'000, [&] {
-            ac.pushTurnKnown = ac.pushStage == 2 || ac.pushTurnKnown;
-            ac.pushTurnRight = right;
-            backwards = backwards && (ac.st != StState::PushingBack || ac.speedOut <= 0);
+            ac.pushTurnKnown = (c.known && ac.pushStage == kPushStraight) || ac.pushTurnKnown;
+            ac.pushTurnRight = c.right;
+            backwards = backwards && (ac.st != StState::PushingBack || ac.speedOut == -4);
             return ac.st == StState::PushedBack;
         }));
         EXPECT_TRUE(backwards);
-        // The nose turns right when the tail goes left of its way: north of a stand that faces east.
-        EXPECT_NEAR(right ? 17 : -17, north(ac), 1) << right;
-        EXPECT_NEAR(right ? 180 : 0, right ? ac.hdg * kDegPerRad : std::remainder(ac.hdg * kDegPerRad, 360),
-                    15);
+        EXPECT_NEAR(-50, east(ac), 1.5);
+        EXPECT_NEAR(c.north, north(ac), 1);
+        EXPECT_NEAR(0, std::remainder(c.headingDeg - hdgDeg(ac), 360), c.known ? 15 : 0.1);
+        EXPECT_EQ("lights=1101010 throttle=0 start=0 flaps=3072", commands());
     }
 }
 
-TEST_F(AtTheStand, aPullOutGoesAheadByTwoHalfSpans)
+TEST_F(GroundMotion, itDrivesOntoTheStandAndParks)
 {
-    LiveAc& ac = leaving(90);
-    nextPos(ac);
-    ASSERT_EQ(1U, ac.stream.size());
-    EXPECT_NEAR(2 * 17.05, distNm({47, 8}, gf_placeOf(ac.stream[0])) * kMetresPerNm, 0.2);
-    EXPECT_FALSE(ac.pullOutPending);
-}
-
-TEST_F(AtTheStand, withoutItsStandItStaysWhereItIs)
-{
-    LiveAc& ac = leaving(270);
-    parkApf.stands.clear();
-    nextPos(ac);
-    EXPECT_EQ(StState::Taxi, ac.st);
-    EXPECT_NE(StState::PushingBack, ac.st);
-}
-
-class Arrival : public GroundMotion
-{
-protected:
-    // Comes to rest `metres` short of the stand A1, nose east.
-    static LiveAc& arriving(double metres)
-    {
-        gf_addStand("A1", 0, 0, 90);
-        LiveAc& ac = taxiing({{-metres - 30, 0, 5}, {-metres, 0, 4}, {-metres, 0, 0}});
-        ac.stream[2].stationary = true;
-        ac.landed = true;
-        return ac;
-    }
-};
-
-TEST_F(Arrival, itDrivesOntoTheStandAndParks)
-{
-    LiveAc& ac = arriving(12);
-    ASSERT_TRUE(drive(ac, 20'000, [&] { return ac.st == StState::Parked; }));
-    EXPECT_NEAR(0, east(ac), 0.05);
-    EXPECT_NEAR(0, north(ac), 0.05);
-    EXPECT_NEAR(90, ac.hdg * kDegPerRad, 0.6);
+    LiveAc& ac = arriving();
+    ASSERT_TRUE(driveUntil(ac, StState::Parked));
+    EXPECT_NEAR(0, std::hypot(east(ac), north(ac)), 0.05);
+    EXPECT_NEAR(90, hdgDeg(ac), 0.6);
     EXPECT_EQ(1U, ac.standId);
-    EXPECT_TRUE(sent(ENGINE_AUTO_SHUTDOWN, 0));
+    EXPECT_TRUE(commands().starts_with("throttle=0 flaps=0 shutdown=0 lights="));
     EXPECT_EQ(1, std::ranges::count(standChangeList, 20001U));
+    LiveAc& second = add("parking: 0s", 20002, "DLH1");
+    gf_takeStand(second, parkApf.stands[0]);
+    arrivedAtStand(second);
+    EXPECT_TRUE(goes(liveAcs[1]) && !goes(liveAcs[0])) << "of two that arrive the second goes";
 }
 
-TEST_F(Arrival, whereItDoesNotPark)
+TEST_F(GroundMotion, whereItParks)
 {
-    const struct {
-        const char* what;
-        std::function<void(LiveAc&)> spoil;
-        bool parks;
-    } cases[] = {{"nothing speaks against it", [](LiveAc&) {}, true},
-                 {"the reserved stand", [](LiveAc&) { reservedStand = "A1"; }, false},
-                 {"where the user stands",
-                  [](LiveAc&) {
-                      userNow.lat = 47;
-                      userNow.lon = 8;
-                  },
-                  false},
-                 {"just out of a stand", [](LiveAc& ac) { ac.prevSt = StState::Parked; }, false},
-                 {"just pushed back", [](LiveAc& ac) { ac.prevSt = StState::PushedBack; }, false},
-                 {"the same, but towed",
-                  [](LiveAc& ac) {
-                      ac.prevSt = StState::Parked;
-                      ac.towed = true;
-                  },
-                  true},
-                 {"looked there before",
-                  [](LiveAc& ac) {
-                      ac.lastParkLat = ac.stream.back().lat;
-                      ac.lastParkLon = ac.stream.back().lon;
-                  },
-                  false},
-                 {"still fast", [](LiveAc& ac) { ac.stream[1].speed = 5.1; }, false},
-                 {"no airport", [](LiveAc&) { parkAirport.reset(); }, false}};
+    // clang-format off
+    const struct { const char* what; void (*spoil)(LiveAc&); bool parks; } cases[] = {
+        {"nothing speaks against it", [](LiveAc&) {}, true},
+        {"the reserved stand",    [](LiveAc&) { reservedStand = "A1"; }, false},
+        {"where the user stands", [](LiveAc&) { userNow.lat = 47; userNow.lon = 8; }, false},
+        {"just out of a stand",   [](LiveAc& ac) { ac.prevSt = StState::Parked; }, false},
+        {"just pushed back",      [](LiveAc& ac) { ac.prevSt = StState::PushedBack; }, false},
+        {"the same, but towed",   [](LiveAc& ac) { ac.prevSt = StState::Parked; ac.towed = true; }, true},
+        {"looked there before",   [](LiveAc& ac) { ac.lastParkLat = ac.stream[2].lat; ac.lastParkLon = ac.stream[2].lon; }, false},
+        {"looked beside it",      [](LiveAc& ac) { ac.lastParkLat = ac.stream[2].lat; }, true},
+        {"still fast",            [](LiveAc& ac) { ac.stream[1].speed = 5.1; }, false},
+        {"still far",             [](LiveAc& ac) { ac.lon = gf_groundSample(-48, 0, 0, 0).lon; }, false},
+        {"no airport",            [](LiveAc&) { parkAirport.reset(); }, false},
+    };
+    // clang-format on
     for (const auto& c : cases) {
         SetUp();
-        LiveAc& ac = arriving(12);
+        LiveAc& ac = arriving();
         c.spoil(ac);
         nextPos(ac);
         EXPECT_EQ(c.parks, ac.st == StState::Parking) << c.what;
     }
 }
 
-TEST_F(Arrival, whoIsThereBeforeItMakesWay)
-{
-    arriving(12);
-    LiveAc& there = gf_addOnGround(20002, "DLH1", StState::Parked);
-    there.standId = 1;
-    nextPos(liveAcs[0]);
-    EXPECT_EQ(StState::Parking, liveAcs[0].st);
-    EXPECT_EQ(FsState::RemovingFromSim, liveAcs[1].fs);
-}
-
-TEST_F(Arrival, neighboursThatWouldTouchMakeWayAndOthersStay)
+TEST_F(GroundMotion, whoIsAtTheStandOrWouldTouchFromTheNextMakesWay)
 {
     // Two half spans of 17.05 m and a tenth are 37.5 m.
-    for (const double apart : {37.0, 38.0}) {
+    for (const double apart : {0.0, 37.0, 38.0}) {
         SetUp();
-        arriving(12);
+        arriving();
         gf_addStand("A2", 0, apart, 90);
         parkApf.stands[0].neighbours = {2};
-        LiveAc& beside = gf_addOnGround(20002, "DLH1", StState::Parked);
-        beside.standId = 2;
-        StaticAc parked;
-        parked.standId = 2;
-        parked.radius = beside.radius;
-        parked.objectid = 77;
-        parked.fs = FsState::Active;
-        staticAcs.push_back(parked);
+        const uint32_t standId = apart == 0 ? 1 : 2;
+        add("parked: 0s", 20002, "DLH1").standId = standId;
+        addStatic(standId);
         nextPos(liveAcs[0]);
-        EXPECT_EQ(apart < 37.5, liveAcs[1].fs == FsState::RemovingFromSim) << apart;
-        EXPECT_EQ(apart < 37.5, staticAcs[0].fs == FsState::RemovingFromSim) << apart;
+        EXPECT_EQ(StState::Parking, liveAcs[0].st);
+        EXPECT_EQ(apart < 37.5, goes(liveAcs[1])) << apart;
+        EXPECT_EQ(apart < 37.5, goes(staticAcs[0])) << apart;
     }
-}
-
-TEST_F(Arrival, aStaticAircraftWhoseCreationWaitsIsTakenBack)
-{
-    LiveAc& ac = arriving(12);
-    StaticAc parked;
-    parked.standId = 1;
-    parked.hexid = 5;
-    parked.callsign = "DLH9*";
-    parked.fs = FsState::Adding2Sim;
-    staticAcs.push_back(parked);
-    CreateRequest request;
-    request.hexid = 5;
-    request.tailNumber = "DLH9*";
-    staticCreateQueue.push_back(request);
+    SetUp();
+    LiveAc& ac = arriving();
+    addStatic(1).fs = FsState::Adding2Sim;
+    staticCreateQueue.emplace_back().tailNumber = "DLH9*";
+    staticCreateQueue.back().hexid = 5;
     nextPos(ac);
-    EXPECT_TRUE(staticCreateQueue.empty());
+    EXPECT_TRUE(staticCreateQueue.empty()) << "a creation that waits is taken back";
     gf_updateLiveAcs();
     EXPECT_TRUE(staticAcs.empty()) << "its record goes within the tick";
 }
 
-TEST_F(Arrival, ofTwoThatArriveTheSecondGoes)
-{
-    LiveAc& ac = arriving(12);
-    ASSERT_TRUE(drive(ac, 20'000, [&] { return ac.st == StState::Parked; }));
-    LiveAc& second = gf_addOnGround(20002, "DLH1", StState::Parking);
-    gf_takeStand(second, parkApf.stands[0]);
-    arrivedAtStand(second);
-    EXPECT_EQ(FsState::RemovingFromSim, liveAcs[1].fs);
-    EXPECT_EQ(FsState::Active, liveAcs[0].fs);
-}
-
-TEST_F(Arrival, awayFromItsStandItTaxiesOn)
+TEST_F(GroundMotion, awayFromItsStandItTaxiesOn)
 {
     for (const double metres : {1.9, 2.1}) {
         SetUp();
         ParkPos& stand = gf_addStand("A1", metres, 0, 90);
-        LiveAc& ac = gf_addOnGround(20001, "BAW3AK", StState::Parking);
+        LiveAc& ac = add("parking: 0s");
         gf_takeStand(ac, stand);
         arrivedAtStand(ac);
         EXPECT_EQ(metres < 2 ? StState::Parked : StState::Taxi, ac.st) << metres;
     }
 }
 
-TEST_F(Arrival, oneTooManyAndTheLongestParkedGoes)
+TEST_F(GroundMotion, oneTooManyAndTheLongestParkedAndTheOldestStaticGo)
 {
-    maxPark = 2;
+    // The half hour is Monday's fourth: the static one of Sunday's 30th came before that of Sunday's 40th.
+    for (const int32_t limit : {0, 2, 3}) {
+        SetUp();
+        maxPark = limit;
+        hourNow = {1, 4};
+        for (uint32_t i = 0; i < 3; ++i) {
+            add("parked: 0s", 20001 + i, "DLH").parkedSince = tick - static_cast<int32_t>(i % 2 * 1000 + i);
+        }
+        for (const HourStamp stamp : {HourStamp{7, 40}, HourStamp{1, 2}, HourStamp{7, 30}}) {
+            addStatic(0, stamp);
+        }
+        maxParkCheck(0);
+        const auto gone = [](const auto& ac) { return goes(ac) ? 'x' : '-'; };
+        std::string who;
+        std::ranges::transform(liveAcs, std::back_inserter(who), gone);
+        std::ranges::transform(staticAcs, std::back_inserter(who), gone);
+        EXPECT_EQ(limit == 0 ? "-----x" : limit == 2 ? "-x---x" : "-----x", who) << limit;
+    }
+    SetUp();
     for (uint32_t i = 0; i < 3; ++i) {
-        LiveAc& ac = gf_addOnGround(20001 + i, "DLH", StState::Parked);
-        ac.parkedSince = tick - static_cast<int32_t>(i % 2 * 1000 + i);
+        add("parked: 0s", 20001 + i, "DLH").parkedSince = static_cast<int32_t>(i);
     }
-    maxParkCheck(0);
-    const auto gone = std::ranges::find(liveAcs, FsState::RemovingFromSim, &LiveAc::fs);
-    ASSERT_NE(liveAcs.end(), gone);
-    EXPECT_EQ(20002U, gone->hexid);
-    EXPECT_EQ(1, std::ranges::count(liveAcs, FsState::RemovingFromSim, &LiveAc::fs));
-    maxPark = 0;
-    maxParkCheck(0);
-    EXPECT_EQ(1, std::ranges::count(liveAcs, FsState::RemovingFromSim, &LiveAc::fs));
+    removeOldestParked(2);
+    EXPECT_TRUE(goes(liveAcs[0]) && goes(liveAcs[1]) && !goes(liveAcs[2])) << "fewer are wanted";
 }
 
-TEST_F(Arrival, theStaticOfTheOldestHalfHourMakesRoomAcrossTheWeeksEnd)
-{
-    maxPark = 2;
-    hourNow = {1, 4};
-    for (const HourStamp stamp : {HourStamp{7, 40}, HourStamp{1, 2}, HourStamp{7, 30}}) {
-        StaticAc parked;
-        parked.stamp = stamp;
-        parked.objectid = 50 + static_cast<uint32_t>(staticAcs.size());
-        parked.fs = FsState::Active;
-        staticAcs.push_back(parked);
-    }
-    maxParkCheck(0);
-    EXPECT_EQ(FsState::RemovingFromSim, staticAcs[2].fs);
-}
-
-TEST_F(Arrival, theRoundOfTheParkedSendsAwayWhoStayedTooLong)
+TEST_F(GroundMotion, theRoundOfTheParkedSendsAwayWhoStayedTooLong)
 {
     const struct {
-        AcCategory category;
+        const char* scene;
         int32_t minutes;
-        bool reports, stays;
-    } cases[] = {{AcCategory::Large, 90, false, true},
-                 {AcCategory::Large, 91, false, false},
-                 {AcCategory::Large, 200, true, true},
-                 {AcCategory::Heavy, 180, false, true},
-                 {AcCategory::Heavy, 181, false, false}};
+        bool reports;
+        int32_t told;  // minutes, -1: it goes
+    } cases[] = {{"parked: 0s", 90, false, 90},
+                 {"parked: 0s", 91, false, -1},
+                 {"parked: 0s", 200, true, 0},
+                 {"parked Heavy: 0s", 180, false, 180},
+                 {"parked Heavy: 0s", 181, false, -1}};
     for (const auto& c : cases) {
         SetUp();
         tick = 2'000'000;
-        LiveAc& ac = gf_addOnGround(20001, "BAW3AK", StState::Parked);
-        ac.category = c.category;
+        LiveAc& ac = add(c.scene);
         ac.liveAtStand = c.reports;
-        ac.parkedSince = tick - c.minutes * 6000;
+        ac.parkedSince = tick - c.minutes * kTicksPerMinute;
         const auto stays = oldParkedRound();
-        EXPECT_EQ(c.stays ? 1U : 0U, stays.size()) << c.minutes;
-        EXPECT_EQ(c.stays, ac.fs == FsState::Active) << c.minutes;
-        if (c.stays) {
-            EXPECT_EQ(c.reports ? 0 : c.minutes, stays[0].minutes);
-        }
+        EXPECT_EQ(c.told < 0, goes(ac)) << c.scene << c.minutes;
+        EXPECT_EQ(c.told, stays.empty() ? -1 : stays[0].minutes) << c.scene << c.minutes;
     }
 }
 
-class Runway : public GroundMotion
+TEST_F(GroundMotion, whenTheNoseComesUp)
 {
-};
-
-TEST_F(Runway, whenTheNoseComesUp)
-{
-    const struct {
-        const char* what;
-        double front, vs;
-        bool airborne;
-        double ahead;
-        bool rotates;
-    } cases[] = {{"all ahead climb", 130, 800, true, 150, true},
-                 {"climbing, told on the ground", 130, 800, false, 150, true},
-                 {"too slow yet", 42, 800, true, 150, false},
-                 {"no climb told, but fast and airborne", 130, 0, true, 140, true},
-                 {"the same, a knot too slow", 130, 0, true, 139, false},
-                 {"fast on the ground", 130, 0, false, 160, false},
-                 {"a climb of exactly 256", 130, 256, false, 150, false}};
+    // The leg takes 500 ticks; without a height told it climbs as its category can.
+    // clang-format off
+    const struct { const char *what, *scene; double climb; } cases[] = {  // feet a tick, 0: it rolls on
+        {"all ahead climb",                     "taxi runs: 0@130 400^100v800@150 800^100v800@150", 0.2},
+        {"one ahead doesn't",                   "taxi runs: 0@130 400^100v800@150 800^100v200@130", 0},
+        {"climbing, told on the ground",        "taxi runs: 0@130 400v800@150 800v800@150", 0.6},
+        {"it is too slow yet",                  "taxi runs: 0@42 400^100v800@150 800^100v800@150", 0},
+        {"no climb told, fast in the air",      "taxi runs: 0@130 400^100@140 800^100@140", 0.6},
+        {"the same, a knot too slow",           "taxi runs: 0@130 400^100@140 800^100@139", 0},
+        {"fast on the ground",                  "taxi runs: 0@130 400@160 800@160", 0},
+        {"a climb of exactly 256",              "taxi runs: 0@130 400v256@150 800v256@150", 0},
+        {"no run",                              "taxi: 0@130 400^100v800@150 800^100v800@150", 0},
+        {"a light one is off the ground at 90", "taxi runs Light: 0@80 400^100@90 800^100@90", 0.5},
+    };
+    // clang-format on
     for (const auto& c : cases) {
         SetUp();
-        LiveAc& ac = taxiing({{0, 0, c.front}, {400, 0, c.ahead}, {800, 0, c.ahead}});
-        ac.takeOff = true;
-        for (size_t i = 1; i < 3; ++i) {
-            ac.stream[i].vs = c.vs;
-            ac.stream[i].airborne = c.airborne;
-            ac.stream[i].altitude = c.airborne ? 100 : 0;
-        }
+        LiveAc& ac = add(c.scene);
         gf_judgeRotation(ac, 500);
-        EXPECT_EQ(c.rotates, ac.st == StState::TakeOff) << c.what;
-        EXPECT_EQ(c.rotates ? ac.rotateTicks : 1, ac.phaseTicks) << c.what;
+        EXPECT_EQ(c.climb > 0, ac.st == StState::TakeOff) << c.what;
+        EXPECT_EQ(c.climb > 0 ? ac.rotateTicks : 1, ac.phaseTicks) << c.what;
+        EXPECT_NEAR(c.climb, ac.altRate, 1e-9) << c.what;
     }
 }
 
-TEST_F(Runway, theThrottleFollowsTheRun)
+TEST_F(GroundMotion, whatIsCommandedOnTheRunway)
 {
-    const struct {
-        double front, next;
-        uint32_t value;
-    } cases[] = {{10, 19, 0},    {15, 10, 4914},  {10, 20, 4914}, {20, 10, 8191},
-                 {10, 25, 8191}, {25, 10, 16383}, {10, 30, 16383}};
+    // The landing was to the east; the nose is so many degrees off it.
+    // clang-format off
+    const struct { const char* scene; double offDeg; const char *flags, *commands; } cases[] = {
+        {"taxi runs: 0@10 40@19",              0,     "runs",  "throttle=0"},
+        {"taxi runs: 0@15 40@10",              0,     "runs",  "throttle=4914"},
+        {"taxi runs: 0@10 40@20",              0,     "runs",  "throttle=4914"},
+        {"taxi runs: 0@20 40@10",              0,     "runs",  "throttle=8191"},
+        {"taxi runs: 0@10 40@25",              0,     "runs",  "throttle=8191"},
+        {"taxi runs: 0@25 40@10",              0,     "runs",  "throttle=16383"},
+        {"taxi runs: 0@10 40@30",              0,     "runs",  "throttle=16383"},
+        {"taxi runs Rotorcraft: 0@10 40@19",   0,     "runs",  "throttle=16383"},
+        {"taxi: 0@10 40@10",                   0,     "",      "throttle=0"},
+        {"taxi rolls: 0@91 100@91",            14.99, "rolls", ""},
+        {"taxi rolls: 0@90 100@90",            14.99, "rolls", "spoilers=0 flaps=3072"},
+        {"taxi rolls: 0@91 100@91",            15.01, "",      "flaps=0 throttle=0 spoilers=0 lights=1101011"},
+        {"taxi rolls Rotorcraft: 0@91 100@91", 15.01, "",      "throttle=16383 lights=1101011"},
+    };
+    // clang-format on
     for (const auto& c : cases) {
         SetUp();
-        LiveAc& ac = taxiing({{0, 0, c.front}, {40, 0, c.next}});
-        ac.takeOff = true;
-        nextPos(ac);
-        EXPECT_TRUE(sent(THROTTLE_SET, c.value)) << c.front << ' ' << c.next;
-    }
-}
-
-TEST_F(Runway, theLandingRollEndsWhenItTurnsOff)
-{
-    const struct {
-        const char* what;
-        double offDeg, speed;
-        bool over, brakesOff;
-    } cases[] = {{"fast on the runway", 14.99, 91, false, false},
-                 {"slow on the runway", 14.99, 90, false, true},
-                 {"turned off", 15.01, 91, true, true}};
-    for (const auto& c : cases) {
-        SetUp();
-        LiveAc& ac = taxiing({{0, 0, c.speed}, {100, 0, c.speed}});
-        ac.landingRoll = true;
+        LiveAc& ac = add(c.scene);
         ac.landingHdg = ac.hdg - c.offDeg * kRadPerDeg;
+        ac.lagLimit = 3000;
         nextPos(ac);
-        EXPECT_EQ(!c.over, ac.landingRoll) << c.what;
-        EXPECT_EQ(c.brakesOff, sent(SPOILERS_SET, 0)) << c.what;
-        EXPECT_EQ(c.over, sent(STROBES_SET, 0)) << c.what;
+        EXPECT_EQ(c.commands, commands()) << c.scene;
+        EXPECT_EQ(std::string("taxi") + (*c.flags != 0 ? " " : "") + c.flags,
+                  look(ac).substr(0, look(ac).find(':')))
+            << c.scene;
+        EXPECT_EQ(*c.flags != 0 ? 3000 : 2900, ac.lagLimit) << c.scene;
     }
 }
 
-TEST_F(Runway, aTouchAndGoRotatesOutOfTheRoll)
+TEST_F(GroundMotion, aTouchAndGoRotatesOutOfTheRoll)
 {
-    LiveAc& ac = taxiing({{0, 0, 130}, {400, 0, 140}});
-    ac.landingRoll = true;
-    ac.landed = true;
+    LiveAc& ac = add("taxi rolls landed lands: 0@130 400@140");
     rotationStart(ac);
-    EXPECT_EQ(StState::TakeOff, ac.st);
-    EXPECT_TRUE(ac.takeOff);
-    EXPECT_FALSE(ac.landingRoll || ac.landed);
-    EXPECT_TRUE(sent(THROTTLE_SET, 16383));
-}
-
-TEST_F(Runway, aHelicopterGetsNeitherFlapsNorSpoilersNorGear)
-{
-    LiveAc& ac = taxiing({{0, 0, 30}, {100, 0, 50}});
-    ac.category = AcCategory::Rotorcraft;
-    takeOffStart(ac);
-    nextPos(ac);
-    rotationStart(ac);
-    for (const QueuedEvent& e : eventQueue) {
-        EXPECT_TRUE(e.event != FLAPS_SET && e.event != SPOILERS_SET && e.event != GEAR_SET);
-        EXPECT_TRUE(e.event != THROTTLE_SET || e.value == 16383);
-    }
+    EXPECT_TRUE(look(ac).starts_with("take_off runs: ")) << look(ac);
+    EXPECT_EQ("throttle=0 spoilers=0 flaps=3072 lights=1111110 throttle=16383 spoilers=16383", commands());
+    EXPECT_EQ(5000, ac.leadLimit);
+    LiveAc& broken = add("taxi rolls landed: 0@130 400@140");
+    gf_rejectLanding(broken);
+    EXPECT_TRUE(look(broken).starts_with("taxi runs rolls: ")) << look(broken);
+    EXPECT_EQ("throttle=11468 spoilers=16383 flaps=3072 lights=1111110", commands());
+    LiveAc& helicopter = add("taxi rolls Rotorcraft: 0@30 100@50");
+    rotationStart(helicopter);
+    EXPECT_EQ("throttle=16383 lights=1111110", commands()) << "neither flaps nor spoilers nor gear";
 }
 
 }  // namespace vlt

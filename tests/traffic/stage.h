@@ -148,6 +148,13 @@ protected:
         text += ac.fs == FsState::RemovingFromSim ? " goes" : "";
         return text + ": " + textOf(ac.stream);
     }
+    static std::string lookWithoutTimes(LiveAc ac)
+    {
+        for (int32_t time = 0; PosSample & s : ac.stream) {
+            s.time = time += 500;
+        }
+        return look(ac);
+    }
 
     // What was commanded since the last call: "throttle=4914 gear=1 lights=1111010", the lights in the order
     // of nav, beacon, landing, taxi, strobes, logo, cabin.
