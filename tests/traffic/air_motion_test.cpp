@@ -1,59 +1,19 @@
+// Legs in the air, the configuration on the way, rotation, flare and touchdown.
 #include "traffic/air_motion.h"
-#include "traffic/legs.h"
-#include "traffic/stream_end.h"
 
-#include "core/base/random.h"
-#include "sim/requests.h"
-#include "sim/wire/ids.h"
-#include "support/aircraft.h"
-#include "support/fresh_run.h"
 #include "traffic/air_config.h"
-#include "traffic/geodesy.h"
 #include "traffic/leg_time.h"
-#include "traffic/performance.h"
+#include "traffic/legs.h"
+#include "traffic/stage.h"
 #include "traffic/step_motion.h"
-#include "traffic/stream.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <map>
-#include <numbers>
-#include <utility>
-#include <vector>
 
 namespace vlt {
 
-constexpr double kDeg = std::numbers::pi / 180;
+constexpr double kDeg = kRadPerDeg;
 
-class AirMotionTest : public ::testing::Test
+class AirMotion : public Stage
 {
 protected:
-    void SetUp() override
-    {
-        gf_freshRun();
-        tick = 10000;
-    }
-    void TearDown() override
-    {
-        SetUp();
-    }
-
-    static std::vector<std::pair<uint32_t, uint32_t>> events()
-    {
-        std::vector<std::pair<uint32_t, uint32_t>> list;
-        for (const QueuedEvent& e : eventQueue) {
-            list.emplace_back(e.event, e.value);
-        }
-        eventQueue.clear();
-        return list;
-    }
-    static bool sent(uint32_t event, uint32_t value)
-    {
-        const auto list = events();
-        return std::ranges::find(list, std::pair{event, value}) != list.end();
-    }
     static void fly(LiveAc& ac, int ticks)
     {
         for (int i = 0; i < ticks; ++i) {
@@ -61,89 +21,149 @@ protected:
             ++tick;
         }
     }
-    // An aircraft on approach to an airport at 1000 ft below its place.
-    static LiveAc& addApproaching(double agl)
+    // The park airport lies at 1000 ft; `agl` is told by the simulator, whatever the altitude.
+    static LiveAc& addAt(const std::string& scene, double agl)
     {
         parkAirport = ParkAirportPlace{47, 8, 1000};
-        LiveAc& ac = gf_addFlying(20001, "BAW3AK");
-        ac.approach = true;
+        LiveAc& ac = add(scene);
         ac.agl = agl;
-        ac.alt = 1000 + agl;
-        ac.staticCg = 10;
-        for (PosSample& s : ac.stream) {
-            s.altitude = 1000 + agl;
-        }
         return ac;
     }
 };
 
-TEST_F(AirMotionTest, aLegEndsAtItsSampleInItsTime)
+// Random roads of every category: what it does in a tick stays within its powers, and each leg ends at its
+// sample.
+TEST_F(AirMotion, aRoadInTheAirIsFlownWithinTheCategorysPowers)
 {
-    for (const double shift : {0.0, 171.99}) {  // the second goes over the date line
-        liveAcs.clear();
-        LiveAc& ac = gf_addFlying(20001, "BAW3AK");
-        PosSample& target = ac.stream[1];
-        ac.lon = ac.stream[0].lon = ac.stream[0].lon + shift;
-        target.lon = std::remainder(target.lon + shift, 360.0);
-        const LatLon end{target.lat, target.lon};
-        ac.lat += 0.001;  // an error of the leg before
-        nextPosMain(ac);
-        ASSERT_EQ(1U, ac.stream.size());
-        EXPECT_LT(std::abs(ac.dLon), 1e-4) << "the short way";
-        const int32_t ticks = ac.stream[0].time - tick;
-        EXPECT_NEAR(1000, ticks, 2) << "its speed and distance give ten seconds";
-        fly(ac, ticks);
-        EXPECT_NEAR(end.lat, ac.lat, 1e-9);
-        EXPECT_NEAR(end.lon, ac.lon, 1e-9);
+    // Feet a tick; degrees, and degrees a second.
+    // clang-format off
+    const struct { const char* category; double climb, bank, bankRate, pitchRate; } limits[] = {
+        {"Light", 0.5, 40, 3.5, 1.0},  {"Buzjets", 0.75, 35, 2.75, 0.85}, {"Large", 0.6, 30, 2.0, 0.75},
+        {"Heavy", 0.5, 20, 1.5, 0.5},  {"HighPerf", 1.0, 90, 10, 3.0},    {"Rotorcraft", 0.75, 75, 6, 3.0}};
+    // clang-format on
+    for (int seed = 0; seed < 60; ++seed) {
+        SetUp();
+        const auto& limit = limits[seed % 6];
+        SCOPED_TRACE(format("{} {}", limit.category, seed));
+        std::mt19937 random(static_cast<uint32_t>(seed));
+        const auto upTo = [&random](int most) { return static_cast<int>(random() % (most + 1)); };
+        double way = std::numbers::pi / 2;
+        LatLon at{};
+        std::string scene = format("flying {}: 0^5000v{}@200", limit.category, upTo(4000) - 2000);
+        for (int i = 0; i < 10; ++i) {
+            const int metres = 500 + upTo(2000);
+            way += (upTo(180) - 90) * kDeg;
+            at = {at.lat + metres * std::cos(way), at.lon + metres * std::sin(way)};
+            scene += format(" {},{}^{}v{}@{}+{}", std::lround(at.lon), std::lround(at.lat), 3000 + upTo(4000),
+                            upTo(6000) - 3000, 150 + upTo(150), 1 + upTo(20));
+        }
+        LiveAc& ac = add(scene);
+        ac.agl = seed % 12 < 6 ? 2500 : 900;
+        ac.bank = (upTo(20) - 10) * kDeg;
+        if (seed % 2 == 0) {  // over the date line
+            for (PosSample& s : ac.stream) {
+                s.lon = std::remainder(s.lon + 171.99, 360.0);
+            }
+            ac.lon = ac.stream[0].lon;
+        }
+        while (ac.stream.size() > 1 && !HasFailure()) {
+            nextPosMain(ac);
+            const PosSample& end = ac.stream.front();
+            const int32_t ticks = std::max(end.time - tick, kShortestLeg);
+            EXPECT_LT(std::abs(ac.dLon), 1e-3) << "the short way";
+            for (int i = 0; i < ticks; ++i, ++tick) {
+                const LiveAc before = ac;
+                stepMotion(ac);
+                const double climb = ac.alt - before.alt;
+                EXPECT_LE(climb, limit.climb + 1e-9);
+                EXPECT_TRUE(ac.agl > 1000 || climb >= 0.2 - 1e-9) << "near the ground it climbs";
+                EXPECT_LE(std::abs(ac.bank), limit.bank * kDeg + 1e-9);
+                EXPECT_LE(std::abs(ac.bank - before.bank), limit.bankRate / 100 * kDeg + 1e-9);
+                EXPECT_LE(std::abs(ac.pitch - before.pitch), limit.pitchRate / 100 * kDeg + 1e-9);
+            }
+            EXPECT_NEAR(0, distNm(gf_placeOf(end), gf_placeOf(ac)) * kMetresPerNm, 0.1);
+            const bool canClimb = ac.agl > 1000 && (end.altitude - ac.alt) / ticks <= 0;
+            EXPECT_TRUE(!canClimb || std::abs(end.altitude - ac.alt) < 1) << "down as reported";
+            if (ac.stream.size() > 1 && ac.agl < 1000) {
+                const double next = bearing(gf_placeOf(end), gf_placeOf(ac.stream[1]));
+                EXPECT_NEAR(0, angleDiff(next, ac.hdg), 0.01) << "its nose where it goes on";
+            }
+        }
     }
 }
 
-TEST_F(AirMotionTest, arrivalTimesStayNearTheirReports)
+TEST_F(AirMotion, arrivalTimesStayNearTheirReports)
 {
-    // The leg is 0.8333 nm; what its speed gives is 30000 ticks per knot-hundredth.
-    const struct {
-        const char* what;
-        double frontSpeed, nextSpeed;
-        int32_t reportedAfter;  // ticks from now
-        int32_t extendCount;
-        int32_t expectedAfter;
-    } cases[] = {
-        {"as reported", 300, 300, 1000, 0, 1000},
-        {"faster, but not by more than ten seconds", 300, 300, 2500, 0, 1500},
-        {"slower, but not by more than ten seconds", 100, 100, 1000, 0, 2000},
-        {"invented samples have no clock", 100, 100, 1000, 1, 3000},
-        {"never before now", 300, 300, -5000, 0, 0},
-        {"no speed at all: as the times tell", 0, 0, 2000, 0, 2000},
-        {"the mean of both", 200, 400, 1000, 0, 1000},
+    // The leg of 1543.3 m is 0.8333 nm: 3000 s at a knot.
+    // clang-format off
+    const struct { const char *what, *scene; double after; } cases[] = {  // seconds
+        {"as reported",                          "flying: 0^9@300 1543.3^9@300+10", 10},
+        {"faster, but not by more than ten seconds", "flying: 0^9@300 1543.3^9@300+25", 15},
+        {"slower, but not by more than ten seconds", "flying: 0^9@100 1543.3^9@100+10", 20},
+        {"invented samples have no clock",       "flying extended: 0^9@100 1543.3^9@100+10", 30},
+        {"never before now",                     "flying: 0^9@300 1543.3^9@300+-50", 0},
+        {"no speed at all: as the times tell",   "flying: 0^9@0 1543.3^9@0+20",  20},
+        {"the mean of both",                     "flying: 0^9@200 1543.3^9@400+10", 10},
+        {"onto the runway: by the first",        "flying lands: 0^9@150 1543.3@450+20", 20},
+        {"nonsense",                             "flying: 0^9@-10000000 1543.3^9@-10000000+10", 10},
+        {"a crawl: the clock's end isn't reached", "flying extended: 0^9@0.000001 -7700000^9@0.000001+10", 2e7 - 1000},
     };
+    // clang-format on
     for (const auto& c : cases) {
-        liveAcs.clear();
-        LiveAc& ac = gf_addFlying(20001, "BAW3AK");
-        ac.stream[0].speed = c.frontSpeed;
-        ac.stream[0].time = tick;
-        ac.stream[1].speed = c.nextSpeed;
-        ac.stream[1].time = tick + c.reportedAfter;
-        ac.extendCount = c.extendCount;
-        gf_setArrivalTime(ac);
-        EXPECT_NEAR(c.expectedAfter, ac.stream[1].time - tick, 2) << c.what;
+        SetUp();
+        LiveAc& ac = add(c.scene);
+        nextPosAir(ac);
+        EXPECT_NEAR(c.after, (ac.stream[1].time - tick) / 100.0, 0.02) << c.what;
     }
 }
 
-TEST_F(AirMotionTest, hostileNumbersNeverLeaveTheClock)
+TEST_F(AirMotion, climbsAndSinksAsItsPlaceAllows)
 {
-    for (const double speed : {-1e7, 1e-9, 1e7}) {
-        LiveAc& ac = gf_addFlying(20001, "BAW3AK");
-        ac.stream[0].speed = speed;
-        ac.stream[1].speed = speed;
-        ac.stream[1].lon = -172;
-        nextPosMain(ac);
-        EXPECT_GE(ac.stream[0].time, tick) << speed;
-        EXPECT_TRUE(std::isfinite(ac.dLat) && std::isfinite(ac.dLon) && std::isfinite(ac.altRate)) << speed;
-        liveAcs.clear();
+    // Legs of 10 s; feet a tick are feet a second / 100. A vertical speed of 600 ft a minute is 0.1.
+    // clang-format off
+    const struct { const char *what, *scene; double agl; int32_t qnh; double expected; } cases[] = {  // feet a tick
+        {"as reported",                         "flying: 0^9000 2000^9300",     5000, 1013, 0.3},
+        {"no faster than the category",         "flying: 0^9000 2000^11000",    5000, 1013, 0.6},
+        {"descending high up",                  "flying: 0^9000 2000^7000",     5000, 1013, -2.0},
+        {"level near the ground still climbs",  "flying: 0^9000 2000^9000",     1000, 1013, 0.2},
+        {"does not sink near the ground",       "flying: 0^9000 2000^8500",     800,  1013, 0.2},
+        {"on approach it does",                 "flying lands: 0^2000v-700 2000^1500v-700", 800,  1013, -0.5},
+        {"a frozen altitude goes on down",      "flying lands: 0^2000v-700 2000^2000v-900", 800,  1013, -800. / 6000},
+        {"unless it climbs",                    "flying lands: 0^2000v60 2000^2000v60", 800,  1013, 0},
+        {"or is high",                          "flying lands: 0^2000v-700 2000^2000v-900", 1001, 1013, 0},
+        {"to the known airport",                "flying lands: 0^1500v-800 2000v-800", 500,  1013, -0.5},
+        {"high pressure: 6 ft/min for 1 hPa",   "flying lands: 0^1500v-800 2000v-800", 500,  1020, -842. / 6000},
+        {"but at least",                        "flying lands: 0^1500v-200 2000v-200", 500,  1014, -601. / 6000},
+        {"high pressure, near the ground",      "flying lands: 0^1500v-800 2000v-800", 100,  1020, -0.1},
+        {"no airport",                          "flying lands: 0^1500v-800 2000v-800", 500,  1000, -601. / 6000},
+        {"off the ground",                      "flying: 0 2000^300",           100,  1013, 0.3},
+        {"no faster than it can",               "flying: 0 2000^3000",          100,  1013, 0.6},
+        {"reports on the ground, it lands",     "flying lands: 0v-700 2000v-900", 300,  1013, -800. / 6000},
+        {"they climb, and soon are in the air", "flying: 0v50 2000v60 4000^200v90 9000^900", 300,  1013, 0.2},
+        {"they climb, but on the ground",       "flying: 0v50 2000v60 4000v700", 300,  1013, 601. / 6000},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        SetUp();
+        LiveAc& ac = addAt(c.scene, c.agl);
+        ac.onGround = false;
+        currentQnh = c.qnh;
+        if (std::string(c.what) == "no airport") {
+            parkAirport.reset();
+        }
+        const bool ground = !ac.stream[1].airborne;
+        ac.stream[1].time = tick + 1000;
+        ac.lagLimit = ac.leadLimit = 0;
+        for (size_t i = 2; i < ac.stream.size(); ++i) {
+            ac.stream[i].time = tick + 1000;
+        }
+        airSettings(ac, 1000);
+        EXPECT_NEAR(c.expected, ac.altRate, 1e-9) << c.what;
+        EXPECT_EQ(ground, commands().starts_with("gear=1")) << c.what;
     }
 }
 
-TEST_F(AirMotionTest, pitchFollowsTheVerticalSpeed)
+TEST_F(AirMotion, pitchFollowsTheVerticalSpeed)
 {
     const std::pair<double, double> cases[] = {
         {0, -3}, {2400, -11.8}, {9000, -11.8}, {-1200, -0.8}, {-4000, 2.5}};
@@ -152,211 +172,147 @@ TEST_F(AirMotionTest, pitchFollowsTheVerticalSpeed)
     }
 }
 
-TEST_F(AirMotionTest, climbsWithinItsPowers)
+TEST_F(AirMotion, banksIntoTheTurnAndTakesReportedAttitudesNearTheGround)
 {
+    // A right turn to the south; right wing down is negative. 10 s at 2 degrees a second are 20.
     const struct {
-        const char* what;
-        double agl, climb;  // feet
-        double expected;    // feet per tick, of a leg of 1000 ticks
-    } cases[] = {
-        {"as reported", 5000, 300, 0.3},
-        {"no faster than the category", 5000, 2000, 0.6},
-        {"descending high up", 5000, -2000, -2.0},
-        {"level near the ground still climbs", 1000, 0, 0.2},
-        {"does not sink near the ground", 800, -500, 0.2},
-    };
+        bool given, lands;
+        double agl, bankDeg, hdgDeg;
+    } cases[] = {{false, false, 5000, -20, 180},
+                 {true, false, 999, -5, 100},
+                 {true, false, 1000, -5, 180},
+                 {true, true, 1999, -5, 100},
+                 {true, true, 2000, -5, 180}};
     for (const auto& c : cases) {
-        liveAcs.clear();
-        LiveAc& ac = gf_addFlying(20001, "BAW3AK");
-        ac.agl = c.agl;
-        ac.stream[1].altitude = ac.alt + c.climb;
+        SetUp();
+        LiveAc& ac = addAt("flying: 0^5000@200+5 1028.9^5000@200+10 1028.9,-5000^5000@200+10", c.agl);
+        ac.approach = c.lands;
+        PosSample& next = ac.stream[1];
+        next.attitudeGiven = next.headingValid = next.rollValid = c.given;
+        next.heading = 100 * kDeg;
+        next.roll = -5 * kDeg;
         nextPosMain(ac);
-        EXPECT_NEAR(c.expected, ac.altRate, 0.005) << c.what;
+        fly(ac, ac.stream[0].time - tick);
+        EXPECT_NEAR(c.bankDeg, ac.bank / kDeg, 0.1) << c.agl;
+        EXPECT_NEAR(c.hdgDeg, ac.hdg / kDeg, 0.5) << c.agl;
     }
 }
 
-TEST_F(AirMotionTest, banksIntoTheTurnAndWithinItsCategory)
+TEST_F(AirMotion, configuresByHeightAndVerticalSpeed)
 {
-    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
-    PosSample third = ac.stream[1];
-    third.lat -= 0.05;  // a right turn to the south
-    third.time += 1000;
-    ac.stream.push_back(third);
-    nextPosMain(ac);
-    const int32_t ticks = ac.stream[0].time - tick;
-    EXPECT_NEAR(90 * kDeg / ticks, ac.hdgRate, 1e-4);
-    EXPECT_LT(ac.bankRate, 0) << "right wing down is negative";
-    fly(ac, ticks);
-    EXPECT_NEAR(-20 * kDeg, ac.bank, 0.1 * kDeg) << "ten seconds at two degrees per second";
-    EXPECT_NEAR(180 * kDeg, ac.hdg, 0.5 * kDeg);
-}
-
-TEST_F(AirMotionTest, reportedAttitudeWinsNearTheGround)
-{
-    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
-    ac.agl = 900;
-    ac.stream[1].attitudeGiven = ac.stream[1].headingValid = ac.stream[1].rollValid = true;
-    ac.stream[1].heading = 100 * kDeg;
-    ac.stream[1].roll = -5 * kDeg;
-    nextPosMain(ac);
-    fly(ac, ac.stream[0].time - tick);
-    EXPECT_NEAR(100 * kDeg, ac.hdg, 0.1 * kDeg);
-    EXPECT_NEAR(-5 * kDeg, ac.bank, 0.01 * kDeg);
-}
-
-TEST_F(AirMotionTest, configuresByHeightAndVerticalSpeed)
-{
-    constexpr int kNone = -1;  // the command isn't sent
+    // The levels of throttle and flaps before; what is in force isn't commanded again.
+    // Without lights told, those for below 10,000 ft come first.
+    // clang-format off
     const struct {
-        const char* what;
-        double altitude, agl, vs;
-        bool nearAirport;
-        uint32_t throttleLevel, flapsLevel;
-        int lights, cabin, throttle, gear, flaps;  // what is sent
+        const char *what, *scene; double agl; uint32_t throttle, flaps; const char *after, *commands;
     } cases[] = {
-        {"cruise", 35000, 2500, 0, false, 5, 4, 0, 1, 11468, 0, 0},
-        {"below 10000 ft", 9000, 2500, 0, false, 3, 0, 1, 1, kNone, 0, kNone},
-        {"descending", 9000, 2500, -250, false, 3, 0, 1, 1, 8191, 0, kNone},
-        {"initial approach", 3000, 2399, 100, false, 2, 0, 1, 1, kNone, kNone, 3072},
-        {"first flaps above 2000 ft", 3000, 2100, 0, false, 2, 1, 1, 1, kNone, kNone, kNone},
-        {"climb after take-off", 1500, 1200, 601, false, 5, 1, 1, 0, 16383, 0, 0},
-        {"level low, not ours", 1500, 1200, 600, false, 2, 1, 1, 0, kNone, kNone, kNone},
-        {"descending elsewhere", 1500, 1200, -600, false, 2, 1, 1, 0, kNone, kNone, kNone},
-        {"descending to the airport", 1500, 1200, -600, true, 2, 1, 1, 0, 4914, 1, 16383},
+        {"cruise", "flying: 0^35000", 2500, 5, 4, "flying", "lights=1100001 throttle=11468 gear=0 flaps=0"},
+        {"clean",                        "flying: 0^9000",             2400, 3, 0, "flying",       "cabin=1 gear=0"},
+        {"its approach is over",         "flying lands runs: 0^9000", 2400, 3, 3, "flying", "cabin=1 gear=0 flaps=0"},
+        {"descending",                   "flying: 0^9000v-250", 2500, 3, 0, "flying", "cabin=1 throttle=8191 gear=0"},
+        {"climbing",                     "flying: 0^9000v401", 2500, 4, 0, "flying", "cabin=1 throttle=11468 gear=0"},
+        {"climbing, and it has less",    "flying: 0^9000v401",         2500, 2, 0, "flying",       "cabin=1 gear=0"},
+        {"hardly climbing",              "flying: 0^9000v400",         2500, 4, 0, "flying",       "cabin=1 gear=0"},
+        {"first flaps",                  "flying: 0^3000v100",         2399, 2, 0, "flying", "cabin=1 flaps=3072"},
+        {"not in a climb",               "flying: 0^3000v101",         2399, 2, 0, "flying",       "cabin=1"},
+        {"above 2000 ft only the first", "flying: 0^3000",             2051, 2, 1, "flying",       "cabin=1"},
+        {"a small one: second flaps",    "flying Light: 0^3000",       1999, 2, 1, "flying", "cabin=1 flaps=10240"},
+        {"low is lower", "flying Light: 0^3v-600", 625, 2, 1, "flying lands", "cabin=0 throttle=4914 flaps=16383 gear=1"},
+        {"climb after take-off", "flying: 0^1500v601", 1200, 5, 1, "flying", "cabin=0 throttle=16383 gear=0 flaps=0"},
+        {"level low",                    "flying: 0^1500v600",         1200, 2, 1, "flying",       "cabin=0"},
+        {"down to the airport", "flying: 0^1500v-250", 2050, 2, 1, "flying lands", "cabin=0 throttle=4914 flaps=16383 gear=1"},
+        {"elsewhere",                    "flying: 19000^1500v-600",    1200, 2, 1, "flying",       "cabin=0"},
+        {"a helicopter", "flying Rotorcraft: 0^12000", 2500, 5, 4, "flying", "lights=1100001 throttle=16383"},
     };
+    // clang-format on
     for (const auto& c : cases) {
-        liveAcs.clear();
-        LiveAc& ac = gf_addFlying(20001, "BAW3AK");
-        parkAirport.reset();
-        if (c.nearAirport) {
-            parkAirport = ParkAirportPlace{47.1, 8, 300};
-        }
-        ac.stream[0].altitude = c.altitude;
-        ac.stream[0].vs = c.vs;
-        ac.agl = c.agl;
-        ac.throttleLevel = c.throttleLevel;
-        ac.flapsLevel = c.flapsLevel;
+        SetUp();
+        HELICOPTERS.value = true;
+        LiveAc& ac = addAt(c.scene, c.agl);
+        ac.throttleLevel = c.throttle;
+        ac.flapsLevel = c.flaps;
         gf_airConfig(ac);
-        std::map<uint32_t, int> sentValues;
-        for (const auto& [event, value] : events()) {
-            sentValues[event] = static_cast<int>(value);
-        }
-        const std::pair<uint32_t, int> expected[] = {{LANDING_LIGHTS_SET, c.lights},
-                                                     {CABIN_LIGHTS_SET, c.cabin},
-                                                     {THROTTLE_SET, c.throttle},
-                                                     {GEAR_SET, c.gear},
-                                                     {FLAPS_SET, c.flaps}};
-        for (const auto& [event, value] : expected) {
-            EXPECT_EQ(value, sentValues.contains(event) ? sentValues[event] : kNone)
-                << c.what << " " << event;
-        }
-        EXPECT_EQ(c.nearAirport, ac.approach) << c.what;
+        const std::string low = c.commands[0] == 'l' ? "" : "lights=1111111 ";
+        EXPECT_EQ(low + c.commands, commands()) << c.what;
+        EXPECT_EQ(c.after, stateOf(ac)) << c.what;
+        gf_airConfig(ac);
+        EXPECT_EQ(std::string::npos, commands().find("lights")) << "once: " << c.what;
     }
 }
 
-TEST_F(AirMotionTest, levelsAreCommandedOnce)
+TEST_F(AirMotion, flaresInStagesAndTouchesDown)
 {
-    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
-    ac.stream[0].altitude = 3000;
-    ac.agl = 1900;
-    ac.category = AcCategory::Light;
-    ac.flapsLevel = 1;
-    gf_airConfig(ac);
-    EXPECT_TRUE(sent(FLAPS_SET, 10240)) << "level 2";
-    gf_airConfig(ac);
-    EXPECT_FALSE(sent(FLAPS_SET, 10240));
-    LiveAc& helicopter = gf_addFlying(20002, "HELI1");
-    helicopter.category = AcCategory::Rotorcraft;
-    helicopter.stream[0].altitude = 12000;
-    gf_airConfig(helicopter);
-    for (const auto& [event, value] : events()) {
-        EXPECT_TRUE(event != GEAR_SET && event != FLAPS_SET) << event;
-    }
-}
-
-TEST_F(AirMotionTest, theLastLegGoesToTheGroundByPressure)
-{
-    const struct {
-        const char* what;
-        int32_t qnh;
-        double agl;
-        bool airport;
-        double expectedVs;  // feet per minute
-    } cases[] = {
-        {"airport known, low pressure", 1013, 500, true, -500 * 6},
-        {"high pressure", 1020, 500, true, -842},
-        {"high pressure, gentle reports are not believed", 1014, 500, true, -806},
-        {"high pressure, near the ground", 1020, 100, true, -600},
-        {"no airport", 1000, 500, false, -601},
-    };
-    for (const auto& c : cases) {
-        liveAcs.clear();
-        LiveAc& ac = addApproaching(c.agl);
-        if (!c.airport) {
-            parkAirport.reset();
-        }
-        currentQnh = c.qnh;
-        ac.stream[0].vs = ac.stream[1].vs = -800;
-        ac.stream[1].airborne = false;
-        ac.stream[1].altitude = 0;
-        airSettings(ac, 1000);
-        EXPECT_NEAR(c.expectedVs / 6000, ac.altRate, 1e-9) << c.what;
-        EXPECT_TRUE(sent(GEAR_SET, 1)) << c.what;
-    }
-}
-
-TEST_F(AirMotionTest, flaresInStagesAndTouchesDown)
-{
-    LiveAc& ac = addApproaching(41);
+    LiveAc& ac = addAt("flying lands: 0^1041@140 300^1000@130", 41);
+    ac.staticCg = 10;
     ac.pitch = -2.5 * kDeg;
     ac.altRate = -0.12;
     flareStep(ac);
     EXPECT_EQ(0U, ac.flareStage) << "a foot too high";
     const struct {
-        double agl, altRate;
-        uint32_t stage;
-    } stages[] = {{40, -0.1, 1}, {30, -0.075, 2}, {20, -0.05, 3}, {13, -0.025, 4}};
-    for (const auto& s : stages) {
+        double agl, altRate, vs;
+    } stages[] = {{40, -0.1, -601}, {30, -0.075, -450}, {20, -0.05, -300}, {13, -0.025, -150}};
+    for (uint32_t stage = 1; const auto& s : stages) {
         ac.agl = s.agl;
         ac.alt = 1000 + s.agl;
         flareStep(ac);
-        EXPECT_EQ(s.stage, ac.flareStage);
-        EXPECT_DOUBLE_EQ(s.altRate, ac.altRate);
+        flareStep(ac);
+        EXPECT_EQ(stage++, ac.flareStage);
+        EXPECT_EQ(s.altRate, ac.altRate);
+        EXPECT_EQ(s.vs, ac.stream[0].vs);
     }
     EXPECT_TRUE(flareActive);
-    EXPECT_TRUE(sent(THROTTLE_SET, 0));
-    fly(ac, 500);
+    EXPECT_EQ("throttle=0", commands());
+    fly(ac, 200);
+    EXPECT_NEAR(-3.25 * kDeg, ac.pitch, 1e-9) << "half of the category's 400 ticks";
+    fly(ac, 300);
     EXPECT_NEAR(-4 * kDeg, ac.pitch, 1e-9) << "the flare's pitch, and no further";
     ac.bank = 1 * kDeg;
     ac.staticPitch = 0.5 * kDeg;
     onTouchdown(ac);
-    EXPECT_TRUE(ac.onGround && ac.landingRoll && ac.landed && !ac.approach);
-    EXPECT_TRUE(sent(SPOILERS_SET, 16383));
-    fly(ac, gf_forCategory(kDerotateTicks, AcCategory::Large) + 2);
+    EXPECT_TRUE(look(ac).starts_with("flying rolls landed blends: ")) << look(ac);
+    EXPECT_TRUE(ac.onGround && !flareActive);
+    EXPECT_EQ("spoilers=16383", commands());
+    fly(ac, 175);
+    EXPECT_NEAR(-1.75 * kDeg, ac.pitch, 1e-9) << "half of the category's 350 ticks";
+    EXPECT_NEAR(0.5 * kDeg, ac.bank, 1e-9);
+    fly(ac, 177);
     EXPECT_NEAR(0.5 * kDeg, ac.pitch, 1e-9);
     EXPECT_EQ(0, ac.bank);
 }
 
-TEST_F(AirMotionTest, withoutApproachThereIsNoFlare)
+TEST_F(AirMotion, whatATouchdownBrings)
 {
-    LiveAc& ac = addApproaching(30);
-    ac.approach = false;
-    const double before = ac.pitch;
+    // -300: the climb still builds up.
+    const struct {
+        const char *what, *scene;
+        int32_t phaseTicks;
+        const char *after, *commands;
+    } cases[] = {
+        {"no approach, no roll", "flying: 0^1000 90", 1, "flying", ""},
+        {"after an approach", "flying lands: 0^1000 90", 1, "flying rolls landed blends", "spoilers=16383"},
+        {"a wheel touches in the climb", "take_off runs: 0^9 90", -300, "take_off runs", ""},
+        {"the reports climb on", "take_off runs: 0 90^9", -301, "take_off runs", ""},
+        {"the take-off has failed", "take_off runs: 0 90", -301, "taxi rolls landed blends",
+         "gear=1 spoilers=16383"}};
+    for (const auto& c : cases) {
+        SetUp();
+        LiveAc& ac = addAt(c.scene, 30);
+        ac.onGround = false;
+        ac.phaseTicks = c.phaseTicks;
+        onTouchdown(ac);
+        EXPECT_EQ(c.after, stateOf(ac)) << c.what;
+        EXPECT_EQ(c.commands, commands()) << c.what;
+        EXPECT_EQ(ac.st != StState::TakeOff, ac.onGround) << c.what;
+    }
+    LiveAc& ac = addAt("flying: 0^1030 90^1030", 30);
     fly(ac, 10);
-    EXPECT_EQ(0U, ac.flareStage);
-    EXPECT_EQ(before, ac.pitch);
-    onTouchdown(ac);
-    EXPECT_TRUE(ac.onGround);
-    EXPECT_FALSE(ac.landingRoll);
+    EXPECT_EQ(0U, ac.flareStage) << "without an approach there is no flare";
 }
 
-TEST_F(AirMotionTest, rotatesThenClimbsHarderSecondBySecond)
+TEST_F(AirMotion, rotatesThenClimbsHarderSecondBySecond)
 {
-    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
-    ac.st = StState::TakeOff;
-    ac.onGround = true;
+    LiveAc& ac = addAt("take_off runs: 0 500", 0);
     ac.alt = 1000;
-    ac.agl = 0;
     ac.altRate = 0.5;
     ac.phaseTicks = ac.rotateTicks;
     ac.pitchRate = ac.rotatePitch / ac.rotateTicks;
@@ -366,72 +322,17 @@ TEST_F(AirMotionTest, rotatesThenClimbsHarderSecondBySecond)
     EXPECT_NEAR(ac.rotatePitch, ac.pitch, std::abs(ac.rotatePitch) * 0.06);
     fly(ac, 299);
     EXPECT_NEAR(1000 + 0.5 * (99 * 0.1 + 100 * 0.2 + 100 * 0.5), ac.alt, 1e-9);
-    EXPECT_FALSE(sent(GEAR_SET, 0));
+    EXPECT_EQ("", commands());
     fly(ac, 1);
-    EXPECT_TRUE(sent(GEAR_SET, 0)) << "three seconds after the nose came up";
+    EXPECT_EQ("gear=0", commands()) << "three seconds after the nose came up";
     ac.agl = 799;
     fly(ac, 300);
     EXPECT_EQ(StState::TakeOff, ac.st);
     ac.agl = 800;
     fly(ac, 1);
     EXPECT_EQ(StState::Flying, ac.st);
+    EXPECT_EQ("throttle=11468", commands());
     EXPECT_LE(ac.pitch, ac.climbPitch);
-}
-
-TEST_F(AirMotionTest, fliesOnForAWhileWhenReportsStop)
-{
-    userNow.lat = 47;
-    userNow.lon = 8;
-    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
-    ac.stream.pop_back();
-    ac.lat = 47 + 39.6 / 60;
-    EXPECT_FALSE(extendStream(ac)) << "at the rim of the range it has just left";
-    ac.lat = 47 + 39.4 / 60;
-    for (int i = 1; i <= 8; ++i) {
-        ASSERT_TRUE(extendStream(ac)) << i;
-        const PosSample& from = ac.stream[0];
-        const PosSample& to = ac.stream[1];
-        EXPECT_NEAR(300 * std::pow(0.95, i), to.speed, 1e-6);
-        EXPECT_NEAR(to.speed * 8 / 3600, distNm({from.lat, from.lon}, {to.lat, to.lon}), 0.002);
-        EXPECT_EQ(800, to.time - from.time);
-        ac.stream.pop_front();
-    }
-    EXPECT_FALSE(extendStream(ac)) << "used up";
-}
-
-TEST_F(AirMotionTest, newReportsEndAnExtensionUnlessTheyLieBehind)
-{
-    LiveAc& ac = gf_addFlying(20001, "BAW3AK");
-    ac.extendCount = 5;
-    PosSample behind = gf_eastOf(ac.stream.back(), -1);
-    decodeExisting(ac, behind);
-    EXPECT_EQ(2U, ac.stream.size());
-    EXPECT_EQ(5, ac.extendCount);
-    decodeExisting(ac, gf_eastOf(ac.stream.back(), 1));
-    EXPECT_EQ(3U, ac.stream.size());
-    EXPECT_EQ(0, ac.extendCount);
-    EXPECT_EQ(3000, ac.lagLimit);
-    EXPECT_EQ(tick + 1, ac.stream.front().time);
-}
-
-TEST_F(AirMotionTest, aTakeOffWhoseReportsStayOnTheGroundEndsThere)
-{
-    const struct {
-        int32_t phaseTicks;  // -300: the climb still builds up
-        bool airborneAhead, ends;
-    } cases[] = {{-300, false, false}, {-301, true, false}, {-301, false, true}};
-    for (const auto& c : cases) {
-        SetUp();
-        LiveAc& ac = gf_addOnGround(20001, "BAW3AK", StState::TakeOff);
-        ac.onGround = false;
-        ac.takeOff = true;
-        ac.phaseTicks = c.phaseTicks;
-        ac.stream.push_back(gf_groundSample(50, 0, 20, tick + 500));
-        ac.stream.back().airborne = c.airborneAhead;
-        onTouchdown(ac);
-        EXPECT_TRUE(c.ends == ac.onGround && c.ends != ac.takeOff) << c.phaseTicks << c.airborneAhead;
-        EXPECT_EQ(c.ends ? StState::Taxi : StState::TakeOff, ac.st) << c.phaseTicks << c.airborneAhead;
-    }
 }
 
 }  // namespace vlt

@@ -137,8 +137,13 @@ protected:
         }
         return ac;
     }
-    // The scene that an aircraft is in, "goes" for one that is being removed.
+    // The scene that an aircraft is in, "goes" for one that is being removed; and what stands before its
+    // colon.
     static std::string look(const LiveAc& ac)
+    {
+        return stateOf(ac) + ": " + textOf(ac.stream);
+    }
+    static std::string stateOf(const LiveAc& ac)
     {
         std::string text(stateWord(ac.st));
         for (const auto& [name, flag] : kFlags) {
@@ -146,7 +151,7 @@ protected:
         }
         text += ac.extendCount > 0 ? " extended" : "";
         text += ac.fs == FsState::RemovingFromSim ? " goes" : "";
-        return text + ": " + textOf(ac.stream);
+        return text;
     }
     static std::string lookWithoutTimes(LiveAc ac)
     {
