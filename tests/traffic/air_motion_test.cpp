@@ -217,11 +217,11 @@ TEST_F(AirMotion, configuresByHeightAndVerticalSpeed)
         {"not in a climb",               "flying: 0^3000v101",         2399, 2, 0, "flying",       "cabin=1"},
         {"above 2000 ft only the first", "flying: 0^3000",             2051, 2, 1, "flying",       "cabin=1"},
         {"a small one: second flaps",    "flying Light: 0^3000",       1999, 2, 1, "flying", "cabin=1 flaps=10240"},
-        {"low is lower", "flying Light: 0^3v-600", 625, 2, 1, "flying lands", "cabin=0 throttle=4914 flaps=16383 gear=1"},
+        {"lower", "flying Light: 0^3v-600", 625, 2, 1, "flying lands", "cabin=0 throttle=4914 flaps=16383 gear=1"},
         {"climb after take-off", "flying: 0^1500v601", 1200, 5, 1, "flying", "cabin=0 throttle=16383 gear=0 flaps=0"},
         {"level low",                    "flying: 0^1500v600",         1200, 2, 1, "flying",       "cabin=0"},
-        {"down to the airport", "flying: 0^1500v-250", 2050, 2, 1, "flying lands", "cabin=0 throttle=4914 flaps=16383 gear=1"},
-        {"elsewhere",                    "flying: 19000^1500v-600",    1200, 2, 1, "flying",       "cabin=0"},
+        {"to us", "flying: 0^1500v-250", 2050, 2, 1, "flying lands", "cabin=0 throttle=4914 flaps=16383 gear=1"},
+        {"to others",                    "flying: 19000^1500v-600",    1200, 2, 1, "flying",       "cabin=0"},
         {"a helicopter", "flying Rotorcraft: 0^12000", 2500, 5, 4, "flying", "lights=1100001 throttle=16383"},
     };
     // clang-format on
