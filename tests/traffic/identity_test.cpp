@@ -89,14 +89,14 @@ TEST_F(Identity, whatBringsANewObject)
         read(c.told, record);
         ac.lat += 0.01;
         ac.bank = 0.2;
-        ac.title = std::string(c.what) == "which it wears" ? regcodeTitles["PH-BXA"] : "";
+        ac.title = std::string(c.what) == "which it wears" ? regcodeTitles["PH-BXA"] : "some livery";
         titleCache[ac.hexid] = "some livery";
         const bool respawns = std::string(c.after).ends_with(" new");
         EXPECT_EQ(!respawns, identityUpdate(ac, record)) << c.what;
         EXPECT_EQ(c.after, format("{} {} {} {} {} {}{}", ac.callsign, ac.regcode, ac.origin, ac.destination,
                                   ac.airline, ac.model, ac.fs == FsState::LiveryRespawn ? " new" : ""))
             << c.what;
-        EXPECT_EQ(ac.airline == "BAW", titleCache.contains(ac.hexid)) << c.what;
+        EXPECT_EQ(ac.airline == "BAW", titleCache.contains(ac.hexid) && !ac.title.empty()) << c.what;
         if (respawns) {  // it comes back where it was
             const PosSample& front = ac.stream.front();
             EXPECT_TRUE(front.lat == ac.lat && front.roll == 0.2 && front.rollValid &&

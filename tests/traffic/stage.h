@@ -137,6 +137,32 @@ protected:
         }
         return ac;
     }
+    // Adds an aircraft with random legs and bends ahead of it; every other road leads over the date line.
+    static LiveAc& addRoad(const std::string& state, uint32_t seed, bool air)
+    {
+        std::mt19937 random(seed);
+        const auto from = [&random](int least, int most) {
+            return least + static_cast<int>(random() % static_cast<uint32_t>(most - least + 1));
+        };
+        std::string scene = state + (air ? ": 0^5000@200" : ": 0");
+        double way = 90 * kRadPerDeg, east = 0, north = 0;
+        for (int i = 0; i < 12; ++i) {
+            const int metres = air ? from(500, 2500) : from(30, 120);
+            way += from(-120, 120) * kRadPerDeg;
+            east += metres * std::sin(way);
+            north += metres * std::cos(way);
+            scene += format(" {:.0f},{:.0f}", east, north);
+            scene +=
+                air ? format("^{}v{}@{}+{}", from(3000, 7000), from(-3000, 3000), from(150, 300), from(1, 20))
+                    : format("@{}+{}", from(8, 15), metres / 5);
+        }
+        LiveAc& ac = add(scene);
+        for (PosSample& s : ac.stream) {
+            s.lon = std::remainder(s.lon + (seed % 2 == 0 ? 171.999 : 0), 360.0);
+        }
+        ac.lon = ac.stream[0].lon;
+        return ac;
+    }
     // The scene that an aircraft is in, "goes" for one that is being removed; and what stands before its
     // colon.
     static std::string look(const LiveAc& ac)
