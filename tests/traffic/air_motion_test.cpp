@@ -154,14 +154,12 @@ TEST_F(AirMotion, pitchFollowsTheVerticalSpeed)
 TEST_F(AirMotion, banksIntoTheTurnAndTakesReportedAttitudesNearTheGround)
 {
     // A right turn to the south; right wing down is negative. 10 s at 2 degrees a second are 20.
-    const struct {
-        bool given, lands;
-        double agl, bankDeg, hdgDeg;
-    } cases[] = {{false, false, 5000, -20, 180},
-                 {true, false, 999, -5, 100},
-                 {true, false, 1000, -5, 180},
-                 {true, true, 1999, -5, 100},
-                 {true, true, 2000, -5, 180}};
+    // clang-format off
+    const struct { bool given, lands; double agl, bankDeg, hdgDeg; } cases[] = {
+        {false, false, 5000, -20, 180}, {true, false, 999, -5, 100},    {true, false, 1000, -5, 180},
+        {true, true, 1999, -5, 100},    {true, true, 2000, -5, 180},
+    };
+    // clang-format on
     for (const auto& c : cases) {
         SetUp();
         LiveAc& ac = addAt("flying: 0^5000@200+5 1028.9^5000@200+10 1028.9,-5000^5000@200+10", c.agl);
@@ -262,17 +260,15 @@ TEST_F(AirMotion, flaresInStagesAndTouchesDown)
 TEST_F(AirMotion, whatATouchdownBrings)
 {
     // -300: the climb still builds up.
-    const struct {
-        const char *what, *scene;
-        int32_t phaseTicks;
-        const char *after, *commands;
-    } cases[] = {
+    // clang-format off
+    const struct { const char *what, *scene; int32_t phaseTicks; const char *after, *commands; } cases[] = {
         {"no approach, no roll", "flying: 0^1000 90", 1, "flying", ""},
         {"after an approach", "flying lands: 0^1000 90", 1, "flying rolls landed blends", "spoilers=16383"},
         {"a wheel touches in the climb", "take_off runs: 0^9 90", -300, "take_off runs", ""},
         {"the reports climb on", "take_off runs: 0 90^9", -301, "take_off runs", ""},
-        {"the take-off has failed", "take_off runs: 0 90", -301, "taxi rolls landed blends",
-         "gear=1 spoilers=16383"}};
+        {"the take-off has failed", "take_off runs: 0 90", -301, "taxi rolls landed blends", "gear=1 spoilers=16383"},
+    };
+    // clang-format on
     for (const auto& c : cases) {
         SetUp();
         LiveAc& ac = addAt(c.scene, 30);

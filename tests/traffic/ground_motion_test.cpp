@@ -288,16 +288,14 @@ TEST_F(GroundMotion, oneTooManyAndTheLongestParkedAndTheOldestStaticGo)
 
 TEST_F(GroundMotion, theRoundOfTheParkedSendsAwayWhoStayedTooLong)
 {
-    const struct {
-        const char* scene;
-        int32_t minutes;
-        bool reports;
-        int32_t told;  // minutes, -1: it goes
-    } cases[] = {{"parked: 0s", 90, false, 90},
-                 {"parked: 0s", 91, false, -1},
-                 {"parked: 0s", 200, true, 0},
-                 {"parked Heavy: 0s", 180, false, 180},
-                 {"parked Heavy: 0s", 181, false, -1}};
+    // Minutes, -1: it goes.
+    // clang-format off
+    const struct { const char* scene; int32_t minutes; bool reports; int32_t told; } cases[] = {
+        {"parked: 0s", 90, false, 90},         {"parked: 0s", 91, false, -1},
+        {"parked: 0s", 200, true, 0},          {"parked Heavy: 0s", 180, false, 180},
+        {"parked Heavy: 0s", 181, false, -1},
+    };
+    // clang-format on
     for (const auto& c : cases) {
         SetUp();
         tick = 2'000'000;

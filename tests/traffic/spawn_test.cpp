@@ -188,11 +188,8 @@ TEST_F(Spawn, aRemovalWhileItIsCreated)
 
 TEST_F(Spawn, setsAnAircraftUpByItsPhase)
 {
-    const struct {
-        const char* scene;
-        double agl;
-        const char* commands;
-    } cases[] = {
+    // clang-format off
+    const struct { const char* scene; double agl; const char* commands; } cases[] = {
         {"flying: 0^9999", 1999, "start=0 spoilers=0 lights=1110110"},
         {"flying: 0^10000", 2000, "start=0 spoilers=0 lights=1100101"},
         {"taxi: 0", 0, "spoilers=0 start=0 lights=1101011 throttle=0 flaps=3072"},
@@ -200,6 +197,7 @@ TEST_F(Spawn, setsAnAircraftUpByItsPhase)
         {"parked: 0s", 0, "spoilers=0 shutdown=0 lights=1000011 throttle=0 flaps=0"},
         {"taxi Rotorcraft: 0", 0, "start=0 lights=1101011 throttle=16383"},
     };
+    // clang-format on
     for (const auto& c : cases) {
         SetUp();
         LiveAc& ac = add(c.scene);

@@ -39,11 +39,6 @@ protected:
         gf_clearWorld();
         gf_loadSmallWorld();
     }
-    void TearDown() override
-    {
-        gf_freshRun();
-        gf_clearWorld();
-    }
 
     // Samples of which the first comes 5 s, or what it tells, after the tick `after`.
     static std::deque<PosSample> samples(const std::string& text, int32_t after)
@@ -128,11 +123,9 @@ protected:
             } else if (word == "extended") {
                 ac.extendCount = 5;
             } else {
-                int phase = 0;
-                while (stateWord(static_cast<StState>(phase)) != word) {  // throws beyond the last
-                    ++phase;
+                for (ac.st = {}; stateWord(ac.st) != word;) {  // throws beyond the last
+                    ac.st = static_cast<StState>(static_cast<int>(ac.st) + 1);
                 }
-                ac.st = static_cast<StState>(phase);
             }
         }
         return ac;
