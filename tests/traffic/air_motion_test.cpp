@@ -84,6 +84,8 @@ TEST_F(AirMotion, arrivalTimesStayNearTheirReports)
         {"no speed at all: as the times tell",   "flying: 0^9@0 1543.3^9@0+20",  20},
         {"the mean of both",                     "flying: 0^9@200 1543.3^9@400+10", 10},
         {"onto the runway: by the first",        "flying lands: 0^9@150 1543.3@450+20", 20},
+        {"in the air: by the mean",              "flying lands: 0^9@150 1543.3^9@450+10", 10},
+        {"no approach: by the mean",             "flying: 0^9@150 1543.3@450+10", 10},
         {"nonsense",                             "flying: 0^9@-10000000 1543.3^9@-10000000+10", 10},
         {"a crawl: the clock's end isn't reached", "flying extended: 0^9@0.000001 -7700000^9@0.000001+10", 2e7 - 1000},
     };
@@ -262,10 +264,10 @@ TEST_F(AirMotion, whatATouchdownBrings)
     // -300: the climb still builds up.
     // clang-format off
     const struct { const char *what, *scene; int32_t phaseTicks; const char *after, *commands; } cases[] = {
-        {"no approach, no roll", "flying: 0^1000 90", 1, "flying", ""},
+        {"no approach, no roll",         "flying: 0^1000 90",       1,    "flying",                     ""},
         {"after an approach", "flying lands: 0^1000 90", 1, "flying rolls landed blends", "spoilers=16383"},
-        {"a wheel touches in the climb", "take_off runs: 0^9 90", -300, "take_off runs", ""},
-        {"the reports climb on", "take_off runs: 0 90^9", -301, "take_off runs", ""},
+        {"a wheel touches in the climb", "take_off runs: 0^9 90",   -300, "take_off runs",              ""},
+        {"the reports climb on",         "take_off runs: 0 90^9",   -301, "take_off runs",              ""},
         {"the take-off has failed", "take_off runs: 0 90", -301, "taxi rolls landed blends", "gear=1 spoilers=16383"},
     };
     // clang-format on

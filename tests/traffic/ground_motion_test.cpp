@@ -146,23 +146,6 @@ TEST_F(GroundMotion, aTaxiRoadIsDrivenWithoutJumps)
     }
 }
 
-TEST_F(GroundMotion, aCurveHasAPointEverywhereButOutside)
-{
-    LiveAc& ac = add("taxi: 0 40 40,-40");
-    makeCurve(ac);
-    // A quadratic curve's middle: a quarter of both ends and half of the control point.
-    const std::pair<double, const char*> cases[] = {{0, "0 0 90"}, {0.5, "30 -10 135"}, {1, "40 -40 180"}};
-    for (const auto& [at, expected] : cases) {
-        const CurvePoint point = curvePoint(ac.curve, at).value();
-        EXPECT_EQ(expected, format("{:.0f} {:.0f} {:.0f}", east(point) + 0.01, north(point) + 0.01,
-                                   point.bearing * kDegPerRad));
-    }
-    for (const double outside : {-0.001, 1.001, std::nan("")}) {
-        EXPECT_FALSE(curvePoint(ac.curve, outside));
-    }
-    EXPECT_FALSE(curvePoint(Curve{}, 0.5));
-}
-
 TEST_F(GroundMotion, howItLeavesAStand)
 {
     // Two half spans ahead, or 2.5 radii of the stand back, 50 m, of which the second half is the turn's.
@@ -250,6 +233,7 @@ TEST_F(GroundMotion, atItsStandItParksUnlessSomebodyDoesAndElseTaxiesOn)
         gf_takeStand(ac, stand);
         arrivedAtStand(ac);
         EXPECT_EQ(metres < 2 ? StState::Parked : StState::Taxi, ac.st) << metres;
+        EXPECT_EQ(StState::Parking, ac.prevSt);
         EXPECT_EQ(metres < 2, commands().starts_with("throttle=0 flaps=0 shutdown=0 lights="));
         LiveAc& second = add("parking: 0s", 20002, "DLH1");
         gf_takeStand(second, stand);
@@ -284,6 +268,23 @@ TEST_F(GroundMotion, oneTooManyAndTheLongestParkedAndTheOldestStaticGo)
     }
     removeOldestParked(2);
     EXPECT_TRUE(goes(liveAcs[0]) && goes(liveAcs[1]) && !goes(liveAcs[2])) << "fewer are wanted";
+}
+
+TEST_F(GroundMotion, theReservedStandIsCleared)
+{
+    for (const bool live : {false, true}) {
+        SetUp();
+        gf_addStand("A1", 0, 0, 90);
+        LiveAc& ac = add("parked: 0s");
+        ac.standId = live ? 1 : 2;
+        addStatic(live ? 2 : 1);
+        clearReservedStand();
+        EXPECT_FALSE(goes(ac) || goes(staticAcs[0])) << "none is reserved";
+        reservedStand = "A1";
+        clearReservedStand();
+        EXPECT_EQ(live, goes(ac));
+        EXPECT_EQ(!live, goes(staticAcs[0]));
+    }
 }
 
 TEST_F(GroundMotion, theRoundOfTheParkedSendsAwayWhoStayedTooLong)

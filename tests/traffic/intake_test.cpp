@@ -47,7 +47,8 @@ TEST_F(Intake, aNewAircraftStartsInTheBufferAndTakesLateNames)
     EXPECT_NEAR(17.05, known.radius * kMetresPerNm, 0.01);
     twin.model = "B738";
     take(twin);
-    EXPECT_EQ(2U, liveAcs.size()) << "another type is another aircraft";
+    ASSERT_EQ(2U, liveAcs.size()) << "another type is another aircraft";
+    EXPECT_EQ("BAW3AK", liveAcs[1].coupledCs1);
 }
 
 TEST_F(Intake, onlyWantedAndKnownTypesComeIn)

@@ -3,11 +3,14 @@
 
 #include "core/base/run_state.h"
 #include "liveries/liveries.h"
+#include "traffic/auto_range.h"
 #include "traffic/create_request.h"
 #include "traffic/object_config.h"
 #include "traffic/removal.h"
 #include "traffic/sim_answers.h"
 #include "traffic/stage.h"
+
+#include <tuple>
 
 namespace vlt {
 
@@ -105,6 +108,34 @@ TEST_F(Spawn, theGateKeepsTheUsersWayFree)
         }
         EXPECT_EQ(c.expected, gate(ac)) << c.what;
         EXPECT_EQ(c.expected == Dropped && (c.held || !c.userOnGround), ac.heldForUser) << c.what;
+    }
+}
+
+TEST_F(Spawn, theRangeFollowsTheUser)
+{
+    // In the air by his height, from 3000 ft on, and below that by the distance to the park airport at 47.5
+    // N.
+    // clang-format off
+    const struct { const char* what; bool wanted, onGround; double altitude, lat; int32_t nm; } cases[] = {
+        {"on the ground", true, true, 99000, 47.5, 10},    {"high up", true, false, 18001, 47.5, 100},
+        {"on the way", true, false, 18000, 47.5, 40},      {"near", true, false, 1000, 47.6166, 10},
+        {"farther", true, false, 1000, 47.8, 21},          {"far", true, false, 1000, 48.12, 40},
+        {"not wanted", false, true, 1000, 47.5, 25},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        SetUp();
+        AUTO_RANGE.value = c.wanted;
+        AUTO_RANGE_ABOVE_HEIGHT.value = 18000;
+        AIRPORT_HEIGHT.value = 3000;
+        LATERAL_RANGE.value = 25;
+        userOnGround = c.onGround;
+        userNow = {c.lat, 8, 0, 0, 0, c.altitude};
+        parkAirports.emplace_back();
+        std::tie(parkAirports.back().lat, parkAirports.back().lon) = std::tuple(47.5, 8.0);
+        gf_adaptRange();
+        parkAirports.clear();
+        EXPECT_EQ(c.nm, LATERAL_RANGE.value) << c.what;
     }
 }
 
@@ -209,7 +240,7 @@ TEST_F(Spawn, setsAnAircraftUpByItsPhase)
     }
 }
 
-TEST_F(Spawn, aRefusedLiveryIsNotTriedAgain)
+TEST_F(Spawn, aRefusedLiveryIsNotTriedAgainNorWhereNoneFits)
 {
     LiveAc& ac = gf_addBuffered(20002, "BAW3AK");
     spawnLiveAc(ac);
@@ -219,6 +250,12 @@ TEST_F(Spawn, aRefusedLiveryIsNotTriedAgain)
     LiveAc& again = gf_addBuffered(20002, "BAW3AK");
     gate(again);
     EXPECT_NE(title, again.title);
+    LiveAc& unknown = gf_addBuffered(20003, "XXX1");
+    unknown.airline = "XXX";
+    unknown.model = "A388";
+    unknown.regcode = "X-1";
+    EXPECT_EQ(Erased, gate(unknown));
+    EXPECT_TRUE(failedLiveries.contains(gf_failedKey(unknown)));
 }
 
 TEST_F(Spawn, believesStaticDataOnlyWithinReason)

@@ -100,7 +100,7 @@ TEST_F(Stream, atAStandItIsNoiseUntilItLeadsAway)
     const struct { const char *what, *before, *reports, *after; } cases[] = {
         {"farther out, but two only",        "parked extended",  "-1@2 -6@2 -10@2",        "parked extended: 0s"},
         {"three of them",                    "parked extended",  "-1@2 -6@2 -10@2 -13@2",  "parked leaves: 0s -13@2"},
-        {"one of them nearer",               "parked extended",  "-1@2 -6@2 -10@2 -6@2 -13@2", "parked extended: 0s"},
+        {"one of them nearer",               "parked extended",  "-1@2 -6@2 -2@2 -10@2 -14@2", "parked extended: 0s"},
         {"three, half a wing isn't reached", "parked extended",  "-1@2 -4@2 -7@2 -9@2",    "parked extended: 0s"},
         {"within the wing",                  "parked extended",  "-1@2 -17@2",             "parked extended: 0s"},
         {"beyond it",                        "parked extended",  "-1@2 -22@2",             "parked leaves: 0s -22@2"},
@@ -256,9 +256,9 @@ TEST_F(Stream, howOftenItIsContinued)
         {"flying: 0^9000@300", 8, 300 * 0.6634},         // 0.95 to the 8th
         {"flying lands: 0^9000@200", 8, 200 * 0.59049},  // 0.9 to the 5th, then it keeps it
         {"flying Light: 0^9000@100", 0, 100},            // not wanted
-        {"flying: 0,100^9000@300", 0, 300},
-        {"taxi runs: 0@20", 10, 180},
-        {"parked: 0s", 1, 0},
+        {"flying: 0,100^9000@300", 0,  300},
+        {"taxi runs: 0@20",        10, 180},
+        {"parked: 0s",             1,  0},
     };
     // clang-format on
     for (const auto& c : cases) {
