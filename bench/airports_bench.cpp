@@ -93,7 +93,7 @@ static void lf_loadAirport(benchmark::State& state)
         state.SkipWithError("the file can't be written");
     }
     for (auto _ : state) {
-        if (gf_readApf(file.generic_string(), "BENC").apf.stands.size() != kStands) {
+        if (gf_readApf({file.generic_string(), {}}, "BENC").apf.stands.size() != kStands) {
             state.SkipWithError("the airport isn't loaded");
         }
     }

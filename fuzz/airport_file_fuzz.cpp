@@ -79,7 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     lf_prepareOnce();
     lf_write(kFile, data, size);
     lf_write(kLearned, data, size);
-    AirportLoad load = gf_readApf(kFile.generic_string(), "FUZZ");
+    AirportLoad load = gf_readApf({kFile.generic_string(), {}}, "FUZZ");
     Apf& apf = load.apf;
     const bool loaded = load.failed.empty();
     lf_require(loaded == !apf.stands.empty());

@@ -108,8 +108,9 @@ def chosen(options):
         left_out = set(WITHOUT_EFFECT.read_text().split("\n"))
         faults = [fault for fault in faults if name(fault) not in left_out]
     if options.only:
-        earlier = options.only.read_text()
-        faults = [fault for fault in faults if f"{fault.path}:{fault.index + 1}: {name(fault).split(': ', 1)[1]}\n" in earlier]
+        earlier = {re.sub(r"^(?:found|survived|no build) +(.*?):\d+: ", r"\1: ", line)
+                   for line in options.only.read_text().split("\n")}
+        faults = [fault for fault in faults if name(fault) in earlier]
     return faults
 
 

@@ -2,7 +2,6 @@
 
 #include "airports/airports.h"
 #include "core/base/display.h"
-#include "core/base/download.h"
 #include "core/base/log.h"
 #include "core/base/paths.h"
 #include "core/base/text.h"
@@ -59,29 +58,31 @@ static std::string lf_findInFolder(const std::filesystem::path& folder, const st
     return std::filesystem::exists(file) ? file.generic_string() : std::string();
 }
 
-// --- the server's archive
+// --- all of them
 
-static std::string lf_findInArchive(const std::string& code)
+static std::string lf_findInFolders(const std::string& code)
 {
-    std::string path = format("archive/stock/{}.xml", code);
-    const std::filesystem::path probe = code + ".xml";
-    const bool there = gf_fetch(path, probe);
-    std::error_code error;
-    std::filesystem::remove(probe, error);
-    return there ? path : std::string();
-}
-
-std::string findAirportFile(const std::string& code)
-{
-    if (!gf_isAirportCode(code)) {
-        return {};
-    }
     for (const std::filesystem::path& folder : {kMyThirdpartyFolder, kMyOrbxFolder}) {
         if (std::string path = lf_findInFolder(folder, code); !path.empty()) {
             return path;
         }
     }
-    return lf_findInArchive(code);
+    return {};
+}
+
+AirportSource findAirportFile(const std::string& code)
+{
+    if (!gf_isAirportCode(code)) {
+        return {};
+    }
+    if (std::string path = lf_findInFolders(code); !path.empty()) {
+        const ServerFile served = gf_isLocalPath(path) ? ServerFile{} : gf_serverFile(path);
+        return {std::move(path), served};
+    }
+    std::string path = format("archive/stock/{}.xml", code);
+    const ServerFile served = gf_serverFile(path);
+    const bool none = !served.awaited && !served.text;
+    return none ? AirportSource{} : AirportSource{std::move(path), served};
 }
 
 // --- the learned file
@@ -155,23 +156,16 @@ static ClosestStand lf_closestStand(const pugi::xml_document& document, LatLon p
     return closest;
 }
 
-ClosestStand gf_readDestApfForClosestStand(const std::string& code, LatLon position)
+std::optional<ClosestStand> gf_readDestApfForClosestStand(const std::string& code, LatLon position)
 {
-    const std::string path = findAirportFile(code);
-    if (path.empty()) {
-        return {};
-    }
-    const std::filesystem::path fetched = kAirportsFolder / "airport.xml";
-    const bool local = gf_isLocalPath(path);
-    if (!local && !gf_fetch(path, fetched)) {
-        return {};
+    const AirportSource source = findAirportFile(code);
+    if (source.served.awaited) {
+        return std::nullopt;
     }
     pugi::xml_document document;
-    const auto parsed = document.load_file((local ? gf_toNativeForm(path) : fetched).c_str());
-    if (!local) {
-        std::error_code error;
-        std::filesystem::remove(fetched, error);
-    }
+    const bool parsed = gf_isLocalPath(source.path)
+                            ? static_cast<bool>(document.load_file(gf_toNativeForm(source.path).c_str()))
+                            : source.served.text && document.load_string(source.served.text->c_str());
     return parsed ? lf_closestStand(document, position) : ClosestStand{};
 }
 

@@ -1,11 +1,13 @@
 // Where an airport's file lies: in the user's folders or in the server's archive.
 //
-// Worker thread; no state. A lookup asks the server when the user's folders hold nothing.
+// Worker thread; no state. A lookup never waits for the server: what it says is awaited may be asked anew.
 #pragma once
 
+#include "airports/server_files.h"
 #include "traffic/geodesy.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -14,10 +16,15 @@ namespace vlt {
 // Farther than any airport of interest: no stand was found.
 inline constexpr double kNoStandNearNm = 100.0;
 
-// The path of the best airport file for a code: the user's own scenery first, then the server's archive.
-// One that begins with "airports" is local, anything else a path on the server; empty when there is none.
-// Throws std::filesystem::filesystem_error when a folder can't be looked into.
-std::string findAirportFile(const std::string& code);
+// An airport's file. A path that begins with "airports" is local, anything else one on the server.
+struct AirportSource {
+    std::string path;   // empty: there is none
+    ServerFile served;  // of a path on the server
+};
+
+// The best airport file for a code: the user's own scenery first, then the server's archive. Throws
+// std::filesystem::filesystem_error when a folder can't be looked into.
+AirportSource findAirportFile(const std::string& code);
 
 // The path begins with "airports", so it is a file of this machine.
 bool gf_isLocalPath(std::string_view path);
@@ -31,6 +38,7 @@ struct ClosestStand {
     double distance = kNoStandNearNm;  // nm
     std::string id;                    // empty: none
 };
-ClosestStand gf_readDestApfForClosestStand(const std::string& code, LatLon position);
+// None while the server is asked for the airport's file.
+std::optional<ClosestStand> gf_readDestApfForClosestStand(const std::string& code, LatLon position);
 
 }  // namespace vlt

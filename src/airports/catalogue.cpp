@@ -91,7 +91,7 @@ static Closest lf_closestTwo(LatLon position)
     return closest;
 }
 
-const AirportRecord* closestAirport(LatLon position)
+std::optional<const AirportRecord*> closestAirport(LatLon position)
 {
     const Closest closest = lf_closestTwo(position);
     if (closest.neighbour == nullptr) {
@@ -99,16 +99,19 @@ const AirportRecord* closestAirport(LatLon position)
     }
     const std::string& code = closest.nearest->code;
     const std::string& neighbour = closest.neighbour->code;
+    const auto own = gf_readDestApfForClosestStand(code, position);
+    const auto other = gf_readDestApfForClosestStand(neighbour, position);
+    if (!own || !other) {
+        return std::nullopt;
+    }
     logLine(format("Airport {} is closest, neighbour is {}", code, neighbour));
-    const ClosestStand own = gf_readDestApfForClosestStand(code, position);
-    const ClosestStand other = gf_readDestApfForClosestStand(neighbour, position);
-    if (other.distance >= own.distance) {
+    if (other->distance >= own->distance) {
         return closest.nearest;
     }
     logLine(
         format("Airport {} is closest, but stand {} at neighbouring airport {} is closest at {:.0F} meters "
                "...",
-               code, other.id, neighbour, other.distance * kMetresPerNm));
+               code, other->id, neighbour, other->distance * kMetresPerNm));
     return closest.neighbour;
 }
 

@@ -6,6 +6,7 @@
 #include "airports/airports.h"
 #include "traffic/geodesy.h"
 
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -21,7 +22,7 @@ bool readAirports();
 const AirportRecord* findAirport(std::string_view code);
 
 // The airport at which a position lies, nullptr for none within 5 nm. Of two that lie so close the one
-// with the closer stand: their files are asked for, from the server as well.
-const AirportRecord* closestAirport(LatLon position);
+// with the closer stand: their files are asked for, and none is the answer while the server is asked.
+std::optional<const AirportRecord*> closestAirport(LatLon position);
 
 }  // namespace vlt

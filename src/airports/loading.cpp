@@ -1,12 +1,12 @@
 #include "airports/loading.h"
 
 #include "airports/airport_file.h"
-#include "airports/airport_lookup.h"
 #include "airports/learned_file.h"
 #include "core/base/download.h"
 #include "core/base/errors.h"
 #include "core/base/log.h"
 #include "core/base/paths.h"
+#include "core/base/replace_file.h"
 #include "core/base/text.h"
 #include "platform/paths_form.h"
 #include "traffic/geodesy.h"
@@ -173,10 +173,10 @@ static void lf_logLoad(const AirportLoad& load)
 enum class Learned { LaidOver, LeftOut };
 
 // What is wrong with the file, an empty text for nothing. Throws for what it holds.
-static std::string lf_read(const std::filesystem::path& file, Learned learned, AirportLoad& load)
+static std::string lf_read(const pugi::xml_document& document, const pugi::xml_parse_result& parsed,
+                           Learned learned, AirportLoad& load)
 {
-    pugi::xml_document document;
-    if (const auto parsed = document.load_file(file.c_str()); !parsed) {
+    if (!parsed) {
         return format("{} could not be loaded: {}", load.source, parsed.description());
     }
     lf_readParameters(document, load.apf);
@@ -190,10 +190,11 @@ static std::string lf_read(const std::filesystem::path& file, Learned learned, A
 }
 
 // Every failure becomes a text, and leaves no stands.
-static void lf_tryToRead(const std::filesystem::path& file, Learned learned, AirportLoad& load)
+static void lf_tryToRead(const pugi::xml_document& document, const pugi::xml_parse_result& parsed,
+                         Learned learned, AirportLoad& load)
 {
     try {
-        load.failed = lf_read(file, learned, load);
+        load.failed = lf_read(document, parsed, learned, load);
     } catch (const UserErrorException& e) {
         load.failed = e.what();
     } catch (const std::exception& e) {
@@ -212,20 +213,33 @@ static AirportLoad lf_newLoad(const std::string& source, const std::string& code
     return load;
 }
 
-AirportLoad gf_readApf(const std::string& path, const std::string& code)
+static void lf_readLocal(const std::filesystem::path& file, Learned learned, AirportLoad& load)
 {
-    AirportLoad load = lf_newLoad(path, code);
-    if (path.empty()) {
+    pugi::xml_document document;
+    lf_tryToRead(document, document.load_file(file.c_str()), learned, load);
+}
+
+// What was fetched is kept for people to look at.
+static void lf_readServed(const std::string& text, AirportLoad& load)
+{
+    gf_replaceFile(kAirportsFolder / "park_airport.xml", text);
+    pugi::xml_document document;
+    lf_tryToRead(document, document.load_buffer(text.data(), text.size()), Learned::LaidOver, load);
+}
+
+AirportLoad gf_readApf(const AirportSource& source, const std::string& code)
+{
+    AirportLoad load = lf_newLoad(source.path, code);
+    if (source.path.empty()) {
         load.failed = "gf_readApf xml is empty...";
     } else if (code.empty()) {
         load.failed = "gf_readApf no park airport set";
-    } else if (gf_isLocalPath(path)) {
-        lf_tryToRead(gf_toNativeForm(path), Learned::LaidOver, load);
-    } else if (const std::filesystem::path fetched = kAirportsFolder / "park_airport.xml";
-               gf_fetch(path, fetched)) {
-        lf_tryToRead(fetched, Learned::LaidOver, load);
+    } else if (gf_isLocalPath(source.path)) {
+        lf_readLocal(gf_toNativeForm(source.path), Learned::LaidOver, load);
+    } else if (source.served.text) {
+        lf_readServed(*source.served.text, load);
     } else {
-        load.failed = format("failed to download: \"{}\"", gf_serverAddress() + path);
+        load.failed = format("failed to download: \"{}\"", gf_serverAddress() + source.path);
         logLine(load.failed);
     }
     return load;
@@ -234,7 +248,7 @@ AirportLoad gf_readApf(const std::string& path, const std::string& code)
 AirportLoad gf_readApfAlone(const std::filesystem::path& file, const std::string& code)
 {
     AirportLoad load = lf_newLoad(file.string(), code);
-    lf_tryToRead(file, Learned::LeftOut, load);
+    lf_readLocal(file, Learned::LeftOut, load);
     return load;
 }
 

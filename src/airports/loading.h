@@ -5,6 +5,7 @@
 // parsed is moved aside. It leaves the stand list either whole or empty.
 #pragma once
 
+#include "airports/airport_lookup.h"
 #include "airports/airports.h"
 #include "airports/parking_settings.h"
 
@@ -24,9 +25,9 @@ struct AirportLoad {
     std::string failed;                       // what went wrong; empty on success
 };
 
-// Loads the airport file at `path`, a local path or one on the server, with the learned file that belongs to
-// it. Whatever is wrong with either is told, nothing is thrown.
-AirportLoad gf_readApf(const std::string& path, const std::string& code);
+// Loads the airport file, on the server one that has come, with the learned file that belongs to it. Whatever
+// is wrong with either is told, nothing is thrown.
+AirportLoad gf_readApf(const AirportSource& source, const std::string& code);
 
 // The same from a file wherever it lies, and without a learned one.
 AirportLoad gf_readApfAlone(const std::filesystem::path& file, const std::string& code);

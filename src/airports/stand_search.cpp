@@ -1,5 +1,6 @@
 #include "airports/stand_search.h"
 
+#include "airports/loading.h"
 #include "core/base/log.h"
 #include "core/base/random.h"
 #include "core/base/text.h"
@@ -108,6 +109,7 @@ static void lf_enlarge(ParkPos& stand, const LiveAc& ac)
     constexpr double kOverhang = 1.0 / kMetresPerNm;
     stand.radius = ac.radius - kOverhang;
     stand.radiusChanged = true;
+    gf_findNeighbours(parkApf.stands);  // it reaches farther now
     updateCount = updateCount + 1;
 }
 

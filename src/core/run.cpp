@@ -2,6 +2,7 @@
 
 #include "airports/catalogue.h"
 #include "airports/parking/park_airport.h"
+#include "airports/server_files.h"
 #include "core/base/clock.h"
 #include "core/base/display.h"
 #include "core/base/errors.h"
@@ -183,6 +184,7 @@ void gf_joinRunThreads()
 {
     gf_askRunThreadsToStop();
     runThreads = RunThreads{};
+    gf_forgetServerFiles();
 }
 
 bool gf_resetRun()

@@ -154,6 +154,7 @@ static void lf_runDue(std::span<const Job> jobs)
 void gf_longerPeriods()
 {
     constexpr int32_t kPeriod = 15;
+    gf_goOnLooking();
     if (secondCount % kPeriod == 0) {
         lf_runDue(kPeriodicJobs);
     } else {

@@ -47,6 +47,17 @@ static void lf_removeNeighbours(const LiveAc& ac, const ParkPos& stand)
     }
 }
 
+// Another aircraft is driving to an adjacent stand where the two would touch: first come, first served.
+static bool lf_isAwaitedBeside(const LiveAc& ac, const ParkPos& stand)
+{
+    return std::ranges::any_of(liveAcs, [&](const LiveAc& other) {
+        const ParkPos* neighbour = gf_stand(other.standId);
+        return &other != &ac && neighbour != nullptr && gf_holds(other, neighbour->index, kParks) &&
+               std::ranges::find(stand.neighbours, neighbour->index) != stand.neighbours.end() &&
+               gf_wouldTouch(ac.radius, stand, other.radius, *neighbour);
+    });
+}
+
 // Static aircraft on the stand itself; a creation that still waits is taken back.
 static void lf_clearStand(const LiveAc& ac, const ParkPos& stand)
 {
@@ -100,7 +111,7 @@ void try2Park(LiveAc& ac, bool wide)
     ac.lastParkLon = last.lon;
     const ParkPos* stand =
         gf_stand(standAtPosition(gf_placeOf(last), ac, wide ? kStandReach : kNarrow, wide));
-    if (stand == nullptr || gf_keptForUser(*stand)) {
+    if (stand == nullptr || gf_keptForUser(*stand) || lf_isAwaitedBeside(ac, *stand)) {
         return;
     }
     lf_removeHolder(ac, *stand);

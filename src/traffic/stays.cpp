@@ -4,10 +4,13 @@
 #include "core/base/parameters.h"
 #include "core/base/talkative_log.h"
 #include "core/base/text.h"
+#include "traffic/geodesy.h"
 #include "traffic/removal.h"
 #include "traffic/stand_holding.h"
 
 #include <algorithm>
+#include <map>
+#include <utility>
 
 namespace vlt {
 
@@ -104,6 +107,26 @@ void gf_flushParked()
     }
 }
 
+// Who has come to rest on the stand without taking it, since it is the user's, goes after a minute.
+static void lf_removeResting(const ParkPos& reserved)
+{
+    static std::map<uint32_t, int32_t> restsSince;  // [worker] ticks, by hexid
+    std::map<uint32_t, int32_t> resting;
+    for (LiveAc& ac : liveAcs) {
+        if (ac.fs != FsState::Active || ac.st != StState::Taxi || ac.stream.empty() ||
+            !ac.stream.front().stationary || distNm(gf_placeOf(ac), gf_placeOf(reserved)) > reserved.radius) {
+            continue;
+        }
+        const auto before = restsSince.find(ac.hexid);
+        const int32_t since = before == restsSince.end() ? tick.load() : before->second;
+        resting[ac.hexid] = since;
+        if (tick - since >= kTicksPerMinute) {
+            removeAircraftFromSim(ac, "the reserved stand stays free");
+        }
+    }
+    restsSince = std::move(resting);
+}
+
 void clearReservedStand()
 {
     const ParkPos* stand = gf_standById(reservedStand);
@@ -117,6 +140,7 @@ void clearReservedStand()
     if (holder != nullptr) {
         removeAircraftFromSim(*holder, "the reserved stand stays free");
     }
+    lf_removeResting(*stand);
 }
 
 }  // namespace vlt

@@ -127,7 +127,7 @@ TEST_F(AirportFileTest, aGeneratedFileIsWrittenAsItWasRead)
     const std::filesystem::path file =
         std::filesystem::path(VELATRA_SOURCE_DIR) / "data/world/user_airports/my_thirdparty/XSEE.xml";
     place.folder.write("airports/my_thirdparty/XSEE.xml", gf_textOfFile(file));
-    Apf apf = gf_readApf("airports/my_thirdparty/XSEE.xml", "XSEE").apf;
+    Apf apf = gf_readApf(gf_sourceAt("airports/my_thirdparty/XSEE.xml"), "XSEE").apf;
     ASSERT_FALSE(apf.stands.empty());
     apf.stands[0].options.push_back(option(false, 1));
     ASSERT_TRUE(saveAirportFile(apf, "out.xml", AirportFileMode::Generated));
@@ -154,7 +154,7 @@ TEST_F(AirportFileTest, whatWasLearnedComesBackOverItsArchivedAirport)
             apf.stands.push_back(stand(i, draw(4)));
         }
         ASSERT_TRUE(saveAirportFile(apf, "served/archive/stock/XTST.xml", AirportFileMode::Learned));
-        AirportLoad load = gf_readApf("archive/stock/XTST.xml", "XTST");
+        AirportLoad load = gf_readApf(gf_sourceAt("archive/stock/XTST.xml"), "XTST");
         ASSERT_EQ(gf_shownStands(apf.stands), gf_shownStands(load.apf.stands)) << load.failed;
         EXPECT_EQ(apf.quality, load.apf.quality);
         EXPECT_EQ(std::tie(apf.name, apf.publisher, apf.altitude),
@@ -193,7 +193,7 @@ TEST_F(AirportFileTest, whatWasLearnedComesBackOverItsArchivedAirport)
             std::ranges::for_each(expected.stands.back().options, [](auto& o) { o.archived = false; });
         }
         ASSERT_TRUE(saveAirportFile(apf, learned, AirportFileMode::Learned));
-        load = gf_readApf("archive/stock/XTST.xml", "XTST");
+        load = gf_readApf(gf_sourceAt("archive/stock/XTST.xml"), "XTST");
         EXPECT_EQ(gf_shownStands(expected.stands), gf_shownStands(load.apf.stands));
         EXPECT_EQ(gf_qualityFactor(expected.stands), load.apf.quality);
         EXPECT_EQ(load.apf.stands.size(), load.apf.stands.back().index);

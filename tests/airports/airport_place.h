@@ -2,6 +2,7 @@
 // the settings as they were afterwards.
 #pragma once
 
+#include "airports/airport_lookup.h"
 #include "airports/airports.h"
 #include "airports/catalogue.h"
 #include "airports/parking/park_airport.h"
@@ -64,6 +65,26 @@ protected:
     Workplace place;
     FileServer server{FileServerOptions{"served", 0, FileFault::None, ""}};
 };
+
+// What the server holds under the path now, or where the airport's file is now.
+inline AirportSource gf_sourceAt(const std::string& path)
+{
+    gf_forgetServerFiles();
+    AirportSource source{path, {}};
+    do {
+        source.served = gf_isLocalPath(path) ? ServerFile{} : gf_serverFile(path);
+    } while (source.served.awaited);
+    return source;
+}
+inline std::string gf_foundFile(const std::string& code)
+{
+    gf_forgetServerFiles();
+    AirportSource source;
+    do {
+        source = findAirportFile(code);
+    } while (source.served.awaited);
+    return source.path;
+}
 
 // A whole airport file around these `parkpos` elements.
 inline std::string gf_airportText(std::string_view stands, std::string_view more = "")

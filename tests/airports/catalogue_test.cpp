@@ -5,6 +5,16 @@
 
 namespace vlt {
 
+// When the server has told what it has.
+static const AirportRecord* lf_closest(LatLon position)
+{
+    gf_forgetServerFiles();
+    std::optional<const AirportRecord*> closest;
+    while (!(closest = closestAirport(position))) {
+    }
+    return *closest;
+}
+
 class CatalogueTest : public AirportPlace
 {
 };
@@ -36,8 +46,8 @@ TEST_F(CatalogueTest, aFieldWithinFiveMilesIsWhereTheUserIs)
     airportCatalogue = {{"XTST", "", 47, 8, 1000}};
     for (const double sign : {1.0, -1.0}) {
         for (const double miles : {4.99, 5.01}) {
-            EXPECT_EQ(miles < 5, closestAirport({47 + sign * miles / 60, 8}) != nullptr);
-            EXPECT_EQ(miles < 5, closestAirport({47, 8 + sign * miles / 60 / 0.6819984}) != nullptr);
+            EXPECT_EQ(miles < 5, lf_closest({47 + sign * miles / 60, 8}) != nullptr);
+            EXPECT_EQ(miles < 5, lf_closest({47, 8 + sign * miles / 60 / 0.6819984}) != nullptr);
         }
     }
 }
@@ -53,12 +63,12 @@ TEST_F(CatalogueTest, ofTwoFieldsTheOneWithTheNearerStandCounts)
                             {"ZZZZ", "", nearFirst ? 47 - 3 / 60.0 : 47 + 1 / 60.0, 8, 0}};
         archive(near, gf_airportText(gf_standText("N1", 800)));
         archive(far, gf_airportText(gf_standText("F1", 30)));
-        EXPECT_EQ(far, closestAirport({47, 8})->code);
+        EXPECT_EQ(far, lf_closest({47, 8})->code);
         archive(near, gf_airportText(gf_standText("N1", 30)));
-        EXPECT_EQ(near, closestAirport({47, 8})->code) << "a tie stays with the nearer one";
+        EXPECT_EQ(near, lf_closest({47, 8})->code) << "a tie stays with the nearer one";
         std::filesystem::remove("served/archive/stock/" + near + ".xml");
         std::filesystem::remove("served/archive/stock/" + far + ".xml");
-        EXPECT_EQ(near, closestAirport({47, 8})->code) << "without files the reference point decides";
+        EXPECT_EQ(near, lf_closest({47, 8})->code) << "without files the reference point decides";
     }
 }
 

@@ -13,7 +13,7 @@ class LoadingTest : public AirportPlace
 protected:
     static AirportLoad load(const std::string& path = "archive/stock/XTST.xml")
     {
-        return gf_readApf(path, "XTST");
+        return gf_readApf(gf_sourceAt(path), "XTST");
     }
     // The learned file of the archived XTST.
     void learn(const std::string& text) const
@@ -26,9 +26,9 @@ protected:
 
 TEST_F(LoadingTest, theUsersFoldersComeBeforeTheArchiveAndLinksBeforeFiles)
 {
-    EXPECT_EQ("", findAirportFile("XTST"));
+    EXPECT_EQ("", gf_foundFile("XTST"));
     archive("XTST", gf_airportText(""));
-    EXPECT_EQ("archive/stock/XTST.xml", findAirportFile("XTST"));
+    EXPECT_EQ("archive/stock/XTST.xml", gf_foundFile("XTST"));
     EXPECT_FALSE(std::filesystem::exists("XTST.xml")) << "the probe is gone again";
     const struct {
         const char *file, *text, *found;
@@ -40,16 +40,16 @@ TEST_F(LoadingTest, theUsersFoldersComeBeforeTheArchiveAndLinksBeforeFiles)
     };
     for (const auto& step : steps) {
         place.folder.write(step.file, step.text);
-        EXPECT_EQ(step.found, findAirportFile("XTST"));
+        EXPECT_EQ(step.found, gf_foundFile("XTST"));
     }
     for (const char* link :
          {"", "\n", "archive", "/etc/passwd.xml", "airports/../../x.xml", "http://x/y.xml", "xx"}) {
         place.folder.write("airports/my_thirdparty/XTST.txt", link);
-        EXPECT_EQ("airports/my_thirdparty/XTST.xml", findAirportFile("XTST")) << link;
+        EXPECT_EQ("airports/my_thirdparty/XTST.xml", gf_foundFile("XTST")) << link;
     }
     const auto asked = server.requests();
     for (const char* code : {"", "../XTST", "X TST", "TOOLONGCODE", "X/Y", "\xc3\x84"}) {
-        EXPECT_EQ("", findAirportFile(code)) << code;
+        EXPECT_EQ("", gf_foundFile(code)) << code;
     }
     EXPECT_EQ(asked, server.requests());
 }
@@ -79,7 +79,7 @@ TEST_F(LoadingTest, whatFailsLeavesNoStands)
 {
     const std::string path = "archive/stock/XTST.xml";
     EXPECT_EQ("gf_readApf xml is empty...", load("").failed);
-    EXPECT_EQ("gf_readApf no park airport set", gf_readApf(path, "").failed);
+    EXPECT_EQ("gf_readApf no park airport set", gf_readApf(gf_sourceAt(path), "").failed);
     EXPECT_TRUE(load().failed.starts_with("failed to download: \"http://127.0.0.1:"));
     std::string many;
     for (size_t i = 0; i <= kMostStands; ++i) {

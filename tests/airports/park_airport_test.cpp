@@ -7,10 +7,14 @@
 #include "core/base/display.h"
 #include "link/traffic_reader.h"
 #include "sim/dispatch.h"
+#include "core/base/run_state.h"
 #include "traffic/stays.h"
 
 #include <algorithm>
 #include <array>
+#include <asio/io_context.hpp>
+#include <asio/ip/tcp.hpp>
+#include <chrono>
 #include <map>
 #include <optional>
 #include <set>
@@ -55,6 +59,8 @@ protected:
     static void look()
     {
         parkAirportCheck();
+        while (gf_goOnLooking()) {
+        }
     }
 };
 
@@ -123,6 +129,7 @@ protected:
             std::filesystem::remove("served/archive/stock/" + at + ".xml");
         }
         served[at] = what;
+        gf_forgetServerFiles();  // else it would be asked again after five minutes only
     }
 
     static double far(std::string_view airport)
@@ -158,23 +165,41 @@ protected:
         state = now;
         reserved.clear();
     }
+    // The server's file was of no use less than five minutes ago.
+    bool isUseless(const std::string& at) const
+    {
+        const auto since = useless.find(at);
+        return since != useless.end() && tick - since->second < 300 * kTicksPerSecond;
+    }
+    std::string firstUseful() const
+    {
+        const auto found =
+            std::ranges::find_if(lines, [this](const std::string& l) { return !isUseless(l.substr(0, 4)); });
+        return found == lines.end() ? "" : found->substr(0, 4);
+    }
+    static std::string underWheels()
+    {
+        return far("XAAA") <= 5 ? "XAAA" : far("XBBB") <= 5 ? "XBBB" : "";
+    }
     void expectGround()
     {
-        if (distNm(vain, last) < 1 && tick - vainTick < 300 * kTicksPerSecond) {
+        const std::string at = underWheels();
+        if ((distNm(vain, last) < 1 && tick - vainTick < 300 * kTicksPerSecond) || isUseless(at)) {
             return;
         }
-        vain = last;
+        const bool none = at.empty() || served[at] == None;
+        vain = none ? last : LatLon{};
         vainTick = tick;
-        for (const std::string airport : {"XAAA", "XBBB"}) {
-            if (far(airport) <= 5 && served[airport] != None) {
-                become(airport, ParkState::InSight);
-                vain = {};
-            }
+        if (!none) {
+            become(at, ParkState::InSight);
         }
     }
     void expectLook()
     {
         if (state == ParkState::InSight) {
+            if (served[code] != Good) {
+                useless[code] = tick;
+            }
             percentage = served[code] != Good ? percentage : code == "XAAA" ? 30 : 55;
             become(served[code] == Good ? code : "",
                    served[code] == Good ? ParkState::Loaded : ParkState::None);
@@ -188,14 +213,20 @@ protected:
         if (last != before) {
             std::ranges::stable_sort(lines, {}, [](const std::string& l) { return far(l.substr(0, 4)); });
         }
-        const bool listed = !lines.empty() && inSight(first());
+        const std::string next = firstUseful();
+        const bool listed = !next.empty() && inSight(next);
         if (state == ParkState::None) {
             if (userOnGround) {
                 expectGround();
             } else if (listed) {
-                become(first(), ParkState::InSight);
+                become(next, ParkState::InSight);
             }
-        } else if (!userOnGround && (!inSight(code) || (listed && far(first()) < far(code)))) {
+        } else if (userOnGround) {
+            const std::string at = underWheels();
+            if (far(code) > 5 && !at.empty() && !isUseless(at) && served[at] != None) {
+                become("", ParkState::None);
+            }
+        } else if (!inSight(code) || (listed && far(next) < far(code))) {
             become("", ParkState::None);
         }
     }
@@ -213,6 +244,7 @@ protected:
                 gf_resetParkAirport();
                 become("", ParkState::None);
                 vain = last = {};
+                useless.clear();
             }
             list(joined(lines, "\r\n"));
             lf_readMyParkAirports();
@@ -261,7 +293,8 @@ protected:
     }
 
     std::map<std::string, Served> served;
-    std::vector<std::string> lines;  // of the list
+    std::map<std::string, int32_t> useless;  // since which tick
+    std::vector<std::string> lines;          // of the list
     std::string code, reserved;
     std::set<std::string> kept;  // the stands closed to static parking
     ParkState state = ParkState::None;
@@ -308,6 +341,24 @@ TEST_F(ParkWalk, theParkAirportFollowsUserListAndServer)
         ASSERT_EQ(state != ParkState::None, parkAirport.has_value());
     }
     EXPECT_EQ(5U, looks.size()) << "neither airport was always away";
+}
+
+TEST_F(ParkAirportTest, aServerThatNeverAnswersHoldsNoLook)
+{
+    asio::io_context context;
+    asio::ip::tcp::acceptor silent(context, {asio::ip::address_v4::loopback(), 0});
+    const ScopedVariable address("VELATRA_SERVER",
+                                 format("http://127.0.0.1:{}/", silent.local_endpoint().port()));
+    put(0, 0, {});
+    const auto begun = std::chrono::steady_clock::now();
+    for (int i = 0; i < 5; ++i) {
+        parkAirportCheck();
+        EXPECT_TRUE(gf_goOnLooking());
+    }
+    closeRequested = true;
+    gf_forgetServerFiles();
+    closeRequested = false;
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(5));
 }
 
 // --- what goes with it

@@ -18,6 +18,79 @@
 
 namespace vlt {
 
+// What users, their files and the window rely on: every value of every parameter.
+TEST(Parameters, haveTheirDefaultsRangesAndPlaces)
+{
+    struct Row {
+        const char* name;
+        int32_t def, min, max;
+        uint16_t id;
+        int32_t y;
+    };
+    // clang-format off
+    static constexpr Row kSwitches[] = {
+        {"RANDOM", 1, 1, 1, 0, 0},
+        {"ALWAYS_ON_TOP", 0, 0, 0, 32771, 147},
+        {"GUID_CHANGES", 1, 1, 1, 32773, 203},
+        {"AEROWINX", 0, 0, 0, 32775, 203},
+        {"LEARN_SOFT", 1, 1, 1, 32777, 175},
+        {"NAV_LIGHTS_WHILE_PARKED", 1, 1, 1, 32778, 175},
+        {"LOG", 1, 1, 1, 32779, 147},
+        {"SCAN_LIVERIES", 1, 1, 1, 32797, 147},
+        {"LIG_AUTOMATIC", 1, 1, 1, 32798, 147},
+        {"LIG_PRIORITIZE", 0, 0, 0, 32799, 147},
+        {"SUPPRESS_STUB", 1, 1, 1, 32801, 147},
+        {"SCAN_AIRPORTS", 1, 1, 1, 32802, 175},
+        {"AFG_AUTOMATIC", 1, 1, 1, 32803, 175},
+        {"LIGHT_AIRCRAFT", 1, 1, 1, 32809, 203},
+        {"HELICOPTERS", 1, 1, 1, 32810, 203},
+        {"HIGH_PERF_AIRCRAFT", 1, 1, 1, 32811, 203},
+        {"AUTO_RANGE", 1, 1, 1, 32819, 231},
+        {"COLLISION_USER_AIR", 1, 1, 1, 32833, 287},
+        {"COLLISION_USER_GND", 1, 1, 1, 32834, 287},
+        {"COLLISION_LIVE_PARKED_GND", 0, 0, 0, 32835, 287},
+        {"INITIAL_LOAD_ONLY", 0, 0, 0, 32850, 371},
+        {"PARK_SOFT", 1, 1, 1, 32851, 371},
+        {"PARK_FAKE", 0, 0, 0, 32852, 371},
+        {"WEEK", 0, 0, 0, 32854, 371},
+        {"STRAIGHT_PBS_ONLY", 0, 0, 0, 32856, 315},
+    };
+    static constexpr Row kNumbers[] = {
+        {"CUSTOM_PARKING_PERCENTAGE", -1, -1, 100, 0, 0},
+        {"MAIN_WINDOW_X", 400, -30000, 30000, 0, 0},
+        {"MAIN_WINDOW_Y", 20, -30000, 30000, 0, 0},
+        {"LAST_EPOCH_TIME", 0, 0, 2147483647, 0, 0},
+        {"HOLDING_THRESHOLD_METERS", 250, 10, 4000, 0, 0},
+        {"MAX_HOLDING_MINUTES", 20, 1, 60, 0, 0},
+        {"P3D_VERSION", 5, 5, 6, 0, 0},
+        {"MATCHING_DEPTH", 4, 1, 4, 32808, 203},
+        {"LATERAL_RANGE", 40, 2, 100, 32818, 231},
+        {"AUTO_RANGE_ABOVE_HEIGHT", 49000, 18000, 49000, 32820, 231},
+        {"MAX_LIVE", -1, -1, 300, 32821, 315},
+        {"AIRPORT_RANGE", 20, 8, 30, 32841, 343},
+        {"AIRPORT_HEIGHT", 18000, 2000, 45000, 32842, 343},
+        {"parking_percentage", 30, 0, 100, 32848, 371},
+        {"MAX_FIT", 47, 0, 47, 32853, 371},
+        {"CUSTOM_MAX_PARK", -1, -1, 500, 32865, 315},
+    };
+    // clang-format on
+    const auto compare = [](const auto& table, const auto& parameters) {
+        ASSERT_EQ(std::size(table), parameters.size());
+        for (size_t i = 0; i < parameters.size(); ++i) {
+            const auto* place = dynamic_cast<const Control*>(parameters[i]);
+            const Row& row = table[i];
+            EXPECT_EQ(row.name, parameters[i]->name);
+            EXPECT_EQ(row.def, parameters[i]->def) << row.name;
+            EXPECT_EQ(row.min, parameters[i]->min) << row.name;
+            EXPECT_EQ(row.max, parameters[i]->max) << row.name;
+            EXPECT_EQ(row.id, place != nullptr ? place->id : 0) << row.name;
+            EXPECT_EQ(row.y, place != nullptr ? place->y : 0) << row.name;
+        }
+    };
+    compare(kSwitches, gf_parameters<bool>());
+    compare(kNumbers, gf_parameters<int32_t>());
+}
+
 class ParametersTest : public ::testing::Test
 {
 protected:

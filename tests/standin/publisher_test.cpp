@@ -105,7 +105,7 @@ TEST(Publisher, tablesThatCannotBePublishedAreNamed)
             gf_dbaseText(folder.path());
             ADD_FAILURE() << c.expected;
         } catch (const std::exception& e) {
-            EXPECT_STREQ(c.expected, e.what());
+            EXPECT_TRUE(std::string_view(e.what()).ends_with(c.expected));
         }
     }
 }

@@ -2,6 +2,7 @@
 #include "traffic/spawn.h"
 
 #include "core/base/run_state.h"
+#include "liveries/database.h"
 #include "liveries/liveries.h"
 #include "traffic/auto_range.h"
 #include "traffic/create_request.h"
@@ -150,6 +151,13 @@ TEST_F(Spawn, theFurthestMakesRoom)
     liveAcs[1].lat = 47.4;
     EXPECT_EQ(Erased, gate(gf_addBuffered(20004, "BAW4AK"))) << "further than all";
     EXPECT_FALSE(goes(liveAcs[1]));
+    liveAcs[1].lat = 50;
+    LiveAc& unknown = gf_addBuffered(20005, "XXX1");
+    unknown.airline = "XXX";
+    unknown.model = "A388";
+    EXPECT_EQ(Erased, gate(unknown));
+    EXPECT_EQ("no livery fits", unknown.goesBecause);
+    EXPECT_FALSE(goes(liveAcs[1])) << "who is turned away costs nobody its object";
 }
 
 TEST_F(Spawn, theRegistrationOrTheCallSignTellsTheAirline)
@@ -167,6 +175,7 @@ TEST_F(Spawn, theRegistrationOrTheCallSignTellsTheAirline)
         ac.regcode = c.regcode;
         gate(ac);
         EXPECT_EQ(c.expected, format("{} {} {}", ac.callsign, ac.airline, ac.model));
+        EXPECT_TRUE(ac.model == "A319" || ac.radius == halfWingspanNm("B738")) << "as wide as it is shown";
     }
 }
 

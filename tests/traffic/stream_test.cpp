@@ -3,6 +3,7 @@
 
 #include "traffic/arrival.h"
 #include "traffic/stage.h"
+#include "traffic/stays.h"
 #include "traffic/stream_end.h"
 
 namespace vlt {
@@ -79,7 +80,8 @@ TEST_F(Stream, whatAReportDoes)
         {"very far off",                        "pushed_back: 0s",              "103@8",         "taxi: 0s 103@8"},
         {"nearly",                              "pushed_back: 0s",        "101@8",    "pushed_back holds: 0s"},
         {"while it is pushed",                  "pushing_back: 0s",             "-40@4 -90@4",   "pushing_back: 0s"},
-        {"not yet in the simulator",            "birth: 0s",                    "40",            "birth: 0s 40"},
+        {"shown without a phase, it finds one", "birth: 0s",                    "40",            "taxi: 0s 40"},
+        {"the same in the air", "birth: 0^900 90^900", "180^900", "flying: 0^900 90^900 180^900"},
     };
     // clang-format on
     for (const auto& c : cases) {
@@ -90,6 +92,20 @@ TEST_F(Stream, whatAReportDoes)
         EXPECT_EQ(c.after, look(ac)) << c.what;
         EXPECT_LE(tick, ac.stream.front().time) << c.what;
     }
+}
+
+TEST_F(Stream, whoRestsOnTheReservedStandGoesAfterAMinute)
+{
+    gf_addStand("A1", 0, 0, 90);
+    reservedStand = "A1";
+    LiveAc& ac = add("taxi: 0s");
+    for (int second = 0; second < 60; second += 15, tick += 15 * kTicksPerSecond) {
+        clearReservedStand();
+        EXPECT_FALSE(goes(ac)) << second;
+    }
+    clearReservedStand();
+    EXPECT_TRUE(goes(ac));
+    reservedStand.clear();
 }
 
 TEST_F(Stream, atAStandItIsNoiseUntilItLeadsAway)

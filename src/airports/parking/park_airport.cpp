@@ -5,6 +5,7 @@
 #include "airports/loading.h"
 #include "airports/parking/park_list.h"
 #include "airports/parking/reserved_stand.h"
+#include "airports/server_files.h"
 #include "airports/stand_search.h"
 #include "core/base/clock.h"
 #include "core/base/display.h"
@@ -17,6 +18,8 @@
 #include "traffic/stays.h"
 
 #include <algorithm>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -31,6 +34,13 @@ struct FruitlessLook {
     int32_t tick = 0;
 };
 static std::optional<FruitlessLook> fruitlessLook;  // [worker]
+
+// The ticks at which airports' files were found to be of no use.
+static std::map<std::string, int32_t, std::less<>> uselessSince;  // [worker] by code
+
+static bool waitsForServer = false;  // [worker] the last look could not end without an answer
+
+static constexpr int32_t kAgainAfter = 300 * kTicksPerSecond;
 
 // --- becoming and ceasing
 
@@ -71,6 +81,9 @@ void gf_resetParkAirport()
     parkAirports.clear();
     lastPosition = {};
     fruitlessLook.reset();
+    uselessSince.clear();
+    waitsForServer = false;
+    gf_forgetServerFiles();
 }
 
 // --- the load
@@ -124,40 +137,42 @@ void gf_installParkAirport(AirportLoad load, LatLon place)
     gf_adaptRange();
 }
 
-// The park airport's file. The text is empty on success, else what went wrong.
-static std::string lf_readParkedFile()
+// What is wrong with the park airport's file; empty: it is loaded.
+static std::string lf_readParkedFile(const AirportSource& source)
 {
     const std::string& code = parkApf.code;
-    const std::string path = findAirportFile(code);
-    if (path.empty()) {
-        return format("lf_readParkedFile {} not found", code);
+    if (source.path.empty()) {
+        return format("lf_readParkedFile {} not found (archive/stock/{}.xml)", code, code);
     }
-    if (path.find("unknown") != std::string::npos) {
-        return format("lf_readParkedFile {} has publisher:unknown, {}", code, path);
+    if (source.path.find("unknown") != std::string::npos) {
+        return format("lf_readParkedFile {} has publisher:unknown, {}", code, source.path);
     }
-    AirportLoad load = gf_readApf(path, code);
-    if (load.failed.empty()) {
-        gf_installParkAirport(std::move(load), gf_placeOf(*parkAirport));
-        updateReservedStand();
-        return {};
+    AirportLoad load = gf_readApf(source, code);
+    if (!load.failed.empty()) {
+        return format("{}, {}: {}", code, source.path, load.failed);
     }
-    return load.failed;
+    gf_installParkAirport(std::move(load), gf_placeOf(*parkAirport));
+    updateReservedStand();
+    return {};
 }
 
 // A file that can't be used costs the airport its parking, not the user the traffic.
-static std::string lf_tryToReadParkedFile()
-{
-    try {
-        return lf_readParkedFile();
-    } catch (const std::exception& e) {
-        return e.what();
-    }
-}
-
 static void lf_loadNow()
 {
-    if (const std::string failed = lf_tryToReadParkedFile(); !failed.empty()) {
+    std::string failed;
+    try {
+        const AirportSource source = findAirportFile(parkApf.code);
+        if (source.served.awaited) {
+            waitsForServer = true;
+            return;
+        }
+        failed = lf_readParkedFile(source);
+    } catch (const std::exception& e) {
+        failed = e.what();
+    }
+    if (!failed.empty()) {
         showMessage(failed, true);
+        uselessSince[parkApf.code] = tick;
         closeAirport();
     }
 }
@@ -173,58 +188,104 @@ static bool lf_isInSight(double distance)
 static bool lf_lookedInVainLately()
 {
     constexpr double kMoved = 1.0;  // nm
-    constexpr int32_t kAgainAfter = 300 * kTicksPerSecond;
     return fruitlessLook && distNm(fruitlessLook->position, gf_placeOf(userNow)) < kMoved &&
            tick - fruitlessLook->tick < kAgainAfter;
 }
 
+// Its file was of no use a short while ago: others come first.
+static bool lf_isUseless(std::string_view code)
+{
+    const auto since = uselessSince.find(code);
+    return since != uselessSince.end() && tick - since->second < kAgainAfter;
+}
+
 static void lf_findAirportAround()
 {
-    fruitlessLook = FruitlessLook{gf_placeOf(userNow), tick};
-    const AirportRecord* airport = closestAirport(gf_placeOf(userNow));
+    const std::optional<const AirportRecord*> closest = closestAirport(gf_placeOf(userNow));
+    if (!closest) {
+        waitsForServer = true;
+        return;
+    }
+    const AirportRecord* airport = *closest;
     if (airport == nullptr) {
         logLine("User aircraft on the ground, no airport in sight");
+        fruitlessLook = FruitlessLook{gf_placeOf(userNow), tick};
         return;
     }
-    if (findAirportFile(airport->code).empty()) {
+    if (lf_isUseless(airport->code)) {
+        return;
+    }
+    const AirportSource source = findAirportFile(airport->code);
+    if (source.path.empty()) {
         logLine(format("User aircraft on the ground at {}, no airport file found", airport->code));
-        return;
+        fruitlessLook = FruitlessLook{gf_placeOf(userNow), tick};
+    } else if (source.served.awaited) {
+        waitsForServer = true;
+    } else {
+        logLine(format("User aircraft on the ground at {}", airport->code));
+        fruitlessLook.reset();
+        setParkAirport(airport->code);
     }
-    logLine(format("User aircraft on the ground at {}", airport->code));
-    fruitlessLook.reset();
-    setParkAirport(airport->code);
 }
 
 // A folder that can't be read costs the airport, not the run.
-static void lf_lookAround()
+template <typename Look>
+static void lf_tried(const Look& look)
 {
     try {
-        if (!lf_lookedInVainLately()) {
-            lf_findAirportAround();
-        }
+        look();
     } catch (const std::exception& e) {
         logLine(format("checkInSight: {}", e.what()));
     }
 }
 
+// Of the list, which is sorted by distance; nullptr for none.
+static const ParkListEntry* lf_firstUseful()
+{
+    const auto found = std::ranges::find_if(
+        parkAirports, [](const ParkListEntry& entry) { return !lf_isUseless(entry.code); });
+    return found == parkAirports.end() ? nullptr : &*found;
+}
+
 static void checkInSight()
 {
     if (userOnGround) {
-        lf_lookAround();
+        if (!lf_lookedInVainLately()) {
+            lf_tried(lf_findAirportAround);
+        }
         return;
     }
-    if (parkAirports.empty()) {
+    const ParkListEntry* first = lf_firstUseful();
+    if (first != nullptr && lf_isInSight(first->distance) && setParkAirport(first->code)) {
+        logLine(format("{} in sight at {:.1F} nm", first->code, first->distance));
+        lf_tried([first] { findAirportFile(first->code); });  // so that the server has answered by then
+    }
+}
+
+// The user has landed elsewhere: the field under the wheels is the one to look at.
+static void lf_lookUnderWheels()
+{
+    if (distNm(gf_placeOf(userNow), gf_placeOf(*parkAirport)) <= kAirportRadius) {
         return;
     }
-    const ParkListEntry& first = parkAirports.front();
-    if (lf_isInSight(first.distance) && setParkAirport(first.code)) {
-        logLine(format("{} in sight at {:.1F} nm", first.code, first.distance));
+    const AirportRecord* field = closestAirport(gf_placeOf(userNow)).value_or(nullptr);
+    if (field == nullptr || field->code == parkApf.code || lf_isUseless(field->code)) {
+        return;
+    }
+    const AirportSource source = findAirportFile(field->code);
+    waitsForServer = source.served.awaited;
+    if (!source.path.empty() && !source.served.awaited) {
+        logLine(format("\n{} User aircraft on the ground at {}, parked aircraft at {} will be removed first",
+                       timeOfDayString(), field->code, parkApf.code));
+        gf_flushParked();
+        closeAirport();
     }
 }
 
 static void checkOutOfSight()
 {
     if (userOnGround) {
+        lf_tried(lf_lookUnderWheels);
         return;
     }
     const std::string code = parkApf.code;
@@ -236,20 +297,27 @@ static void checkOutOfSight()
         closeAirport();
         return;
     }
-    if (parkAirports.empty()) {
-        return;
-    }
-    const ParkListEntry& first = parkAirports.front();
-    if (first.code != code && lf_isInSight(first.distance) && first.distance < distance) {
+    const ParkListEntry* first = lf_firstUseful();
+    if (first != nullptr && first->code != code && lf_isInSight(first->distance) &&
+        first->distance < distance) {
         logLine(format("\n{} {} is in sight ({:.1F} nm), parked aircraft at {} will be removed first",
-                       timeOfDayString(), first.code, first.distance, code));
+                       timeOfDayString(), first->code, first->distance, code));
         gf_flushParked();
         closeAirport();
     }
 }
 
+bool gf_goOnLooking()
+{
+    if (waitsForServer && gf_serverAnswered()) {
+        parkAirportCheck();
+    }
+    return waitsForServer;
+}
+
 void parkAirportCheck()
 {
+    waitsForServer = false;
     if (parkState == ParkState::InSight) {
         lf_loadNow();
         return;

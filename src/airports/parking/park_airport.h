@@ -13,6 +13,8 @@ namespace vlt {
 
 // The regular look: loads the airport that came in sight, or looks whether one comes or goes.
 void parkAirportCheck();
+// Goes on with a look that waits for the server once that has answered. True while it waits.
+bool gf_goOnLooking();
 
 // Makes `code` the park airport; the next look loads its file. False when it isn't in the catalogue.
 bool setParkAirport(std::string_view code);

@@ -27,6 +27,12 @@ static std::string lf_codeOf(std::string_view line)
     return gf_upperCase(gf_trimmed(line.substr(0, line.find(','))));
 }
 
+// A line with more fields than a code and a stand is somebody's slip: it is skipped, and stays.
+static bool lf_isWellFormed(std::string_view line)
+{
+    return std::ranges::count(line, ',') <= 1;
+}
+
 // --- reading
 
 // The airports that stand in the list already.
@@ -41,8 +47,7 @@ static void lf_append(const AirportRecord& airport, std::string_view stand, Know
 // False for an airport that isn't known.
 static bool lf_readLine(std::string_view line, KnownCodes& known)
 {
-    constexpr auto kMostCommas = 1;
-    if (std::ranges::count(line, ',') > kMostCommas) {
+    if (!lf_isWellFormed(line)) {
         logLine(format("{}:{} wrong syntax, skipped", lf_fileName(), line));
         return true;
     }
@@ -173,8 +178,9 @@ static void lf_store(const ParkListEntry& entry)
     if (!whole) {
         return;  // what can't be read isn't overwritten
     }
-    const auto old =
-        std::ranges::find_if(lines, [&entry](const std::string& l) { return lf_codeOf(l) == entry.code; });
+    const auto old = std::ranges::find_if(lines, [&entry](const std::string& there) {
+        return lf_isWellFormed(there) && lf_codeOf(there) == entry.code;
+    });
     if (old != lines.end()) {
         *old = line;
         if (lf_write(lines)) {

@@ -38,12 +38,17 @@ static int lf_abortWhenStopping(void*, curl_off_t, curl_off_t, curl_off_t, curl_
     return gf_stopping() ? 1 : 0;
 }
 
-static CURLcode lf_transfer(CURL* curl, const std::string& url, std::FILE* file)
+// Takes a piece of the body, as std::fwrite does with a std::FILE.
+using TakePiece = size_t (*)(const void* piece, size_t size, size_t count, void* target);
+
+// What went wrong with the transfer, or the answer; empty: the whole body was given to `take`. An answer
+// without a body, and any but 200, is not the file that was asked for.
+static std::string lf_transfer(CURL* curl, const std::string& url, TakePiece take, void* target)
 {
     curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
     curl_easy_setopt(curl, CURLOPT_USERAGENT, "Velatra");
-    curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, &std::fwrite);
-    curl_easy_setopt(curl, CURLOPT_WRITEDATA, file);
+    curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, take);
+    curl_easy_setopt(curl, CURLOPT_WRITEDATA, target);
     curl_easy_setopt(curl, CURLOPT_FAILONERROR, 1L);
     curl_easy_setopt(curl, CURLOPT_SSL_VERIFYPEER, 1L);
     curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, 2L);
@@ -56,7 +61,15 @@ static CURLcode lf_transfer(CURL* curl, const std::string& url, std::FILE* file)
     curl_easy_setopt(curl, CURLOPT_QUICK_EXIT, 1L);  // a stop doesn't wait for a name server
     curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
     curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, &lf_abortWhenStopping);
-    return curl_easy_perform(curl);
+    if (const CURLcode code = curl_easy_perform(curl); code != CURLE_OK) {
+        return curl_easy_strerror(code);
+    }
+    constexpr long kFound = 200;
+    long status = 0;
+    curl_off_t bytes = 0;
+    curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &status);
+    curl_easy_getinfo(curl, CURLINFO_SIZE_DOWNLOAD_T, &bytes);
+    return status != kFound ? format("the server answers {}", status) : bytes == 0 ? "the file is empty" : "";
 }
 
 // Fetches into the file `part`. False, and the log says why, unless it was fully fetched.
@@ -67,13 +80,17 @@ static bool lf_fetchInto(CURL* curl, const std::string& url, const std::filesyst
         logLine(format("could not open output file: {}", gf_shown(part)));
         return false;
     }
-    const CURLcode code = lf_transfer(curl, url, file);
-    const bool written = std::fclose(file) == 0;
-    if (code != CURLE_OK || !written) {
-        logLine(
-            format("{}: {}", url, code == CURLE_OK ? "the file can't be written" : curl_easy_strerror(code)));
+    const auto put = [](const void* piece, size_t size, size_t count, void* target) {
+        return std::fwrite(piece, size, count, static_cast<std::FILE*>(target));
+    };
+    std::string failed = lf_transfer(curl, url, put, file);
+    if (std::fclose(file) != 0 && failed.empty()) {
+        failed = "the file can't be written";
     }
-    return code == CURLE_OK && written;
+    if (!failed.empty()) {
+        logLine(format("{}: {}", url, failed));
+    }
+    return failed.empty();
 }
 
 bool download(CURL* curl, const std::string& url, const std::filesystem::path& localPath, bool binary)
@@ -109,17 +126,44 @@ static bool lf_unzipText(const std::filesystem::path& zipPath, const std::filesy
     });
 }
 
-bool gf_fetch(const std::string& name, const std::filesystem::path& localPath)
+using Curl = std::unique_ptr<CURL, void (*)(CURL*)>;
+
+static Curl lf_newCurl()
 {
     static std::once_flag curlReady;
     std::call_once(curlReady, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
-    const std::unique_ptr<CURL, void (*)(CURL*)> curl(curl_easy_init(), curl_easy_cleanup);
+    return {curl_easy_init(), curl_easy_cleanup};
+}
+
+static bool lf_fetch(const std::string& name, const std::filesystem::path& localPath)
+{
+    const Curl curl = lf_newCurl();
     return curl && download(curl.get(), gf_serverAddress() + name, localPath, true);
+}
+
+std::optional<std::string> gf_fetchText(const std::string& name, std::chrono::seconds limit)
+{
+    const Curl curl = lf_newCurl();
+    if (!curl) {
+        return std::nullopt;
+    }
+    std::string text;
+    const auto put = [](const void* piece, size_t size, size_t count, void* target) {
+        static_cast<std::string*>(target)->append(static_cast<const char*>(piece), size * count);
+        return size * count;
+    };
+    curl_easy_setopt(curl.get(), CURLOPT_TIMEOUT, static_cast<long>(limit.count()));
+    const std::string url = gf_serverAddress() + name;
+    if (const std::string failed = lf_transfer(curl.get(), url, put, &text); !failed.empty()) {
+        logLine(format("{}: {}", url, failed));
+        return std::nullopt;
+    }
+    return text;
 }
 
 bool fetchZippedText(const std::string& zipName, const std::filesystem::path& targetPath)
 {
-    if (!gf_fetch(zipName, zipName)) {
+    if (!lf_fetch(zipName, zipName)) {
         logLine(format("downloading {} failed?", zipName));
         return false;
     }

@@ -1,12 +1,14 @@
 // Downloads from the program's server. The only place that speaks HTTP.
 //
-// Worker thread, one transfer at a time. Certificates are verified; a transfer that doesn't connect or
+// Any thread. Certificates are verified; a transfer that doesn't connect or
 // crawls is given up, and so is any when the run is to stop. Nothing partial is left behind.
 #pragma once
 
 #include <curl/curl.h>
 
+#include <chrono>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace vlt {
@@ -18,8 +20,8 @@ std::string gf_serverAddress();
 // `binary` false writes line ends in the system's form.
 bool download(CURL* curl, const std::string& url, const std::filesystem::path& localPath, bool binary);
 
-// Fetches the server's file `name`, a path below its base address, into `localPath`.
-bool gf_fetch(const std::string& name, const std::filesystem::path& localPath);
+// The content of the server's file `name`, a path below its base address, fetched within the limit.
+std::optional<std::string> gf_fetchText(const std::string& name, std::chrono::seconds limit);
 
 // Fetches the server's archive `zipName` and writes the text of its entries, folders apart, to
 // `targetPath`. True when it stands there; else `targetPath` is as before.
