@@ -52,6 +52,7 @@ TEST_F(AirMotion, aRoadInTheAirIsFlownWithinTheCategorysPowers)
             const PosSample& end = ac.stream.front();
             const int32_t ticks = std::max(end.time - tick, kShortestLeg);
             EXPECT_LT(std::abs(ac.dLon), 1e-3) << "the short way";
+            const double pitchOff = gf_pitchForVs(end.vs) - ac.pitch;
             for (int i = 0; i < ticks; ++i, ++tick) {
                 const LiveAc before = ac;
                 stepMotion(ac);
@@ -63,6 +64,8 @@ TEST_F(AirMotion, aRoadInTheAirIsFlownWithinTheCategorysPowers)
                 EXPECT_LE(std::abs(ac.pitch - before.pitch), limit.pitchRate / 100 * kDeg + 1e-9);
             }
             EXPECT_NEAR(0, distNm(gf_placeOf(end), gf_placeOf(ac)) * kMetresPerNm, 0.1);
+            const double limitOff = std::max(std::abs(pitchOff) - limit.pitchRate / 100 * kDeg * ticks, 0.0);
+            EXPECT_NEAR(limitOff, std::abs(gf_pitchForVs(end.vs) - ac.pitch), 1e-9);
             if (ac.stream.size() > 1 && ac.agl < 1000) {
                 const double next = bearing(gf_placeOf(end), gf_placeOf(ac.stream[1]));
                 EXPECT_NEAR(0, angleDiff(next, ac.hdg), 0.01) << "its nose where it goes on";
@@ -239,7 +242,9 @@ TEST_F(AirMotion, flaresInStagesAndTouchesDown)
         EXPECT_EQ(s.altRate, ac.altRate);
         EXPECT_EQ(s.vs, ac.stream[0].vs);
     }
-    EXPECT_TRUE(flareActive);
+    ac.agl = 0;
+    flareStep(ac);
+    EXPECT_TRUE(flareActive && ac.flareStage == 4);
     EXPECT_EQ("throttle=0", commands());
     fly(ac, 200);
     EXPECT_NEAR(-3.25 * kDeg, ac.pitch, 1e-9) << "half of the category's 400 ticks";

@@ -81,6 +81,7 @@ TEST_F(GroundMotion, whichBendsBecomeCurvesAndWhichLegsAreHalved)
         {"no change",                            0,    150, 10,   15,   "taxi: 150@15"},
         {"no long leg",                          0,    99,  10,   20,   "taxi: 99@20"},
         {"from standing",                        0,    150, 0,    8,    "taxi: 75@4 150@8"},
+        {"no leg at all",                        0,    0,   10,   10,   "taxi turns: 0@10s"},
     };
     // clang-format on
     for (const auto& c : cases) {
@@ -146,6 +147,20 @@ TEST_F(GroundMotion, aTaxiRoadIsDrivenWithoutJumps)
     }
 }
 
+TEST_F(GroundMotion, aCurveHasAPointEverywhereButOutside)
+{
+    LiveAc& ac = add("taxi: 0 40 40,-40");
+    makeCurve(ac);
+    // A quadratic curve's middle: a quarter of both ends and half of the control point.
+    const std::pair<double, const char*> cases[] = {{0, "0 0 90"}, {0.5, "30 -10 135"}, {1, "40 -40 180"}};
+    for (const auto& [at, expected] : cases) {
+        const CurvePoint point = curvePoint(ac.curve, at).value();
+        EXPECT_EQ(expected, format("{:.0f} {:.0f} {:.0f}", east(point) + 0.01, north(point) + 0.01,
+                                   point.bearing * kDegPerRad));
+    }
+    EXPECT_FALSE(curvePoint(ac.curve, -0.001) || curvePoint(ac.curve, 1.001) || curvePoint(Curve{}, 0.5));
+}
+
 TEST_F(GroundMotion, howItLeavesAStand)
 {
     // Two half spans ahead, or 2.5 radii of the stand back, 50 m, of which the second half is the turn's.
@@ -194,6 +209,7 @@ TEST_F(GroundMotion, whereItParks)
         c.spoil(ac);
         nextPos(ac);
         EXPECT_EQ(c.parks, ac.st == StState::Parking) << c.what;
+        EXPECT_EQ(c.parks, look(ac).ends_with(": 0@4 0+1s")) << c.what;
     }
 }
 
@@ -231,7 +247,10 @@ TEST_F(GroundMotion, atItsStandItParksUnlessSomebodyDoesAndElseTaxiesOn)
         ParkPos& stand = gf_addStand("A1", metres, 0, 90);
         LiveAc& ac = add("parking: 0s");
         gf_takeStand(ac, stand);
+        addStatic(9);
+        maxPark = 1;
         arrivedAtStand(ac);
+        EXPECT_EQ(metres < 2, goes(staticAcs[0])) << "one is enough";
         EXPECT_EQ(metres < 2 ? StState::Parked : StState::Taxi, ac.st) << metres;
         EXPECT_EQ(StState::Parking, ac.prevSt);
         EXPECT_EQ(metres < 2, commands().starts_with("throttle=0 flaps=0 shutdown=0 lights="));
@@ -314,7 +333,7 @@ TEST_F(GroundMotion, whenTheNoseComesUp)
     // The leg takes 500 ticks; without a height told it climbs as its category can.
     // clang-format off
     const struct { const char *what, *scene; double climb; } cases[] = {  // feet a tick, 0: it rolls on
-        {"all ahead climb",                     "taxi runs: 0@130 400^100v800@150 800^100v800@150", 0.2},
+        {"all ahead climb",                     "taxi runs: 0@130 400^100v800@150 800^100v800@150", 0.1},
         {"one ahead doesn't",                   "taxi runs: 0@130 400^100v800@150 800^100v200@130", 0},
         {"climbing, told on the ground",        "taxi runs: 0@130 400v800@150 800v800@150", 0.6},
         {"it is too slow yet",                  "taxi runs: 0@42 400^100v800@150 800^100v800@150", 0},
@@ -329,6 +348,7 @@ TEST_F(GroundMotion, whenTheNoseComesUp)
     for (const auto& c : cases) {
         SetUp();
         LiveAc& ac = add(c.scene);
+        ac.alt = 50;
         gf_judgeRotation(ac, 500);
         EXPECT_EQ(c.climb > 0, ac.st == StState::TakeOff) << c.what;
         EXPECT_EQ(c.climb > 0 ? ac.rotateTicks : 1, ac.phaseTicks) << c.what;
@@ -371,7 +391,9 @@ TEST_F(GroundMotion, whatIsCommandedOnTheRunway)
 TEST_F(GroundMotion, aTouchAndGoRotatesOutOfTheRoll)
 {
     LiveAc& ac = add("taxi rolls landed lands: 0@130 400@140");
+    ac.climbConfigured = true;
     rotationStart(ac);
+    EXPECT_FALSE(ac.climbConfigured);
     EXPECT_TRUE(look(ac).starts_with("take_off runs: ")) << look(ac);
     EXPECT_EQ("throttle=0 spoilers=0 flaps=3072 lights=1111110 throttle=16383 spoilers=16383", commands());
     EXPECT_EQ(5000, ac.leadLimit);

@@ -385,10 +385,13 @@ TEST_F(Identity, staticAircraftInTheWay)
         gf_checkCollisions();
         EXPECT_FALSE(goes(staticAcs[0])) << "not wanted";
         COLLISION_LIVE_PARKED_GND.value = true;
-        liveAcs[0].landingRoll = true;
-        gf_checkCollisions();
-        EXPECT_FALSE(goes(staticAcs[0])) << "on the runway";
-        liveAcs[0].landingRoll = false;
+        for (const char* busy : {"taxi rolls: {}", "taxi runs: {}", "pushing_back: {}", "flying: {}^90"}) {
+            liveAcs.clear();
+            add(format(fmt::runtime(busy), metres));
+            gf_checkCollisions();
+            EXPECT_FALSE(goes(staticAcs[0])) << busy;
+        }
+        add(format("taxi: {}", metres));
         gf_checkCollisions();
         EXPECT_EQ(metres < 37.5, goes(staticAcs[0]));
     }

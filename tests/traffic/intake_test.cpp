@@ -34,13 +34,15 @@ TEST_F(Intake, aNewAircraftStartsInTheBufferAndTakesLateNames)
     r = record(1010);
     r.sample = gf_eastOf(r.sample, 1);
     r.origin = "EGLL";
+    r.destination = "EGKK";
     take(r);
     FeedRecord twin = record(1001);
     twin.hexid = 20002;
     take(twin);
     ASSERT_EQ(1U, liveAcs.size()) << "a second address of the same flight is dropped";
     const LiveAc& known = liveAcs.front();
-    EXPECT_EQ("BAW3AK G-ABCD EGLL", known.callsign + " " + known.regcode + " " + known.origin);
+    EXPECT_EQ("BAW3AK G-ABCD EGLL EGKK",
+              known.callsign + " " + known.regcode + " " + known.origin + " " + known.destination);
     EXPECT_EQ(FsState::Buffer, known.fs);
     EXPECT_EQ(2U, known.stream.size());
     EXPECT_NEAR(0.15, std::abs(-known.rotatePitch * kDegPerRad - 6.0), 1e-9) << "2.5 percent more or less";

@@ -151,13 +151,12 @@ TEST_F(Spawn, theFurthestMakesRoom)
     liveAcs[1].lat = 47.4;
     EXPECT_EQ(Erased, gate(gf_addBuffered(20004, "BAW4AK"))) << "further than all";
     EXPECT_FALSE(goes(liveAcs[1]));
-    liveAcs[1].lat = 50;
-    LiveAc& unknown = gf_addBuffered(20005, "XXX1");
-    unknown.airline = "XXX";
-    unknown.model = "A388";
-    EXPECT_EQ(Erased, gate(unknown));
-    EXPECT_EQ("no livery fits", unknown.goesBecause);
-    EXPECT_FALSE(goes(liveAcs[1])) << "who is turned away costs nobody its object";
+    for (const int32_t most : {-1, 0, 1, 2}) {
+        liveAcs[0].fs = liveAcs[1].fs = FsState::Active;
+        MAX_LIVE.value = most;
+        gf_keepWithinMaxLive();
+        EXPECT_EQ(most < 0 ? 2 : most, gf_activeCount());
+    }
 }
 
 TEST_F(Spawn, theRegistrationOrTheCallSignTellsTheAirline)
@@ -224,6 +223,19 @@ TEST_F(Spawn, aRemovalWhileItIsCreated)
     EXPECT_EQ((std::deque<uint32_t>{77}), removeWaitQueue);
     handleSimMessage({77, 0, 0, SimMessageKind::ObjectRemoved, 0, 0});
     EXPECT_TRUE(liveAcs.empty());
+
+    eventQueue.clear();
+    for (const bool removed : {false, true}) {
+        StaticAc& parked = staticAcs.emplace_back();
+        std::tie(parked.hexid, parked.fs, parked.removeWhenAdded) =
+            std::tuple(5, FsState::Adding2Sim, removed);
+        handleSimMessage({78, 5, 200, SimMessageKind::StaticObject, 0, 0});
+        gf_stepAckWaits();
+        EXPECT_EQ(removed ? FsState::RemovingFromSim : FsState::Active, parked.fs);
+        EXPECT_EQ(78U, parked.objectid);
+        EXPECT_TRUE(commands().starts_with("throttle=0 flaps=0 shutdown=0"));
+        staticAcs.clear();
+    }
 }
 
 TEST_F(Spawn, setsAnAircraftUpByItsPhase)

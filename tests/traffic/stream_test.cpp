@@ -44,6 +44,8 @@ TEST_F(Stream, whatAReportDoes)
         {"but before it",                       "taxi runs: 0@40 60@49",  "68@45",    "taxi runs: 0@40 60@49 60+0s"},
         {"no same place during a run",          "taxi runs: 0@40 60@30",  "60@30",    "taxi runs: 0@40 60@30"},
         {"but before it",                       "taxi runs: 0@20 60@29",  "60@20",    "taxi runs: 0@20 60@29 60s"},
+        {"nor a knot",                          "taxi runs: 0@40 60@60",  "60@1",     "taxi runs: 0@40 60@60"},
+        {"but the end of it",                   "taxi runs: 0@40 60@60",  "60@0",     "taxi runs: 0@40 60@60 60s"},
         {"no speed of 0 out of a run",          "taxi: 0@60 300@60",      "700@0",    "taxi: 0@60 300@60 700@0"},
         {"nor during it",                       "taxi runs: 0@60 300@50", "700@0",    "taxi runs: 0@60 300@50"},
         {"a stop of 10 s is none",              "taxi: -120 -60 0 0+10s", "90@12",    "taxi: -120 -60 0 90@12+15"},
@@ -136,6 +138,7 @@ TEST_F(Stream, atAStandItIsNoiseUntilItLeadsAway)
         for (const PosSample& sample : samples(c.reports, tick)) {
             decodeExisting(ac, sample);
         }
+        EXPECT_TRUE(ac.liveAtStand) << c.what;
         if (ac.stream.size() > 1) {  // the clock of the reports goes on
             EXPECT_EQ(ac.st == StState::Taxi, ac.stream[0].time > tick + 1) << c.what;
             ac.stream[1].time = ac.stream[0].time + 500;
