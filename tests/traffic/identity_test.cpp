@@ -96,7 +96,8 @@ TEST_F(Identity, whatBringsANewObject)
         EXPECT_EQ(c.after, format("{} {} {} {} {} {}{}", ac.callsign, ac.regcode, ac.origin, ac.destination,
                                   ac.airline, ac.model, ac.fs == FsState::LiveryRespawn ? " new" : ""))
             << c.what;
-        EXPECT_EQ(ac.airline == "BAW", titleCache.contains(ac.hexid) && !ac.title.empty()) << c.what;
+        EXPECT_EQ(ac.airline == "BAW", titleCache.contains(ac.hexid)) << c.what;
+        EXPECT_EQ(ac.airline == "BAW", !ac.title.empty()) << c.what;
         if (respawns) {  // it comes back where it was
             const PosSample& front = ac.stream.front();
             EXPECT_TRUE(front.lat == ac.lat && front.roll == 0.2 && front.rollValid &&
