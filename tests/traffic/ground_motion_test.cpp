@@ -149,10 +149,10 @@ TEST_F(GroundMotion, aTaxiRoadIsDrivenWithoutJumps)
 
 TEST_F(GroundMotion, aCurveHasAPointEverywhereButOutside)
 {
-    LiveAc& ac = add("taxi: 0 40 40,-40");
+    LiveAc& ac = add("taxi: 0 40 60,-40");
     makeCurve(ac);
     // A quadratic curve's middle: a quarter of both ends and half of the control point.
-    const std::pair<double, const char*> cases[] = {{0, "0 0 90"}, {0.5, "30 -10 135"}, {1, "40 -40 180"}};
+    const std::pair<double, const char*> cases[] = {{0, "0 0 90"}, {0.5, "35 -10 124"}, {1, "60 -40 153"}};
     for (const auto& [at, expected] : cases) {
         const CurvePoint point = curvePoint(ac.curve, at).value();
         EXPECT_EQ(expected, format("{:.0f} {:.0f} {:.0f}", east(point) + 0.01, north(point) + 0.01,
