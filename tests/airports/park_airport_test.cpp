@@ -5,9 +5,9 @@
 #include "airports/parking/reserved_stand.h"
 #include "airports/stand_search.h"
 #include "core/base/display.h"
+#include "core/base/run_state.h"
 #include "link/traffic_reader.h"
 #include "sim/dispatch.h"
-#include "core/base/run_state.h"
 #include "traffic/stays.h"
 
 #include <algorithm>
