@@ -11,6 +11,7 @@
 #include <pugixml.hpp>
 
 #include <algorithm>
+#include <cmath>
 
 namespace vlt {
 
@@ -19,7 +20,8 @@ static constexpr std::string_view kLocal = "airports";
 
 bool gf_isLocalPath(std::string_view path)
 {
-    return path.starts_with(kLocal);
+    return path.starts_with(kLocal) && path.size() > kLocal.size() &&
+           (path[kLocal.size()] == '/' || path[kLocal.size()] == '\\');
 }
 
 // --- the user's folders
@@ -34,10 +36,12 @@ static std::string lf_readLink(const std::filesystem::path& link)
     if (!text.whole || text.lines.empty()) {
         return {};
     }
-    // The line ends with "xml"; what some editors leave behind it is cut off.
+    // The line ends with "xml"; what some editors leave behind it is cut off, and so is what people put
+    // around.
     const std::string& line = text.lines.front();
-    const size_t last = line.rfind('l');
-    std::string path = last == std::string::npos ? std::string() : line.substr(0, last + 1);
+    std::string path = line.substr(std::min(line.find_first_not_of(" \t\"'"), line.size()));
+    path.erase(path.rfind('l') == std::string::npos ? 0 : path.rfind('l') + 1);
+    std::ranges::replace(path, '\\', '/');
     const bool leadsSomewhere = path.starts_with("archive/") || gf_isLocalPath(path);
     if (!leadsSomewhere || path.find("..") != std::string::npos) {
         logLine(format("\"{}\" leads nowhere: \"{}\"", gf_shown(link), line));
@@ -48,13 +52,13 @@ static std::string lf_readLink(const std::filesystem::path& link)
 
 static std::string lf_findInFolder(const std::filesystem::path& folder, const std::string& code)
 {
-    const std::filesystem::path link = folder / (code + ".txt");
+    const std::filesystem::path link = gf_toNativeForm((folder / (code + ".txt")).string());
     if (std::filesystem::exists(link)) {
         if (std::string path = lf_readLink(link); !path.empty()) {
             return path;
         }
     }
-    const std::filesystem::path file = folder / (code + ".xml");
+    const std::filesystem::path file = gf_toNativeForm((folder / (code + ".xml")).string());
     return std::filesystem::exists(file) ? file.generic_string() : std::string();
 }
 
@@ -142,6 +146,13 @@ std::string learnedPath(std::string_view path, std::string_view publisher)
     return text;
 }
 
+std::string gf_savedPath(std::string_view code, std::string_view publisher)
+{
+    const bool ours = publisher == "stock" || publisher == "simaddon";
+    return format("{}/{}/{}.xml", kLearnedFolder.generic_string(),
+                  ours ? std::string(publisher) : "thirdparty/" + lf_publisherFolder(publisher), code);
+}
+
 // --- another airport's stands
 
 static ClosestStand lf_closestStand(const pugi::xml_document& document, LatLon position)
@@ -149,7 +160,8 @@ static ClosestStand lf_closestStand(const pugi::xml_document& document, LatLon p
     ClosestStand closest;
     for (const pugi::xml_node& node : document.child("parkpositions").children("parkpos")) {
         const LatLon stand{node.attribute("latitude").as_double(), node.attribute("longitude").as_double()};
-        if (const double distance = distNm(position, stand); distance < closest.distance) {
+        const bool possible = stand != LatLon{} && std::abs(stand.lat) <= 90 && std::abs(stand.lon) <= 180;
+        if (const double distance = distNm(position, stand); possible && distance < closest.distance) {
             closest = {distance, node.attribute("id").as_string()};
         }
     }

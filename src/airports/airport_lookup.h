@@ -33,6 +33,10 @@ bool gf_isLocalPath(std::string_view path);
 // are in the Windows form: file calls take its native form.
 std::string learnedPath(std::string_view path, std::string_view publisher);
 
+// Where what is learned at an airport is saved, by its publisher: in the folder stock, simaddon, or that of a
+// third party.
+std::string gf_savedPath(std::string_view code, std::string_view publisher);
+
 // The stand of another airport that is closest to a position.
 struct ClosestStand {
     double distance = kNoStandNearNm;  // nm

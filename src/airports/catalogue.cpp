@@ -17,9 +17,32 @@ namespace vlt {
 
 std::vector<AirportRecord> airportCatalogue;
 
-static bool lf_hasPossiblePlace(const AirportRecord& airport)
+// What is wrong with a row; empty for nothing.
+static std::string_view lf_faultOf(const pugi::xml_node& row, const AirportRecord& airport)
 {
-    return std::abs(airport.lat) <= 90 && std::abs(airport.lon) <= 180 && std::isfinite(airport.altitude);
+    constexpr double kLowest = -2000;  // feet
+    constexpr double kHighest = 30000;
+    if (airport.code.empty()) {
+        return "code";
+    }
+    if (!row.attribute("lat") || !row.attribute("lon") || !(std::abs(airport.lat) <= 90) ||
+        !(std::abs(airport.lon) <= 180)) {
+        return "possible position";
+    }
+    return airport.altitude >= kLowest && airport.altitude <= kHighest ? "" : "possible altitude";
+}
+
+// Of several rows with one code the first counts.
+static void lf_dropDoubles(const std::string& shown)
+{
+    std::ranges::stable_sort(airportCatalogue, {}, &AirportRecord::code);
+    const auto sameCode = [](const AirportRecord& a, const AirportRecord& b) { return a.code == b.code; };
+    const auto doubles = std::unique(airportCatalogue.begin(), airportCatalogue.end(), sameCode);
+    if (const auto count = airportCatalogue.end() - doubles; count > 0) {
+        logLine(
+            format("{} airport{} in \"{}\" stand there already, skipped", count, gf_plural(count), shown));
+    }
+    airportCatalogue.erase(doubles, airportCatalogue.end());
 }
 
 bool readAirports()
@@ -41,14 +64,14 @@ bool readAirports()
         AirportRecord airport{node.attribute("code").as_string(), node.attribute("iata").as_string(),
                               node.attribute("lat").as_double(), node.attribute("lon").as_double(),
                               node.attribute("alt").as_double()};
-        if (node.attribute("lat") && node.attribute("lon") && lf_hasPossiblePlace(airport)) {
-            airportCatalogue.push_back(std::move(airport));
+        if (const std::string_view fault = lf_faultOf(node, airport); !fault.empty()) {
+            logLine(format("airport {} in \"{}\" has no {}, skipped", airport.code, shown, fault));
         } else {
-            logLine(format("airport {} in \"{}\" has no possible position, skipped", airport.code, shown));
+            airportCatalogue.push_back(std::move(airport));
         }
     }
+    lf_dropDoubles(shown);
     airportCatalogue.shrink_to_fit();
-    std::ranges::sort(airportCatalogue, {}, &AirportRecord::code);
     logLine(format("{} airports read from \"{}\"", airportCatalogue.size(), shown));
     return !airportCatalogue.empty();
 }

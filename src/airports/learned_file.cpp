@@ -9,16 +9,21 @@
 #include <pugixml.hpp>
 
 #include <algorithm>
+#include <map>
+#include <string>
+#include <tuple>
 #include <vector>
 
 namespace vlt {
 
 // --- the stands
 
-static bool lf_isSame(const StandOption& a, const StandOption& b)
+// Who an option tells of: two of the same that share a half hour are one.
+using OptionKey = std::tuple<int32_t, bool, std::string, std::string, std::string>;
+
+static OptionKey lf_keyOf(const StandOption& option)
 {
-    return a.day == b.day && a.real == b.real && a.reg == b.reg && a.airline == b.airline &&
-           a.type == b.type && (a.hours & b.hours).any();
+    return {option.day, option.real, option.reg, option.airline, option.type};
 }
 
 // Lays a `parkpos` element over the stand of the same id: its changes, and the options that are new.
@@ -42,11 +47,15 @@ static bool mergeLearnedStand(const pugi::xml_node& node, ParkPos& stand)
         stand.cargoChanged = true;
     }
     int32_t sequence = stand.options.empty() ? 1 : stand.options.back().sequence + 1;
+    std::map<OptionKey, HoursSet> known;
+    for (const StandOption& option : stand.options) {
+        known[lf_keyOf(option)] |= option.hours;
+    }
     for (const pugi::xml_node& element : node.children("opt")) {
         StandOption option = gf_readOption(element, false, sequence);
-        const bool known = std::ranges::any_of(
-            stand.options, [&option](const StandOption& there) { return lf_isSame(there, option); });
-        if (!known) {
+        HoursSet& hours = known[lf_keyOf(option)];
+        if ((hours & option.hours).none()) {
+            hours |= option.hours;
             stand.options.push_back(std::move(option));
             ++sequence;
         }
@@ -59,6 +68,10 @@ static void lf_addManual(const pugi::xml_node& node, const std::string& shown, s
     const std::string id = node.attribute("id").as_string();
     if (std::ranges::find(stands, id, &ParkPos::id) != stands.end()) {
         logLine(format("manually created standid {} already exists in {}", id, shown));
+        return;
+    }
+    if (stands.size() >= kMostStands) {
+        logLine(format("manually created standid {} in {} is one too many", id, shown));
         return;
     }
     const LatLon position{node.attribute("latitude").as_double(), node.attribute("longitude").as_double()};
@@ -118,6 +131,12 @@ static void lf_merge(const pugi::xml_document& document, const std::string& show
     }
     std::vector<ParkPos> stands;
     gf_readParkPositions(document, stands);
+    for (const pugi::xml_node& node : document.child("parkpositions").children("parkpos")) {
+        const auto stand = std::ranges::find(stands, node.attribute("id").as_string(), &ParkPos::id);
+        if (stand != stands.end()) {
+            stand->manual = node.attribute("manual").as_bool();
+        }
+    }
     apf.handmade = true;
     apf.stands = std::move(stands);
 }

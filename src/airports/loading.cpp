@@ -122,6 +122,7 @@ static void lf_readParameters(const pugi::xml_document& document, Apf& apf)
     }
     apf.altitude = *altitude;
     apf.name = gf_textParameter(document, "airport_name").value_or("");
+    apf.bglPath = gf_textParameter(document, "BGLpath").value_or("");
 }
 
 static void lf_readStands(const pugi::xml_document& document, Apf& apf)
@@ -131,16 +132,28 @@ static void lf_readStands(const pugi::xml_document& document, Apf& apf)
     apf.quality.soft = gf_intParameter(document, "Qf_soft").value_or(-1);
 }
 
+// The learned file that there is: beside where the airport's own comes from, else where it is saved; empty
+// for none.
+static std::string lf_learnedFile(const AirportLoad& load)
+{
+    for (const std::string& path :
+         {learnedPath(load.source, load.apf.publisher), gf_savedPath(load.apf.code, load.apf.publisher)}) {
+        std::error_code error;
+        if (!path.empty() && std::filesystem::is_regular_file(gf_toNativeForm(path), error)) {
+            return path;
+        }
+    }
+    return {};
+}
+
 static void lf_layLearnedOver(AirportLoad& load)
 {
-    const std::string learned = learnedPath(load.source, load.apf.publisher);
-    const std::filesystem::path file = gf_toNativeForm(learned);
-    std::error_code error;
-    load.learned = !learned.empty() && std::filesystem::is_regular_file(file, error);
+    const std::string learned = lf_learnedFile(load);
+    load.learned = !learned.empty();
     if (!load.learned) {
         return;
     }
-    lf_readLearned(file, learned, load.apf, load.settings);
+    lf_readLearned(gf_toNativeForm(learned), learned, load.apf, load.settings);
     load.apf.quality = gf_qualityFactor(load.apf.stands);
     if (load.apf.handmade) {
         load.source = learned;

@@ -78,7 +78,9 @@ void prepareRun()
     if (!lf_readDbaseOnce()) {
         return;
     }
-    readAirports();
+    if (!readAirports()) {
+        showMessage(format("\"{}\" holds no airport", gf_shown(kAirportsCatalogueFile)), true);
+    }
     ALL_INSTALL_PATH.value = SIM_INSTALL_PATH.value;
     display.installPathEnabled = true;
     if (ALL_INSTALL_PATH.value.empty()) {

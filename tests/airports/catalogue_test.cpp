@@ -72,4 +72,19 @@ TEST_F(CatalogueTest, ofTwoFieldsTheOneWithTheNearerStandCounts)
     }
 }
 
+TEST_F(CatalogueTest, rowsThatCannotBeAreSkipped)
+{
+    place.folder.write("airports_p3d.xml", "<airports><airport code='' lat='1' lon='1' alt='0'/>"
+                                           "<airport code='LOW' lat='1' lon='1' alt='-2001'/>"
+                                           "<airport code='HIGH' lat='1' lon='1' alt='30001'/>"
+                                           "<airport code='TWICE' lat='1' lon='1' alt='1'/>"
+                                           "<airport code='TWICE' lat='2' lon='2' alt='2'/>"
+                                           "<airport code='DEEP' lat='1' lon='1' alt='-1266'/></airports>");
+    airportCatalogue.clear();
+    ASSERT_TRUE(readAirports());
+    ASSERT_EQ(2U, airportCatalogue.size());
+    EXPECT_EQ("DEEP", airportCatalogue[0].code);
+    EXPECT_EQ(1, airportCatalogue[1].lat);
+}
+
 }  // namespace vlt

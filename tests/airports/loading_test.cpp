@@ -251,4 +251,32 @@ TEST(Neighbours, areThoseWhoseCirclesReachWithATenthOfRoom)
     }
 }
 
+// --- as people do it
+
+TEST_F(LoadingTest, linksAndNamesAreReadAsPeopleWriteThem)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"\"airports\\elsewhere\\XTST.xml\"", "airports/elsewhere/XTST.xml"},
+        {"  airports/elsewhere/XTST.xml  ", "airports/elsewhere/XTST.xml"},
+        {"airportsevil/XTST.xml", ""},
+    };
+    for (const auto& [link, expected] : cases) {
+        place.folder.write("airports/my_ORBX/xtst.TXT", link);
+        EXPECT_EQ(expected, gf_foundFile("XTST")) << link;
+    }
+}
+
+TEST_F(LoadingTest, whatWasLearnedIsFoundWhereItIsSaved)
+{
+    const std::string path = "airports/my_ORBX/XTST.xml";
+    place.folder.write(path, gf_airportText(gf_standText("A1", 0), "<parameter name='BGLpath' value='x'/>"));
+    EXPECT_FALSE(gf_readApf(gf_sourceAt(path), "XTST").learned);
+    place.folder.write(
+        "airports/learned/stock/XTST.xml",
+        gf_airportText(gf_standText("M1", 60, "manual='true'"), "<parameter name='handmade' value='true'/>"));
+    const AirportLoad load = gf_readApf(gf_sourceAt(path), "XTST");
+    ASSERT_EQ(1U, load.apf.stands.size());
+    EXPECT_TRUE(load.learned && load.apf.stands[0].manual && load.apf.bglPath == "x");
+}
+
 }  // namespace vlt

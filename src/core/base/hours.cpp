@@ -7,8 +7,20 @@
 
 namespace vlt {
 
+// A broken file may hold a list of many thousand: its first bad items tell enough.
+static void lf_logInvalid(std::string_view item, std::string_view text, int64_t number)
+{
+    constexpr int64_t kMostLines = 3;
+    constexpr size_t kLongest = 200;
+    if (number <= kMostLines) {
+        logLine(format("gf_hours2bitset invalid hour \"{}\" in {}", item.substr(0, kLongest),
+                       text.substr(0, kLongest)));
+    }
+}
+
 void hoursToSet(std::string_view text, HoursSet& hours)
 {
+    int64_t invalid = 0;
     std::vector<std::string_view> items = gf_split(text, ',');
     if (text.empty() || text.ends_with(',')) {
         items.emplace_back();  // an item that is empty, like one between two commas
@@ -22,7 +34,7 @@ void hoursToSet(std::string_view text, HoursSet& hours)
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), hour);
         if (error != std::errc{} || end != digits.data() + digits.size() || hour < 0 ||
             hour >= static_cast<int32_t>(kSlotsPerDay)) {
-            logLine(format("gf_hours2bitset invalid hour \"{}\" in {}", item, text));
+            lf_logInvalid(item, text, ++invalid);
             continue;
         }
         hours.set(static_cast<size_t>(hour));
