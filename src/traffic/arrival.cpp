@@ -111,7 +111,11 @@ void try2Park(LiveAc& ac, bool wide)
     ac.lastParkLon = last.lon;
     const ParkPos* stand =
         gf_stand(standAtPosition(gf_placeOf(last), ac, wide ? kStandReach : kNarrow, wide));
-    if (stand == nullptr || gf_keptForUser(*stand) || lf_isAwaitedBeside(ac, *stand)) {
+    if (stand == nullptr || gf_keptForUser(*stand)) {
+        return;
+    }
+    if (lf_isAwaitedBeside(ac, *stand)) {
+        ac.lastParkLat = 0;  // asked again, also at the same place
         return;
     }
     lf_removeHolder(ac, *stand);
