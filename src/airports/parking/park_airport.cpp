@@ -239,12 +239,16 @@ static void lf_tried(const Look& look)
     }
 }
 
-// Of the list, which is sorted by distance; nullptr for none.
+// The first of the list that may have a file, which is the nearest once the user has moved; nullptr for none.
 static const ParkListEntry* lf_firstUseful()
 {
     const auto found = std::ranges::find_if(
         parkAirports, [](const ParkListEntry& entry) { return !lf_isUseless(entry.code); });
-    return found == parkAirports.end() ? nullptr : &*found;
+    if (found == parkAirports.end()) {
+        return nullptr;
+    }
+    found->distance = distNm(gf_placeOf(userNow), gf_placeOf(*found));  // the list may be new
+    return &*found;
 }
 
 static void checkInSight()
@@ -328,9 +332,6 @@ void parkAirportCheck()
     if (gf_placeOf(userNow) != lastPosition) {
         lastPosition = gf_placeOf(userNow);
         gf_sortParkAirports(lastPosition);
-    } else if (!parkAirports.empty()) {
-        ParkListEntry& first = parkAirports.front();
-        first.distance = distNm(lastPosition, gf_placeOf(first));
     }
     if (parkState == ParkState::Loaded) {
         checkOutOfSight();
