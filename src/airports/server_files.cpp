@@ -17,6 +17,8 @@ struct Asked {
 };
 static std::map<std::string, Asked> asked;  // [worker] by path
 
+static constexpr int32_t kAgainAfter = 300 * kTicksPerSecond;
+
 // The answer, if it has come. True then.
 static bool lf_take(Asked& file)
 {
@@ -31,7 +33,6 @@ static bool lf_take(Asked& file)
 
 ServerFile gf_serverFile(const std::string& path)
 {
-    constexpr int32_t kAgainAfter = 300 * kTicksPerSecond;
     constexpr std::chrono::seconds kPatience(20);
     std::erase_if(asked, [](const auto& entry) {
         return !entry.second.coming.valid() && tick - entry.second.tick >= kAgainAfter;

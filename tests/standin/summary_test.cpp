@@ -99,7 +99,11 @@ TEST(Summary, tellsAndDrawsAFlightWhateverItsNames)
     // sample comes within a second of the first step.
     EXPECT_NEAR(99 * 0.006 * std::cos(47.6 * kRadPerDeg), object["track"]["nm"].get<double>(), 0.05);
 
-    Chart chart{.title = "A & B <C>", .user = {47.6, 11.5}, .atDayAirport = true, .lives = simulator.lives()};
+    Chart chart{.title = "A & B <C>",
+                .subtitle = "",
+                .user = {47.6, 11.5},
+                .atDayAirport = true,
+                .lives = simulator.lives()};
     pugi::xml_document document;
     const std::string svg = gf_trafficSvg(chart);
     ASSERT_TRUE(document.load_string(svg.c_str()));
