@@ -15,20 +15,19 @@ constexpr int64_t lf_at(int days, int hours, int minutes, int seconds)
 TEST(HourStamp, beginsHalfAMinuteBeforeTheHalfHour)
 {
     const struct {
-        const char* what;
-        int64_t time;
+        int days, hours, minutes, seconds;
         uint32_t day, slot;
     } cases[] = {
-        {"midnight", lf_at(0, 0, 0, 0), 4, 0},      {"just before", lf_at(0, 11, 29, 29), 4, 22},
-        {"half past", lf_at(0, 11, 29, 30), 4, 23}, {"end of the hour", lf_at(0, 11, 59, 29), 4, 23},
-        {"next hour", lf_at(0, 11, 59, 30), 4, 24}, {"end of the day", lf_at(0, 23, 59, 29), 4, 47},
-        {"rolls to 0", lf_at(0, 23, 59, 30), 4, 0}, {"Sunday is 7", lf_at(3, 12, 0, 0), 7, 24},
-        {"Monday is 1", lf_at(4, 0, 0, 0), 1, 0},
+        // clang-format off
+        {0,  0,  0,  0, 4,  0}, {0, 11, 29, 29, 4, 22}, {0, 11, 29, 30, 4, 23}, {0, 11, 59, 29, 4, 23},
+        {0, 11, 59, 30, 4, 24}, {0, 23, 59, 29, 4, 47}, {0, 23, 59, 30, 4,  0}, {3, 12,  0,  0, 7, 24},
+        {4,  0,  0,  0, 1,  0},
+        // clang-format on
     };
     for (const auto& c : cases) {
-        const HourStamp stamp = gf_hourStamp(c.time);
-        EXPECT_EQ(c.day, stamp.day) << c.what;
-        EXPECT_EQ(c.slot, stamp.slot) << c.what;
+        const int64_t time = lf_at(c.days, c.hours, c.minutes, c.seconds);
+        EXPECT_EQ(c.day, gf_hourStamp(time).day) << gf_dateText(time);
+        EXPECT_EQ(c.slot, gf_hourStamp(time).slot) << gf_dateText(time);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "core/base/run_state.h"
 #include "core/base/zip_archive.h"
 #include "standin/file_server.h"
+#include "support/fresh_run.h"
 #include "work_folder.h"
 
 #include <filesystem>
@@ -19,15 +20,13 @@ class DownloadTest : public WorkFolder
 protected:
     void SetUp() override
     {
-        closeRequested = false;
-        ASSERT_TRUE(gf_resetRunState());
         fs::create_directories(served);
         gf_writeZip(served / "dbase.zip", {{"folder/", ""}, {"dbase.xml", "<new/>"}});
         write("target.xml", "<old/>");
     }
     void TearDown() override
     {
-        ASSERT_TRUE(gf_resetRunState());
+        gf_freshRun();
     }
     void serve(FileFault fault)
     {

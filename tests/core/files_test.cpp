@@ -22,7 +22,6 @@ TEST_F(FilesTest, readsLinesOfEveryEncoding)
         std::vector<std::string> lines;
         bool read = true;
     } cases[] = {
-        {"plain", "a\nb", {"a", "b"}},
         {"line ends of Windows", "a\r\n\r\nb\r\n", {"a", "", "b"}},
         {"UTF-8 without a mark", "Z\xC3\xBCrich\nLSZH\n", umlaut},
         {"UTF-8 with a mark", "\xEF\xBB\xBFZ\xC3\xBCrich\nLSZH\n", umlaut},
@@ -30,7 +29,6 @@ TEST_F(FilesTest, readsLinesOfEveryEncoding)
         {"UTF-16 big-endian", "\xFE\xFF\0Z\0\xFC\0r\0i\0c\0h\0\n\0L\0S\0Z\0H"s, umlaut},
         {"UTF-16 beyond the first plane", "\xFF\xFE\x3D\xD8\x00\xDE"s, {"\xF0\x9F\x98\x80"}},
         {"a lone surrogate stops the file", "\xFF\xFE"s + "a\0\n\0\x3D\xD8\n\0b\0"s, {"a"}, false},
-        {"one byte", "x", {"x"}},
         {"empty", "", {}},
     };
     for (const auto& c : cases) {
@@ -99,17 +97,14 @@ TEST_F(FilesTest, archivesGiveTheirEntriesAndRefuseWhatIsNone)
 
 TEST(Version, isReadFromLineAndJson)
 {
-    const VersionData expected{1, 2, 3};
-    EXPECT_EQ(expected, gf_parseVersion("1.2.3").version);
-    EXPECT_EQ(expected, gf_parseVersion("1-2-3").version);
-    EXPECT_EQ(expected, gf_parseVersion(R"({"major":1,"minor":2,"patch":3})").version);
-    EXPECT_EQ((VersionData{7, 0, 0}), gf_parseVersion(R"({"major":7})").version);
+    for (const char* text : {"1.2.3", "1-2-3", R"({"major":1,"minor":2,"patch":3})"}) {
+        EXPECT_EQ((VersionData{1, 2, 3}), gf_parseVersion(text).version) << text;
+    }
     for (const char* bad : {"", "1.2", "99999999999.0.0", "{", "[1]", "null"}) {
         const ParsedVersion parsed = gf_parseVersion(bad);
         EXPECT_EQ(VersionData{}, parsed.version) << bad;
         EXPECT_EQ(*bad == '\0', parsed.failed.empty()) << bad;
     }
-    EXPECT_EQ(kProgramVersion, gf_parseVersion(gf_text(kProgramVersion)).version);
 }
 
 }  // namespace vlt

@@ -1,14 +1,12 @@
 #include "core/base/run_state.h"
 
 #include "core/base/display.h"
-#include "core/base/locks.h"
+#include "support/fresh_run.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <chrono>
 #include <thread>
-#include <vector>
 
 namespace vlt {
 
@@ -17,9 +15,7 @@ class RunStateTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        closeRequested = false;
-        ASSERT_TRUE(gf_resetRunState());
-        gf_resetDisplay();
+        gf_freshRun();
     }
     void TearDown() override
     {
@@ -40,19 +36,6 @@ TEST_F(RunStateTest, theFirstReasonWins)
     EXPECT_EQ(0, restartDelaySeconds);
     EXPECT_FALSE(gf_resetRunState()) << "a close is not forgotten";
     EXPECT_TRUE(closeRequested);
-}
-
-TEST_F(RunStateTest, ofManyWritersExactlyOneWins)
-{
-    std::atomic<int> winners{0};
-    {
-        std::vector<std::jthread> writers;
-        for (int i = 0; i < 8; ++i) {
-            writers.emplace_back(
-                [&winners, i] { winners += gf_requestStop(ExitReason::SimConnectError, i + 1) ? 1 : 0; });
-        }
-    }
-    EXPECT_EQ(1, winners);
 }
 
 TEST_F(RunStateTest, aStopWakesSleepersAtOnce)
