@@ -1,5 +1,6 @@
 // The roads of aircraft, from their first report to the end: every one through the whole engine.
 #include "core/base/parameters.h"
+#include "standin/day_airport.h"
 #include "support/road.h"
 #include "traffic/geodesy.h"
 
@@ -75,6 +76,12 @@ protected:
                                              gf_at(-600, kGateLane, 12), gf_at(to.east, kGateLane, 6), to});
         leg.pauseAfter = 200;
         return leg;
+    }
+
+    // Past the airport eastwards at 450 kt, 20,000 ft.
+    static std::vector<PathState> overflight()
+    {
+        return gf_journey({{{gf_at(-40000, 9000, 450, 20000), gf_at(40000, 9000, 450, 20000)}, false, 0, 0}});
     }
 
     RoadStage stage;
@@ -307,6 +314,64 @@ TEST_F(Roads, anotherCallSignExchangesTheObjectInPlace)
     ASSERT_NE(stage.looks.end(), back);
     EXPECT_NEAR(gone->east, back->east, 500);
     EXPECT_LT(back->tick - gone->tick, 500);
+}
+
+TEST_F(Roads, anOverflightFollowsItsReportsHalfAMinuteLaterAndSmoothly)
+{
+    const auto journey = overflight();
+    const auto placeAt = [&](double second) {
+        const PathState state = gf_stateAt(journey, second);
+        return gf_positionAround(state.east, state.north);
+    };
+    stage.add({}, journey);
+    EXPECT_EQ("VWorld A319 British Airways G-DBCJ", play(300).lives.at(0).title);
+    EXPECT_GT(stage.looks.size(), 2000U);
+    for (size_t i = 1; i < stage.looks.size(); ++i) {
+        const RoadLook &look = stage.looks[i], &before = stage.looks[i - 1];
+        if (look.tick > 6000 && before.fs == FsState::Active && look.fs == FsState::Active) {
+            // Up to two seconds of set-up come on top: it flies at its speed rather than making them good.
+            const double second = look.tick / 100.0;
+            EXPECT_LT(look.lon, placeAt(second - 30).lon + 1e-5);
+            EXPECT_GT(look.lon, placeAt(second - 32.6).lon);
+            EXPECT_NEAR(placeAt(second - 31).lat, look.lat, 1e-4) << "11 m";
+            EXPECT_NEAR(23.15, look.east - before.east, 8) << "450 kt in a tenth of a second, " << second;
+        }
+    }
+}
+
+TEST_F(Roads, oneThatLeavesTheRangeWhileItIsCreatedIsTakenOverAndRemoved)
+{
+    stage.add({}, overflight());
+    bool driven = false;
+    stage.onLook = [&](const RoadLook& look) {
+        if (look.fs == FsState::Adding2Sim) {
+            LATERAL_RANGE.value = 5;
+            gf_applyLateralRange();
+        }
+        driven = driven || look.fs == FsState::Active;
+    };
+    const ReplayResult result = play(100);
+    EXPECT_TRUE(driven);
+    EXPECT_EQ(1U, result.counts.created);
+    EXPECT_EQ(1U, result.counts.removed);
+}
+
+TEST_F(Roads, standsStillWhileTheFlightIsPausedAndGoesOnWhereItWas)
+{
+    stage.add({}, overflight());
+    int passes = 0;
+    std::set<double> places;
+    stage.onSecond = [&](int32_t now, VirtualSimulator& simulator) {
+        if (now == 10000) {  // seen at every pass while the tick stands
+            simulator.setRunning(++passes > 500);
+            places.insert(simulator.objects().at(0).lon);
+        }
+    };
+    play(250);
+    EXPECT_EQ(501, passes);
+    EXPECT_EQ(1U, places.size());
+    EXPECT_EQ(24500, stage.looks.back().tick);
+    EXPECT_EQ(FsState::Active, stage.looks.back().fs) << "its reports are heard again";
 }
 
 }  // namespace vlt

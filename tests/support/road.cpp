@@ -129,9 +129,12 @@ public:
             m_stage.onLook(m_stage.looks.back());
         }
     }
-    void onSecond(int32_t, VirtualSimulator& simulator) override
+    void onSecond(int32_t now, VirtualSimulator& simulator) override
     {
         simulator.takeCalls();
+        if (m_stage.onSecond) {
+            m_stage.onSecond(now, simulator);
+        }
     }
 
 private:

@@ -75,8 +75,9 @@ public:
     // What was seen of the watched address, every tenth of a second while it is in the engine.
     uint32_t watched = 4198297;
     std::vector<RoadLook> looks;
-    // Called with every look, after it was taken.
+    // Called with every look, after it was taken, and after every full second.
     std::function<void(const RoadLook&)> onLook;
+    std::function<void(int32_t, VirtualSimulator&)> onSecond;
 
 private:
     TempFolder m_folder;
