@@ -4,8 +4,10 @@
 #include "platform/ini_text.h"
 #include "support/temp_folder.h"
 
+#include <cstring>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <vector>
 
 namespace vlt {
 
@@ -21,7 +23,6 @@ protected:
     ScopedVariable appData{"VELATRA_APPDATA", folder.path().string()};
 };
 
-constexpr const char* kSix = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Lockheed Martin\\Prepar3D v6";
 constexpr const char* kTwoVersions = "; written by hand\r\n"
                                      "[HKEY_CURRENT_USER\\SOFTWARE\\Lockheed Martin\\Prepar3D v5]\r\n"
                                      "SimConnect_Port_IPv4=5111\r\n"
@@ -73,36 +74,26 @@ TEST_F(Registry, isEmptyWithoutATextFileAndSurvivesHostileOnes)
     // A line that never ends, and values behind the part that is read.
     folder.write("registry.ini", std::string(3 * kMaxIniBytes, '[') + "\n" + kTwoVersions);
     EXPECT_EQ(std::nullopt, setupPath());
-    // Every cut of a good file, in memory of its own, so that a sanitizer sees a read past the end.
-    const std::string_view whole = kTwoVersions;
-    for (size_t length = 0; length < whole.size(); ++length) {
-        const std::vector<char> cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
-        const auto value = gf_iniValue({cut.data(), cut.size()}, kSix, "SetupPath");
-        ASSERT_TRUE(!value || std::string("C:\\P3D v6").starts_with(*value)) << length;
-    }
 }
 
 TEST(IniValue, followsTheSystemsRules)
 {
     const std::pair<const char*, std::optional<std::string>> cases[] = {
-        {"[s]\nK=v", "v"},
-        {" [ S ] \n k \t= v w \n", "v w"},
-        {"[S]\nk=\" v \"", " v "},
-        {"[S]\nk=\"v", "\"v"},
-        {"[S]\nk=\n", ""},
-        {"[S]\nk=1\nk=2", "1"},
-        {"[S]\na=1\n[S]\nk=2", std::nullopt},  // the first section counts
-        {"[S]\n;k=1\nk=2", "2"},
-        {"[S]\nk=a=b", "a=b"},
-        {"[T]\nk=1\n[S]\nx=1\n[U]\nk=2", std::nullopt},
+        // clang-format off
+        {"[s]\nK=v", "v"},               {" [ S ] \n k \t= v w \n", "v w"},
+        {"[S]\nk=\" v \"", " v "},       {"[S]\nk=\"v", "\"v"},
+        {"[S]\nk=\n", ""},               {"[S]\nk=1\nk=2", "1"},
+        {"[S]\n;k=1\nk=2", "2"},         {"[S]\nk=a=b", "a=b"},
+        {"[S]\nk\nk=v", "v"},            {"[S\nk=v", "v"},  // the bracket may be missing
+        {"[S]\nkk=1", std::nullopt},     {"[S]\na=1\n[S]\nk=2", std::nullopt},  // the first section counts
+        {"", std::nullopt},              {"[T]\nk=1\n[S]\nx=1\n[U]\nk=2", std::nullopt},
         {"k=1\n[S]\n", std::nullopt},
-        {"[S\nk=v", "v"},  // the bracket may be missing
-        {"[S]\nk\nk=v", "v"},
-        {"[S]\nkk=1", std::nullopt},
-        {"", std::nullopt},
+        // clang-format on
     };
     for (const auto& [ini, expected] : cases) {
-        EXPECT_EQ(expected, gf_iniValue(ini, "S", "k")) << ini;
+        // In memory of exactly its size, so that a sanitizer sees a read past the end.
+        const std::vector<char> exact(ini, ini + std::strlen(ini));
+        EXPECT_EQ(expected, gf_iniValue({exact.data(), exact.size()}, "S", "k")) << ini;
     }
     const TempFolder folder;
     const auto file = folder.write("x.ini", "\xEF\xBB\xBF[S]\nk=v");
