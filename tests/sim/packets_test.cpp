@@ -172,22 +172,6 @@ static Bytes lf_message()
         .finish();
 }
 
-TEST(PacketWriter, writesLittleEndianWithTheSizeInFront)
-{
-    EXPECT_EQ("3a000000"
-              "23000000"
-              "08000000"
-              "0201feca"
-              "feffffffffffffff"
-              "0000c03f"
-              "000000000000d0bf"
-              "472d414243440000"
-              "746f6f00"
-              "7469746c6500"
-              "07000000",
-              lf_hex(lf_message()));
-}
-
 TEST(PacketReader, readsWhatWasWrittenAndNoCutOfIt)
 {
     const Bytes message = lf_message();

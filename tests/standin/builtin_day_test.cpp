@@ -2,7 +2,6 @@
 
 #include "core/base/text.h"
 #include "standin/day_airport.h"
-#include "standin/day_path.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +9,6 @@
 #include <charconv>
 #include <cmath>
 #include <map>
-#include <random>
 #include <set>
 
 namespace vlt {
@@ -87,30 +85,6 @@ TEST(BuiltinDay, itsLinesAreWholeAndOfAircraftThatMoveAsTheySay)
     }
     EXPECT_TRUE(std::ranges::any_of(hexidsOf, [](const auto& of) { return of.first.ends_with('_'); }))
         << "some aircraft have a twin";
-}
-
-TEST(Journey, itsStatesFitEachOtherOnAnyRoute)
-{
-    constexpr double kMetresPerSecond = 1852.0 / 3600;  // of a knot
-    for (uint32_t seed = 1; seed <= 30; ++seed) {
-        std::mt19937 random(seed);
-        const auto within = [&](double a, double b) { return std::uniform_real_distribution(a, b)(random); };
-        std::vector<RoutePoint> route;
-        for (int i = 0; i < 4; ++i) {
-            route.push_back({i * 10'000.0, within(-4000, 4000), 2000, within(120, 200), within(500, 4000)});
-        }
-        const auto journey = gf_journey({{route}});
-        for (size_t i = 1; i + 1 < journey.size(); ++i) {
-            SCOPED_TRACE(format("seed {}, second {}", seed, journey[i].time));
-            const PathState &a = journey[i - 1], &b = journey[i];
-            const double speed = (a.knots + b.knots) / 2 * kMetresPerSecond;
-            EXPECT_NEAR(speed * kPathStep, std::hypot(b.east - a.east, b.north - a.north), 0.5);
-            const double climb = (b.feet - a.feet) / kPathStep * 60;
-            EXPECT_TRUE(climb > std::min(a.climb, b.climb) - 1 && climb < std::max(a.climb, b.climb) + 1);
-            EXPECT_NEAR(b.track, std::atan2(b.east - a.east, b.north - a.north), 0.05);
-        }
-        EXPECT_NEAR(route.back().north, journey.back().north, 60) << "less than a step";
-    }
 }
 
 }  // namespace vlt
