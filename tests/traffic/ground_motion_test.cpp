@@ -95,32 +95,6 @@ TEST_F(GroundMotion, whichBendsBecomeCurvesAndWhichLegsAreHalved)
     }
 }
 
-TEST_F(GroundMotion, theTurnTakesTheRoomThatTheLegGives)
-{
-    // At 10 kt, 5.144 m/s, a leg takes 19.44 ticks a metre. The turn is said to take its degrees / (0.07
-    // degrees in radians * 100) = 8.185 ticks a degree, rounded; what the leg gives is the ratio of both.
-    const struct {
-        const char* what;
-        double deg, legM, factor;
-        int32_t limit;
-    } cases[] = {{"a right angle, much room: three times the rate at most", 90, 400, 3, 2000},
-                 {"a sharp bend, little room: by the ratio", 60, 50, 972. / 491, 1000},
-                 {"a sharp bend, much room: by the degrees", 60, 400, 60. / 30, 1000},
-                 {"a gentle bend on a long leg: slowly, by its metres over 30", 20, 400,
-                  1 / (7776. / 164 * 30 / 400), 1000},
-                 {"a bend on a short leg: by its degrees over 10", 40, 40, 1 / (778. / 327 * 10 / 40), 1000},
-                 {"a gentle bend with no room: faster", 40, 10, 327. / 194, 1000}};
-    for (const auto& c : cases) {
-        SetUp();
-        LiveAc& ac = add(format("taxi turns: 0 {}", c.legM));
-        ac.turnDeg = c.deg;
-        legTime(ac);
-        EXPECT_NEAR(c.factor, ac.turnRate / ac.turnRateNominal, 0.01) << c.what;
-        EXPECT_EQ(c.limit, ac.lagLimit) << c.what;
-        EXPECT_EQ(c.limit, ac.leadLimit) << c.what;
-    }
-}
-
 // Random taxi roads: no step is longer, and no turn of the nose sharper, than an aircraft could make.
 TEST_F(GroundMotion, aTaxiRoadIsDrivenWithoutJumps)
 {
@@ -145,20 +119,6 @@ TEST_F(GroundMotion, aTaxiRoadIsDrivenWithoutJumps)
         });
         EXPECT_NEAR(0, distNm(end, place) * kMetresPerNm, 0.5);
     }
-}
-
-TEST_F(GroundMotion, aCurveHasAPointEverywhereButOutside)
-{
-    LiveAc& ac = add("taxi: 0 40 60,-40");
-    makeCurve(ac);
-    // A quadratic curve's middle: a quarter of both ends and half of the control point.
-    const std::pair<double, const char*> cases[] = {{0, "0 0 90"}, {0.5, "35 -10 124"}, {1, "60 -40 153"}};
-    for (const auto& [at, expected] : cases) {
-        const CurvePoint point = curvePoint(ac.curve, at).value();
-        EXPECT_EQ(expected, format("{:.0f} {:.0f} {:.0f}", east(point) + 0.01, north(point) + 0.01,
-                                   point.bearing * kDegPerRad));
-    }
-    EXPECT_FALSE(curvePoint(ac.curve, -0.001) || curvePoint(ac.curve, 1.001) || curvePoint(Curve{}, 0.5));
 }
 
 TEST_F(GroundMotion, howItLeavesAStand)
@@ -289,21 +249,24 @@ TEST_F(GroundMotion, oneTooManyAndTheLongestParkedAndTheOldestStaticGo)
     EXPECT_TRUE(goes(liveAcs[0]) && goes(liveAcs[1]) && !goes(liveAcs[2])) << "fewer are wanted";
 }
 
-TEST_F(GroundMotion, theReservedStandIsCleared)
+TEST_F(GroundMotion, theReservedStandIsClearedAndWhoRestsOnItGoesAfterAMinute)
 {
-    for (const bool live : {false, true}) {
-        SetUp();
-        gf_addStand("A1", 0, 0, 90);
-        LiveAc& ac = add("parked: 0s");
-        ac.standId = live ? 1 : 2;
-        addStatic(live ? 2 : 1);
+    gf_addStand("A1", 0, 0, 90);
+    add("parked: 0s").standId = 1;
+    add("taxi: 0s", 20002, "DLH1");
+    addStatic(1);
+    addStatic(2);
+    const auto seen = [] {
         clearReservedStand();
-        EXPECT_FALSE(goes(ac) || goes(staticAcs[0])) << "none is reserved";
-        reservedStand = "A1";
-        clearReservedStand();
-        EXPECT_EQ(live, goes(ac));
-        EXPECT_EQ(!live, goes(staticAcs[0]));
+        return format("{:d}{:d}{:d}{:d}", goes(liveAcs[0]), goes(liveAcs[1]), goes(staticAcs[0]),
+                      goes(staticAcs[1]));
+    };
+    EXPECT_EQ("0000", seen()) << "none is reserved";
+    reservedStand = "A1";
+    for (int second = 0; second < 60; second += 15, tick += 15 * kTicksPerSecond) {
+        EXPECT_EQ(second == 0 ? "0010" : "1010", seen()) << "the static one first";
     }
+    EXPECT_EQ("1110", seen());
 }
 
 TEST_F(GroundMotion, theRoundOfTheParkedSendsAwayWhoStayedTooLong)

@@ -168,46 +168,6 @@ TEST_F(Identity, aGhostGoesForGoodWhenItsTwinComes)
     EXPECT_TRUE(again.eraseNow);
 }
 
-TEST_F(Identity, whoOfTwoWithOneNameIsShown)
-{
-    // The first is in the simulator, the second would come, or the second is there and would take the name.
-    // clang-format off
-    const struct {
-        const char *old, *oldReg; StState st; const char *callsign, *regcode; bool comes, oldGoes, takes;
-    } cases[] = {
-        {"BAW1",  "G-A", StState::Flying, "BAW1",  "",    false, false, false},
-        {"BAW1",  "G-A", StState::Flying, "BAW9",  "G-A", false, false, true},
-        {"BAW1",  "G-A", StState::Flying, "BAW9",  "G-B", true,  false, true},
-        {"BAW1",  "",    StState::Flying, "BAW9",  "",    true,  false, true},
-        {"BAW1",  "G-A", StState::Parked, "BAW1",  "",    true,  true,  false},
-        {"BAW1_", "G-A", StState::Flying, "BAW1",  "G-A", true,  true,  true},
-        {"BAW1",  "G-A", StState::Flying, "BAW1_", "",    true,  false, false},
-    };
-    // clang-format on
-    for (const auto& c : cases) {
-        for (const bool there : {false, true}) {
-            SetUp();
-            LiveAc& old = gf_addFlying(20001, c.old);
-            old.regcode = c.oldReg;
-            old.st = c.st;
-            LiveAc& fresh = there ? gf_addFlying(20002, "KLM5") : gf_addBuffered(20002, c.callsign);
-            fresh.regcode = c.regcode;
-            if (there) {
-                FeedRecord record;
-                record.callsign = c.callsign;
-                identityUpdate(fresh, record);
-                EXPECT_EQ(c.takes ? c.callsign : "KLM5", fresh.callsign) << c.old;
-            } else {
-                ASSERT_EQ(c.comes, gf_doublesMakeWay(fresh)) << c.old << c.callsign;
-                if (c.comes) {
-                    gf_removeDoubles(fresh);
-                }
-                EXPECT_EQ(c.oldGoes, goes(liveAcs[0])) << c.old << c.callsign;
-            }
-        }
-    }
-}
-
 TEST_F(Identity, whoGetsAStandThatIsTaken)
 {
     const struct {
@@ -266,33 +226,6 @@ TEST_F(Identity, whichPhaseANewAircraftOnTheGroundBegins)
         if (ac.st == StState::Parked) {
             EXPECT_EQ(ac.hexid, parkApf.stands[0].occupiedByLive);
         }
-    }
-}
-
-TEST_F(Identity, aStandIsFreeAgainHoweverItsAircraftGoes)
-{
-    // clang-format off
-    const std::pair<const char*, void (*)(LiveAc&)> ends[] = {
-        {"refused",                [](LiveAc& ac) { gf_onCreateRefused(ac.hexid); }},
-        {"taken back",    [](LiveAc& ac) { spawnStack.push_back(ac.hexid); removeAircraftFromSim(ac, "test"); }},
-        {"during its exchange",    [](LiveAc& ac) { ac.fs = FsState::Buffer; removeAircraftFromSim(ac, "test"); }},
-        {"removed",                [](LiveAc& ac) { ac.fs = FsState::Active; removeAircraftFromSim(ac, "test"); }},
-        {"by the simulator itself", [](LiveAc& ac) { ac.fs = FsState::Active; ac.objectid = 77; onObjectRemoved(77); }},
-    };
-    // clang-format on
-    for (const auto& [what, end] : ends) {
-        SetUp();
-        gf_addStand("A1", 0, 0, 90);
-        LiveAc& ac = add("birth: -30s -30s");
-        ac.fs = FsState::Buffer;
-        ASSERT_TRUE(gf_birthOnGround(ac) && parkApf.stands[0].occupiedByLive);
-        LiveAc& late = add("parking: 0s", 20009, "DLH9");  // who never got the stand frees nothing
-        late.standId = 1;
-        removeAircraftFromSim(late, "test");
-        ASSERT_EQ(liveAcs[0].hexid, parkApf.stands[0].occupiedByLive);
-        liveAcs[0].fs = FsState::Adding2Sim;
-        end(liveAcs[0]);
-        EXPECT_FALSE(parkApf.stands[0].occupiedByLive) << what;
     }
 }
 
