@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 namespace vlt {
 
@@ -28,6 +27,15 @@ TEST(Geodesy, distancesAndBearingsAreThoseOfAGlobe)
     }
 }
 
+TEST(Geodesy, theNullPositionIsASmallBox)
+{
+    EXPECT_TRUE(gf_isNullPosition({0, 0}) && gf_isNullPosition({0.0009, 0.05}));
+    for (const LatLon outside : {LatLon{0.00091, 0.05}, LatLon{0.0009, 0.0501}, LatLon{-0.0001, 0.01}}) {
+        EXPECT_FALSE(gf_isNullPosition(outside)) << outside.lat;
+    }
+    EXPECT_EQ(0, gf_normalAngle(NAN));
+}
+
 TEST(Geodesy, destinationUndoesDistanceAndBearing)
 {
     for (const double heading : {0.1, 1.0, 2.5, 4.0, 6.0}) {
@@ -36,26 +44,10 @@ TEST(Geodesy, destinationUndoesDistanceAndBearing)
         EXPECT_NEAR(5, distNm(from, to), 0.01) << heading;
         EXPECT_NEAR(heading, bearing(from, to), 1e-3) << heading;
         EXPECT_LE(std::abs(to.lon), 180) << heading;
+        EXPECT_NEAR(-0.2, angleDiff(heading, gf_normalAngle(heading - 0.2 - 2 * kTwoPi)), 1e-12) << heading;
         // A point of that line lies sin(d) of its distance off one that leaves at an angle of d.
         EXPECT_NEAR(5 * kFeetPerNm * std::sin(0.3), gf_offLineFeet(from, heading - 0.3, to), 30);
         EXPECT_NEAR(5 * kFeetPerNm * std::sin(0.3), gf_offLineFeet(from, heading + 0.3, to), 30);
-    }
-}
-
-TEST(Geodesy, anglesTakeTheShorterWay)
-{
-    EXPECT_NEAR(0.2, angleDiff(kTwoPi - 0.1, 0.1), 1e-12);
-    EXPECT_NEAR(-0.2, angleDiff(0.1, kTwoPi - 0.1), 1e-12);
-    EXPECT_NEAR(kTwoPi - 0.5, gf_normalAngle(-0.5), 1e-12);
-    EXPECT_NEAR(0.5, gf_normalAngle(0.5 + 2 * kTwoPi), 1e-12);
-    EXPECT_EQ(0, gf_normalAngle(std::numeric_limits<double>::quiet_NaN()));
-}
-
-TEST(Geodesy, theNullPositionIsASmallBox)
-{
-    EXPECT_TRUE(gf_isNullPosition({0, 0}) && gf_isNullPosition({0.0009, 0.05}));
-    for (const LatLon outside : {LatLon{0.00091, 0.05}, LatLon{0.0009, 0.0501}, LatLon{-0.0001, 0.01}}) {
-        EXPECT_FALSE(gf_isNullPosition(outside)) << outside.lat;
     }
 }
 

@@ -321,22 +321,35 @@ TEST_F(GroundMotion, whenTheNoseComesUp)
 
 TEST_F(GroundMotion, whatIsCommandedOnTheRunway)
 {
-    // The landing was to the east; the nose is so many degrees off it.
+    // The landing was to the east; the nose is so many degrees off it. In a take-off that fails, the climb
+    // still builds up until tick -300.
+    const auto touches = [](LiveAc& ac) { onTouchdown(ac); };
+    const auto late = [](LiveAc& ac) { ac.phaseTicks = -301, onTouchdown(ac); };
     // clang-format off
-    const struct { const char* scene; double offDeg; const char *after, *commands; } cases[] = {
-        {"taxi runs: 0@10 40@19",              0,     "taxi runs",  "throttle=0"},
-        {"taxi runs: 0@15 40@10",              0,     "taxi runs",  "throttle=4914"},
-        {"taxi runs: 0@10 40@20",              0,     "taxi runs",  "throttle=4914"},
-        {"taxi runs: 0@20 40@10",              0,     "taxi runs",  "throttle=8191"},
-        {"taxi runs: 0@10 40@25",              0,     "taxi runs",  "throttle=8191"},
-        {"taxi runs: 0@25 40@10",              0,     "taxi runs",  "throttle=16383"},
-        {"taxi runs: 0@10 40@30",              0,     "taxi runs",  "throttle=16383"},
-        {"taxi runs Rotorcraft: 0@10 40@19",   0,     "taxi runs",  "throttle=16383"},
-        {"taxi: 0@10 40@10",                   0,     "taxi",       "throttle=0"},
-        {"taxi rolls: 0@91 100@91",            14.99, "taxi rolls", ""},
-        {"taxi rolls: 0@90 100@90",            14.99, "taxi rolls", "spoilers=0 flaps=3072"},
-        {"taxi rolls: 0@91 100@91",            15.01, "taxi",       "flaps=0 throttle=0 spoilers=0 lights=1101011"},
-        {"taxi rolls Rotorcraft: 0@91 100@91", 15.01, "taxi",       "throttle=16383 lights=1101011"},
+    const struct { const char* scene; double offDeg; void (*step)(LiveAc&); const char *after, *commands; } cases[] = {
+        {"taxi runs: 0@10 40@19",              0,     nextPos, "taxi runs",  "throttle=0"},
+        {"taxi runs: 0@15 40@10",              0,     nextPos, "taxi runs",  "throttle=4914"},
+        {"taxi runs: 0@10 40@20",              0,     nextPos, "taxi runs",  "throttle=4914"},
+        {"taxi runs: 0@20 40@10",              0,     nextPos, "taxi runs",  "throttle=8191"},
+        {"taxi runs: 0@10 40@25",              0,     nextPos, "taxi runs",  "throttle=8191"},
+        {"taxi runs: 0@25 40@10",              0,     nextPos, "taxi runs",  "throttle=16383"},
+        {"taxi runs: 0@10 40@30",              0,     nextPos, "taxi runs",  "throttle=16383"},
+        {"taxi runs Rotorcraft: 0@10 40@19",   0,     nextPos, "taxi runs",  "throttle=16383"},
+        {"taxi: 0@10 40@10",                   0,     nextPos, "taxi",       "throttle=0"},
+        {"taxi rolls: 0@91 100@91",            14.99, nextPos, "taxi rolls", ""},
+        {"taxi rolls: 0@90 100@90",            14.99, nextPos, "taxi rolls", "spoilers=0 flaps=3072"},
+        {"taxi rolls: 0@91 100@91",  15.01, nextPos, "taxi", "flaps=0 throttle=0 spoilers=0 lights=1101011"},
+        {"taxi rolls Rotorcraft: 0@91 100@91", 15.01, nextPos, "taxi",       "throttle=16383 lights=1101011"},
+        {"taxi rolls landed lands: 0@130 400@140", 0, rotationStart, "take_off runs",
+         "throttle=0 spoilers=0 flaps=3072 lights=1111110 throttle=16383 spoilers=16383"},
+        {"taxi rolls Rotorcraft: 0@30 100@50", 0, rotationStart, "take_off runs", "throttle=16383 lights=1111110"},
+        {"taxi rolls landed: 0@130 400@140",   0, gf_rejectLanding, "taxi runs rolls",
+         "throttle=11468 spoilers=16383 flaps=3072 lights=1111110"},
+        {"flying: 0^1000 90",                  0,     touches, "flying",     ""},
+        {"flying lands: 0^1000 90",            0,     touches, "flying rolls landed blends", "spoilers=16383"},
+        {"take_off runs: 0^9 90",              0,     touches, "take_off runs", ""},
+        {"take_off runs: 0 90^9",              0,     late,    "take_off runs", ""},
+        {"take_off runs: 0 90",                0,     late, "taxi rolls landed blends", "gear=1 spoilers=16383"},
     };
     // clang-format on
     for (const auto& c : cases) {
@@ -344,29 +357,15 @@ TEST_F(GroundMotion, whatIsCommandedOnTheRunway)
         LiveAc& ac = add(c.scene);
         ac.landingHdg = ac.hdg - c.offDeg * kRadPerDeg;
         ac.lagLimit = 3000;
-        nextPos(ac);
+        ac.climbConfigured = true;
+        c.step(ac);
         EXPECT_EQ(c.commands, commands()) << c.scene;
         EXPECT_EQ(c.after, stateOf(ac)) << c.scene;
-        EXPECT_EQ(std::string(c.after) == "taxi" ? 2900 : 3000, ac.lagLimit) << c.scene;
+        EXPECT_EQ(c.step == nextPos && ac.st == StState::Taxi && !ac.takeOff && !ac.landingRoll ? 2900 : 3000,
+                  ac.lagLimit)
+            << c.scene;
+        EXPECT_EQ(c.step != rotationStart && c.step != gf_rejectLanding, ac.climbConfigured) << c.scene;
     }
-}
-
-TEST_F(GroundMotion, aTouchAndGoRotatesOutOfTheRoll)
-{
-    LiveAc& ac = add("taxi rolls landed lands: 0@130 400@140");
-    ac.climbConfigured = true;
-    rotationStart(ac);
-    EXPECT_FALSE(ac.climbConfigured);
-    EXPECT_TRUE(look(ac).starts_with("take_off runs: ")) << look(ac);
-    EXPECT_EQ("throttle=0 spoilers=0 flaps=3072 lights=1111110 throttle=16383 spoilers=16383", commands());
-    EXPECT_EQ(5000, ac.leadLimit);
-    LiveAc& broken = add("taxi rolls landed: 0@130 400@140");
-    gf_rejectLanding(broken);
-    EXPECT_TRUE(look(broken).starts_with("taxi runs rolls: ")) << look(broken);
-    EXPECT_EQ("throttle=11468 spoilers=16383 flaps=3072 lights=1111110", commands());
-    LiveAc& helicopter = add("taxi rolls Rotorcraft: 0@30 100@50");
-    rotationStart(helicopter);
-    EXPECT_EQ("throttle=16383 lights=1111110", commands()) << "neither flaps nor spoilers nor gear";
 }
 
 }  // namespace vlt
