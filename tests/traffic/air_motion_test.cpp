@@ -93,8 +93,7 @@ TEST_F(AirMotion, arrivalTimesStayNearTheirReports)
         {"a crawl: the clock's end isn't reached", "flying extended: 0^9@0.000001 -7700000^9@0.000001+10", 2e7 - 1000},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         LiveAc& ac = add(c.scene);
         nextPosAir(ac);
         EXPECT_NEAR(c.after, (ac.stream[1].time - tick) / 100.0, 0.02) << c.what;
@@ -127,8 +126,7 @@ TEST_F(AirMotion, climbsAndSinksAsItsPlaceAllows)
         {"they climb, but on the ground",       "flying: 0v50 2000v60 4000v700", 300,  1013, 601. / 6000},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         LiveAc& ac = addAt(c.scene, c.agl);
         ac.onGround = false;
         currentQnh = c.qnh;
@@ -164,8 +162,7 @@ TEST_F(AirMotion, banksIntoTheTurnAndTakesReportedAttitudesNearTheGround)
         {true, true, 1999, -5, 100},    {true, true, 2000, -5, 180},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         LiveAc& ac = addAt("flying: 0^5000@200+5 1028.9^5000@200+10 1028.9,-5000^5000@200+10", c.agl);
         ac.approach = c.lands;
         PosSample& next = ac.stream[1];
@@ -206,8 +203,7 @@ TEST_F(AirMotion, configuresByHeightAndVerticalSpeed)
         {"a helicopter", "flying Rotorcraft: 0^12000", 2500, 5, 4, "flying", "lights=1100001 throttle=16383"},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         HELICOPTERS.value = true;
         LiveAc& ac = addAt(c.scene, c.agl);
         ac.throttleLevel = c.throttle;

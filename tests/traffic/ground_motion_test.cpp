@@ -40,14 +40,13 @@ protected:
         gf_addStand("A1", 0, 0, 90);
         return add("taxi landed: -42@5 -12@4 -12s");
     }
-    // Parked at a stand that faces east, reports leading away to that direction, degrees.
-    static LiveAc& leaving(double directionDeg)
+    // A live and a static one at the stand A1, or `apart` metres off at its neighbour A2.
+    static void occupy(double apart)
     {
-        const double angle = directionDeg * kRadPerDeg;
-        ParkPos& stand = gf_addStand("A1", 0, 0, 90);
-        LiveAc& ac = add(format("parked leaves: 0s {},{}@8+30", 60 * std::sin(angle), 60 * std::cos(angle)));
-        gf_takeStand(ac, stand);
-        return ac;
+        gf_addStand("A2", 0, apart, 90);
+        parkApf.stands[0].neighbours = {2};
+        add("parked: 0s", 20002, "DLH1").standId = apart == 0 ? 1 : 2;
+        addStatic(apart == 0 ? 1 : 2);
     }
     static StaticAc& addStatic(uint32_t standId, HourStamp stamp = {})
     {
@@ -84,8 +83,7 @@ TEST_F(GroundMotion, whichBendsBecomeCurvesAndWhichLegsAreHalved)
         {"no leg at all",                        0,    0,   10,   10,   "taxi turns: 0@10s"},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         const double angle = c.deg * kRadPerDeg;
         LiveAc& ac = add(format("taxi: 0@{} {}@{}+10 {},{}@{}+10", c.from, c.legM, c.to,
                                 c.legM + 100 * std::cos(angle), -100 * std::sin(angle), c.to));
@@ -121,81 +119,46 @@ TEST_F(GroundMotion, aTaxiRoadIsDrivenWithoutJumps)
     }
 }
 
-TEST_F(GroundMotion, howItLeavesAStand)
-{
-    // Two half spans ahead, or 2.5 radii of the stand back, 50 m, of which the second half is the turn's.
-    // clang-format off
-    const struct { double direction; const char *after, *commands; } cases[] = {
-        {175, "taxi: 34@4", "lights=1101010 start=0 throttle=0 flaps=3072"},
-        {5,   "taxi: 34@4", "lights=1101010 start=0 throttle=0 flaps=3072"},
-        {185, "pushing_back leaves: -25@4 -50@4 -50,-17@4", "lights=1101010 throttle=0"},
-        {355, "pushing_back leaves: -25@4 -50@4 -50,-17@4", "lights=1101010 throttle=0"},
-    };
-    // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
-        LiveAc& ac = leaving(c.direction);
-        nextPos(ac);
-        EXPECT_EQ(c.after, lookWithoutTimes(ac)) << c.direction;
-        EXPECT_EQ(c.commands, commands()) << c.direction;
-    }
-    SetUp();
-    LiveAc& ac = leaving(270);
-    parkApf.stands.clear();
-    nextPos(ac);
-    EXPECT_EQ(StState::Taxi, ac.st) << "its stand is gone";
-}
-
-TEST_F(GroundMotion, whereItParks)
-{
-    // clang-format off
-    const struct { const char* what; void (*spoil)(LiveAc&); bool parks; } cases[] = {
-        {"nothing speaks against it", [](LiveAc&) {}, true},
-        {"the reserved stand",    [](LiveAc&) { reservedStand = "A1"; }, false},
-        {"where the user stands", [](LiveAc&) { userNow.lat = 47; userNow.lon = 8; }, false},
-        {"just out of a stand",   [](LiveAc& ac) { ac.prevSt = StState::Parked; }, false},
-        {"just pushed back",      [](LiveAc& ac) { ac.prevSt = StState::PushedBack; }, false},
-        {"the same, but towed",   [](LiveAc& ac) { ac.prevSt = StState::Parked; ac.towed = true; }, true},
-        {"looked there before",   [](LiveAc& ac) { ac.lastParkLat = 47; ac.lastParkLon = ac.stream[2].lon; }, false},
-        {"looked beside it",      [](LiveAc& ac) { ac.lastParkLat = 47; }, true},
-        {"still fast",            [](LiveAc& ac) { ac.stream[1].speed = 5.1; }, false},
-        {"still far",             [](LiveAc& ac) { ac.lon = gf_groundSample(-48, 0, 0, 0).lon; }, false},
-        {"no airport",            [](LiveAc&) { parkAirport.reset(); }, false},
-    };
-    // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
-        LiveAc& ac = arriving();
-        c.spoil(ac);
-        nextPos(ac);
-        EXPECT_EQ(c.parks, ac.st == StState::Parking) << c.what;
-        EXPECT_EQ(c.parks, look(ac).ends_with(": 0@4 0+1s")) << c.what;
-    }
-}
-
-TEST_F(GroundMotion, whoIsAtTheStandOrWouldTouchFromTheNextMakesWay)
+TEST_F(GroundMotion, whereItParksAndWhoMakesWay)
 {
     // Two half spans of 17.05 m and a tenth are 37.5 m.
-    for (const double apart : {0.0, 37.0, 38.0}) {
-        SetUp();
+    // clang-format off
+    const struct { const char* what; void (*spoil)(LiveAc&); bool parks, othersGo; } cases[] = {
+        {"nothing speaks against it", [](LiveAc&) {}, true, false},
+        {"the reserved stand",    [](LiveAc&) { reservedStand = "A1"; }, false, false},
+        {"where the user stands", [](LiveAc&) { userNow.lat = 47; userNow.lon = 8; }, false, false},
+        {"just out of a stand",   [](LiveAc& ac) { ac.prevSt = StState::Parked; }, false, false},
+        {"just pushed back",      [](LiveAc& ac) { ac.prevSt = StState::PushedBack; }, false, false},
+        {"the same, but towed",   [](LiveAc& ac) { ac.prevSt = StState::Parked; ac.towed = true; }, true, false},
+        {"looked there before",   [](LiveAc& ac) { ac.lastParkLat = 47; ac.lastParkLon = ac.stream[2].lon; }, false, false},
+        {"looked beside it",      [](LiveAc& ac) { ac.lastParkLat = 47; }, true, false},
+        {"still fast",            [](LiveAc& ac) { ac.stream[1].speed = 5.1; }, false, false},
+        {"still far",             [](LiveAc& ac) { ac.lon = gf_groundSample(-48, 0, 0, 0).lon; }, false, false},
+        {"no airport",            [](LiveAc&) { parkAirport.reset(); }, false, false},
+        {"somebody is there",     [](LiveAc&) { occupy(0); }, true, true},
+        {"they would touch",      [](LiveAc&) { occupy(37); }, true, true},
+        {"they wouldn't",         [](LiveAc&) { occupy(38); }, true, false},
+    };
+    // clang-format on
+    for (const auto& c : afresh(cases)) {
         arriving();
-        gf_addStand("A2", 0, apart, 90);
-        parkApf.stands[0].neighbours = {2};
-        const uint32_t standId = apart == 0 ? 1 : 2;
-        add("parked: 0s", 20002, "DLH1").standId = standId;
-        addStatic(standId);
+        c.spoil(liveAcs[0]);
         nextPos(liveAcs[0]);
-        EXPECT_EQ(StState::Parking, liveAcs[0].st);
-        EXPECT_EQ(apart < 37.5, goes(liveAcs[1])) << apart;
-        EXPECT_EQ(apart < 37.5, goes(staticAcs[0])) << apart;
+        EXPECT_EQ(c.parks, liveAcs[0].st == StState::Parking) << c.what;
+        EXPECT_EQ(c.parks, look(liveAcs[0]).ends_with(": 0@4 0+1s")) << c.what;
+        EXPECT_EQ(c.othersGo, liveAcs.size() > 1 && goes(liveAcs[1])) << c.what;
+        EXPECT_EQ(c.othersGo, !staticAcs.empty() && goes(staticAcs[0])) << c.what;
     }
-    SetUp();
+}
+
+TEST_F(GroundMotion, aCreationThatWaitsForTheStandIsTakenBack)
+{
     LiveAc& ac = arriving();
     addStatic(1).fs = FsState::Adding2Sim;
     staticCreateQueue.emplace_back().tailNumber = "DLH9*";
     staticCreateQueue.back().hexid = 5;
     nextPos(ac);
-    EXPECT_TRUE(staticCreateQueue.empty()) << "a creation that waits is taken back";
+    EXPECT_TRUE(staticCreateQueue.empty());
     gf_updateLiveAcs();
     EXPECT_TRUE(staticAcs.empty()) << "its record goes within the tick";
 }
@@ -228,25 +191,24 @@ TEST_F(GroundMotion, oneTooManyAndTheLongestParkedAndTheOldestStaticGo)
         SetUp();
         maxPark = limit;
         hourNow = {1, 4};
-        for (uint32_t i = 0; i < 3; ++i) {
-            add("parked: 0s", 20001 + i, "DLH").parkedSince = tick - static_cast<int32_t>(i % 2 * 1000 + i);
+        for (const int32_t since : {2000, 1000, 1500}) {
+            add("parked: 0s", 20001 + static_cast<uint32_t>(liveAcs.size()), "DLH").parkedSince = since;
         }
         for (const HourStamp stamp : {HourStamp{7, 40}, HourStamp{1, 2}, HourStamp{7, 30}}) {
             addStatic(0, stamp);
         }
+        const auto who = [] {
+            std::string text;
+            const auto gone = [](const auto& ac) { return goes(ac) ? 'x' : '-'; };
+            std::ranges::transform(liveAcs, std::back_inserter(text), gone);
+            std::ranges::transform(staticAcs, std::back_inserter(text), gone);
+            return text;
+        };
         maxParkCheck(0);
-        const auto gone = [](const auto& ac) { return goes(ac) ? 'x' : '-'; };
-        std::string who;
-        std::ranges::transform(liveAcs, std::back_inserter(who), gone);
-        std::ranges::transform(staticAcs, std::back_inserter(who), gone);
-        EXPECT_EQ(limit == 0 ? "-----x" : limit == 2 ? "-x---x" : "-----x", who) << limit;
+        EXPECT_EQ(limit == 2 ? "-x---x" : "-----x", who()) << limit;
+        removeOldestParked(limit == 2 ? 1 : 2);
+        EXPECT_EQ("-xx--x", who()) << "fewer are wanted";
     }
-    SetUp();
-    for (uint32_t i = 0; i < 3; ++i) {
-        add("parked: 0s", 20001 + i, "DLH").parkedSince = static_cast<int32_t>(i);
-    }
-    removeOldestParked(2);
-    EXPECT_TRUE(goes(liveAcs[0]) && goes(liveAcs[1]) && !goes(liveAcs[2])) << "fewer are wanted";
 }
 
 TEST_F(GroundMotion, theReservedStandIsClearedAndWhoRestsOnItGoesAfterAMinute)
@@ -279,8 +241,7 @@ TEST_F(GroundMotion, theRoundOfTheParkedSendsAwayWhoStayedTooLong)
         {"parked Heavy: 0s", 181, false, -1},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         tick = 2'000'000;
         LiveAc& ac = add(c.scene);
         ac.liveAtStand = c.reports;
@@ -308,8 +269,7 @@ TEST_F(GroundMotion, whenTheNoseComesUp)
         {"a light one is off the ground at 90", "taxi runs Light: 0@80 400^100@90 800^100@90", 0.5},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         LiveAc& ac = add(c.scene);
         ac.alt = 50;
         gf_judgeRotation(ac, 500);
@@ -352,8 +312,7 @@ TEST_F(GroundMotion, whatIsCommandedOnTheRunway)
         {"take_off runs: 0 90",                0,     late, "taxi rolls landed blends", "gear=1 spoilers=16383"},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         LiveAc& ac = add(c.scene);
         ac.landingHdg = ac.hdg - c.offDeg * kRadPerDeg;
         ac.lagLimit = 3000;

@@ -74,8 +74,7 @@ TEST_F(Identity, whatBringsANewObject)
         {"another, other airline",    "", "BAW3 G-D TLS LHR", "BAW3 EI-DAC TLS LHR", "BAW3 EI-DAC TLS LHR BAW A319"},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         GUID_CHANGES.value = std::string(c.what) != "exchanges are off";
         LiveAc& ac = add(format("flying {}: 0^9000 500^9000", c.state));
         FeedRecord record;
@@ -181,8 +180,7 @@ TEST_F(Identity, whoGetsAStandThatIsTaken)
                  {"no ghost against a ghost", "DLH1_", "KLM5", "parked: 0s", true, true, true},
                  {"a ghost against none", "DLH1", "KLM5_", "pushed_back: 0s", false, false, false},
                  {"the holder taxies already", "DLH1", "KLM5", "taxi: 0s", false, true, false}};
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         LiveAc& holder = add(c.scene, 20001, c.holder);
         holder.standId = 1;
         holder.liveAtStand = c.reports;
@@ -215,8 +213,7 @@ TEST_F(Identity, whichPhaseANewAircraftOnTheGroundBegins)
         {"it wouldn't", "birth: -1s -1s", [] { gf_addStand("A2", 0, 38, 90); hold(2); }, true, "parked: 0s"},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         gf_addStand("A1", 0, 0, 90).neighbours = {2};
         c.before();
         LiveAc& ac = add(c.scene);
@@ -241,8 +238,7 @@ TEST_F(Identity, theLiveFlightReplacesItsStaticOne)
                  {"through its own coupling", "BAW1", "DLH2", "", "taxi: 0", true, false},
                  {"as a ghost", "DLH1_", "", "", "taxi: 0", true, false},
                  {"another", "BAW1", "", "", "taxi: 0", false, false}};
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         StaticAc& parked = addStatic("DLH1*", "G-DBCJ");
         parked.coupledCs1 = "DLH1";
         parked.coupledCs2 = "DLH2";

@@ -72,8 +72,7 @@ TEST_F(Intake, onlyWantedAndKnownTypesComeIn)
                  {"above that", "A319", "", 1621, true, "Large"},
                  {"below that", "A319", "", 1379, true, "Large"},
                  {"on the ground", "A319", "", 0, true, "Large"}};
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         parkAirport = ParkAirportPlace{47, 8, 1500};
         LIGHT_AIRCRAFT.value = HELICOPTERS.value = c.wanted;
         FeedRecord r = record(1000);
@@ -111,8 +110,7 @@ TEST_F(Intake, dropsWhatTellsNothingNew)
         {"standing longer",        15.1, 1,   0,   0,      false, true},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         LiveAc& ac = gf_addFlying(20001, "BAW3AK");
         ac.onGround = !c.airborne;
         ac.st = c.airborne ? StState::Flying : StState::Taxi;

@@ -64,8 +64,7 @@ TEST_F(Spawn, theGateJudgesIdentityAndStream)
         {"no room",             [](LiveAc&) { MAX_LIVE.value = 0; }, Erased},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         gf_addFlying(20001, "TWIN1");
         LiveAc& ac = gf_addBuffered(20002, "BAW3AK");
         c.change(ac);
@@ -97,8 +96,7 @@ TEST_F(Spawn, theGateKeepsTheUsersWayFree)
         {"held, 400 m off",              true,  true,  true,  {47.0036, 8, 0, 0, 0, 0}, Dropped},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         userOnGround = c.userOnGround;
         const User& u = c.user;
         userNow = {u.lat, u.lon, 0, 0, u.hdgDeg * kRadPerDeg, u.altitude, u.agl, u.speed};
@@ -124,8 +122,7 @@ TEST_F(Spawn, theRangeFollowsTheUser)
         {"not wanted", false, true, 1000, 47.5, 25},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         AUTO_RANGE.value = c.wanted;
         AUTO_RANGE_ABOVE_HEIGHT.value = 18000;
         AIRPORT_HEIGHT.value = 3000;
@@ -167,8 +164,7 @@ TEST_F(Spawn, theRegistrationOrTheCallSignTellsTheAirline)
                  {"GABCD", "", "", "GABCD PVT A319"},         {"BAW", "", "", "BAW PVT A319"},
                  {"B1W12", "", "", "B1W12 PVT A319"},         {"", "XXX", "EI-DAC", "EI-DAC RYR B738"},
                  {"BAW12", "XXX", "EI-DAC", "BAW12 RYR B738"}};
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         LiveAc& ac = gf_addBuffered(20002, c.callsign);
         ac.airline = c.airline;
         ac.regcode = c.regcode;
@@ -250,8 +246,7 @@ TEST_F(Spawn, setsAnAircraftUpByItsPhase)
         {"taxi Rotorcraft: 0", 0, "start=0 lights=1101011 throttle=16383"},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         LiveAc& ac = add(c.scene);
         ac.fs = FsState::Adding2Sim;
         ac.agl = c.agl;

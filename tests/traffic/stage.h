@@ -24,6 +24,7 @@
 #include <map>
 #include <numbers>
 #include <random>
+#include <ranges>
 #include <sstream>
 #include <stdexcept>
 
@@ -32,12 +33,21 @@ namespace vlt {
 class Stage : public ::testing::Test
 {
 protected:
-    // A fresh run with the small world. Also between the rows of a table.
+    // A fresh run with the small world.
     void SetUp() override
     {
         gf_freshRun();
         gf_clearWorld();
         gf_loadSmallWorld();
+    }
+
+    // The rows of a table, each with a fresh run.
+    auto afresh(const auto& rows)
+    {
+        return rows | std::views::transform([this](const auto& row) -> const auto& {
+                   SetUp();
+                   return row;
+               });
     }
 
     // Samples of which the first comes 5 s, or what it tells, after the tick `after`.

@@ -87,8 +87,7 @@ TEST_F(Stream, whatAReportDoes)
         {"the same in the air", "birth: 0^900 90^900", "180^900", "flying: 0^900 90^900 180^900"},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         LiveAc& ac = add(c.before);
         ac.pushedBackDist = 900;  // as a push-back ends
         hear(ac, c.reports);
@@ -117,8 +116,7 @@ TEST_F(Stream, atAStandItIsNoiseUntilItLeadsAway)
         {"201 m off: it isn't that one",     "parked extended",  "-201",         "parked extended goes: 0s"},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         LiveAc& ac = parked(std::string(c.before) + ": 0s");
         ac.prevSt = ac.st == StState::Parking ? StState::Parking : StState::Taxi;
         gf_claimStand(ac);
@@ -145,8 +143,7 @@ TEST_F(Stream, anAircraftMovedSoonAfterItsLandingIsTowed)
         {"parked landed Heavy extended", 60, false},   {"parked landed Light extended", 1, false},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         LiveAc& ac = parked(std::string(c.scene) + ": 0s");
         ac.stream.front().time = tick + kParkedAheadTicks - c.minutes * kTicksPerMinute;
         leaveStand(ac);
@@ -169,8 +166,7 @@ TEST_F(Stream, reportsDuringThePushTellItsSideAlone)
         {170, 0,  kPushStraight, true,  "pushing_back: 0s"},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         LiveAc& ac = add("pushing_back: 0s");
         ac.pushStage = c.stage;
         STRAIGHT_PBS_ONLY.value = c.straightOnly;
@@ -223,8 +219,7 @@ TEST_F(Stream, howReportsThatEndAreContinued)
         {"out of the range",   "flying: 0,40^9000@300", 0, "flying: 0,40^9000@300",                      0},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SetUp();
+    for (const auto& c : afresh(cases)) {
         LIGHT_AIRCRAFT.value = false;
         userNow.lat = 47 - 39.49 / 60;
         userNow.lon = 8;
