@@ -3,13 +3,15 @@
 
 #include "traffic/arrival.h"
 #include "traffic/cycle.h"
-#include "traffic/leg_time.h"
 #include "traffic/legs.h"
+#include "traffic/object_config.h"
 #include "traffic/runway.h"
 #include "traffic/stage.h"
 #include "traffic/stays.h"
 #include "traffic/step_motion.h"
 #include "traffic/taxi_curve.h"
+
+#include <tuple>
 
 namespace vlt {
 
@@ -152,18 +154,6 @@ TEST_F(GroundMotion, whereItParksAndWhoMakesWay)
     }
 }
 
-TEST_F(GroundMotion, aCreationThatWaitsForTheStandIsTakenBack)
-{
-    LiveAc& ac = arriving();
-    addStatic(1).fs = FsState::Adding2Sim;
-    staticCreateQueue.emplace_back().tailNumber = "DLH9*";
-    staticCreateQueue.back().hexid = 5;
-    nextPos(ac);
-    EXPECT_TRUE(staticCreateQueue.empty());
-    gf_updateLiveAcs();
-    EXPECT_TRUE(staticAcs.empty()) << "its record goes within the tick";
-}
-
 TEST_F(GroundMotion, atItsStandItParksUnlessSomebodyDoesAndElseTaxiesOn)
 {
     for (const double metres : {1.9, 2.1}) {
@@ -234,22 +224,20 @@ TEST_F(GroundMotion, theReservedStandIsClearedAndWhoRestsOnItGoesAfterAMinute)
 
 TEST_F(GroundMotion, theRoundOfTheParkedSendsAwayWhoStayedTooLong)
 {
-    // Minutes, -1: it goes.
-    // clang-format off
-    const struct { const char* scene; int32_t minutes; bool reports; int32_t told; } cases[] = {
-        {"parked: 0s", 90, false, 90},         {"parked: 0s", 91, false, -1},
-        {"parked: 0s", 200, true, 0},          {"parked Heavy: 0s", 180, false, 180},
-        {"parked Heavy: 0s", 181, false, -1},
-    };
-    // clang-format on
-    for (const auto& c : afresh(cases)) {
+    const std::tuple<const char*, int32_t, bool, int32_t> cases[] = {// minutes, reports, minutes, -1: goes
+                                                                     {"parked: 0s", 90, false, 90},
+                                                                     {"parked: 0s", 91, false, -1},
+                                                                     {"parked: 0s", 200, true, 0},
+                                                                     {"parked Heavy: 0s", 180, false, 180},
+                                                                     {"parked Heavy: 0s", 181, false, -1}};
+    for (const auto& [scene, minutes, reports, told] : afresh(cases)) {
         tick = 2'000'000;
-        LiveAc& ac = add(c.scene);
-        ac.liveAtStand = c.reports;
-        ac.parkedSince = tick - c.minutes * kTicksPerMinute;
+        LiveAc& ac = add(scene);
+        ac.liveAtStand = reports;
+        ac.parkedSince = tick - minutes * kTicksPerMinute;
         const auto stays = oldParkedRound();
-        EXPECT_EQ(c.told < 0, goes(ac)) << c.scene << c.minutes;
-        EXPECT_EQ(c.told, stays.empty() ? -1 : stays[0].minutes) << c.scene << c.minutes;
+        EXPECT_EQ(told < 0, goes(ac)) << scene << minutes;
+        EXPECT_EQ(told, stays.empty() ? -1 : stays[0].minutes) << scene << minutes;
     }
 }
 
@@ -280,10 +268,12 @@ TEST_F(GroundMotion, whenTheNoseComesUp)
     }
 }
 
-TEST_F(GroundMotion, whatIsCommandedOnTheRunway)
+TEST_F(GroundMotion, whatIsCommandedAtEachStep)
 {
     // The landing was to the east; the nose is so many degrees off it. In a take-off that fails, the climb
     // still builds up until tick -300.
+    const auto low = [](LiveAc& ac) { ac.agl = 1999, setUpLiveAc(ac); };
+    const auto high = [](LiveAc& ac) { ac.agl = 2000, setUpLiveAc(ac); };
     const auto touches = [](LiveAc& ac) { onTouchdown(ac); };
     const auto late = [](LiveAc& ac) { ac.phaseTicks = -301, onTouchdown(ac); };
     // clang-format off
@@ -306,6 +296,12 @@ TEST_F(GroundMotion, whatIsCommandedOnTheRunway)
         {"taxi rolls Rotorcraft: 0@30 100@50", 0, rotationStart, "take_off runs", "throttle=16383 lights=1111110"},
         {"taxi rolls landed: 0@130 400@140",   0, gf_rejectLanding, "taxi runs rolls",
          "throttle=11468 spoilers=16383 flaps=3072 lights=1111110"},
+        {"flying: 0^9999",                     0,     low,  "flying", "start=0 spoilers=0 lights=1110110"},
+        {"flying: 0^10000",                    0,     high, "flying", "start=0 spoilers=0 lights=1100101"},
+        {"taxi: 0",            0, low, "taxi",   "spoilers=0 start=0 lights=1101011 throttle=0 flaps=3072"},
+        {"birth: 0",           0, low, "birth",  "spoilers=0 start=0 lights=1100011 throttle=0 flaps=0"},
+        {"parked: 0s",         0, low, "parked", "spoilers=0 shutdown=0 lights=1000011 throttle=0 flaps=0"},
+        {"taxi Rotorcraft: 0", 0, low, "taxi",   "start=0 lights=1101011 throttle=16383"},
         {"flying: 0^1000 90",                  0,     touches, "flying",     ""},
         {"flying lands: 0^1000 90",            0,     touches, "flying rolls landed blends", "spoilers=16383"},
         {"take_off runs: 0^9 90",              0,     touches, "take_off runs", ""},

@@ -156,42 +156,33 @@ TEST_F(Spawn, theFurthestMakesRoom)
     }
 }
 
-TEST_F(Spawn, theRegistrationOrTheCallSignTellsTheAirline)
+TEST_F(Spawn, startsWithTheFirstSamplesPlaceAndAttitudeAndAnAirline)
 {
-    // clang-format off
-    const struct { const char *callsign, *regcode, *airlineAndModel; } cases[] = {
-        {"baw12", "", "BAW A319"}, {"GABCD", "", "PVT A319"},       {"BAW", "", "PVT A319"},
-        {"B1W12", "", "PVT A319"}, {"BAW12", "EI-DAC", "RYR B738"}, {"", "EI-DAC", "RYR B738"},
-    };
-    // clang-format on
-    for (const auto& c : afresh(cases)) {
-        LiveAc& ac = gf_addBuffered(20002, c.callsign);
-        ac.airline = *c.regcode != 0 ? "XXX" : "";
-        ac.regcode = c.regcode;
-        gate(ac);
-        EXPECT_EQ(c.airlineAndModel, format("{} {}", ac.airline, ac.model)) << c.callsign;
-        EXPECT_TRUE(ac.model == "A319" || ac.radius == halfWingspanNm("B738")) << "as wide as it is shown";
-    }
-}
-
-TEST_F(Spawn, startsWithTheFirstSamplesPlaceAndAttitude)
-{
-    LiveAc& ac = gf_addBuffered(20002, "BAW3AK");
+    LiveAc& ac = gf_addBuffered(20002, "baw12");
+    ac.airline.clear();
     ac.stream[0].vs = -4000;
     ac.stream[0].roll = 0.2;
     ac.stream[0].rollValid = true;
-    spawnLiveAc(ac);
+    gate(ac);
     EXPECT_EQ(StState::Flying, ac.st);
     EXPECT_NEAR(-4000 / 60., ac.vsOut, 1e-9) << "feet a second";
     ac.callsign = "ABCDEFGHIJKLMN";
     makeCreateRequest(20002);
     ASSERT_EQ(1U, liveCreateQueue.size());
-    const CreateRequest& request = liveCreateQueue.front();
+    const CreateRequest& r = liveCreateQueue.front();
     // 2.5 degrees as with half of 3000 ft/min down; 11 bytes and the zero.
-    EXPECT_EQ("47 8 10000 2.5 11.5 90 false ABCDEFGHIJK",
-              format("{} {} {} {:.1f} {:.1f} {:.0f} {} {}", request.lat, request.lon, request.altitude,
-                     request.pitch, request.bank, request.heading, request.onGround, request.tailNumber));
-    EXPECT_FALSE(request.title.empty());
+    EXPECT_EQ("BAW A319 47 8 10000 2.5 11.5 90 false ABCDEFGHIJK",
+              format("{} {} {} {} {} {:.1f} {:.1f} {:.0f} {} {}", ac.airline, ac.model, r.lat, r.lon,
+                     r.altitude, r.pitch, r.bank, r.heading, r.onGround, r.tailNumber));
+    EXPECT_FALSE(r.title.empty());
+    for (const char* callsign : {"GABCD", "BAW", "B1W12", ""}) {
+        LiveAc& other = gf_addBuffered(20003, callsign);
+        other.airline.clear();
+        other.regcode = *callsign == 0 ? "EI-DAC" : "";
+        gate(other);
+        EXPECT_EQ(*callsign == 0 ? "RYR B738" : "PVT A319", other.airline + " " + other.model) << callsign;
+    }
+    EXPECT_EQ(halfWingspanNm("B738"), liveAcs.back().radius) << "as wide as it is shown";
 }
 
 TEST_F(Spawn, aRemovalWhileItIsCreated)
@@ -234,28 +225,6 @@ TEST_F(Spawn, aRemovalWhileItIsCreated)
     }
 }
 
-TEST_F(Spawn, setsAnAircraftUpByItsPhase)
-{
-    // clang-format off
-    const struct { const char* scene; double agl; const char* commands; } cases[] = {
-        {"flying: 0^9999", 1999, "start=0 spoilers=0 lights=1110110"},
-        {"flying: 0^10000", 2000, "start=0 spoilers=0 lights=1100101"},
-        {"taxi: 0", 0, "spoilers=0 start=0 lights=1101011 throttle=0 flaps=3072"},
-        {"birth: 0", 0, "spoilers=0 start=0 lights=1100011 throttle=0 flaps=0"},
-        {"parked: 0s", 0, "spoilers=0 shutdown=0 lights=1000011 throttle=0 flaps=0"},
-        {"taxi Rotorcraft: 0", 0, "start=0 lights=1101011 throttle=16383"},
-    };
-    // clang-format on
-    for (const auto& c : afresh(cases)) {
-        LiveAc& ac = add(c.scene);
-        ac.fs = FsState::Adding2Sim;
-        ac.agl = c.agl;
-        setUpLiveAc(ac);
-        EXPECT_EQ(c.commands, commands()) << c.scene;
-        EXPECT_EQ(FsState::Active, ac.fs);
-    }
-}
-
 TEST_F(Spawn, aRefusedLiveryIsNotTriedAgainNorWhereNoneFits)
 {
     LiveAc& ac = gf_addBuffered(20002, "BAW3AK");
@@ -267,9 +236,7 @@ TEST_F(Spawn, aRefusedLiveryIsNotTriedAgainNorWhereNoneFits)
     gate(again);
     EXPECT_NE(title, again.title);
     LiveAc& unknown = gf_addBuffered(20003, "XXX1");
-    unknown.airline = "XXX";
-    unknown.model = "A388";
-    unknown.regcode = "X-1";
+    std::tie(unknown.airline, unknown.model, unknown.regcode) = std::tuple("XXX", "A388", "X-1");
     EXPECT_EQ(Erased, gate(unknown));
     EXPECT_TRUE(failedLiveries.contains(gf_failedKey(unknown)));
 }

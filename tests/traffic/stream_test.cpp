@@ -153,32 +153,6 @@ TEST_F(Stream, anAircraftMovedSoonAfterItsLandingIsTowed)
     }
 }
 
-TEST_F(Stream, reportsDuringThePushTellItsSideAlone)
-{
-    // Its nose is east: a track or heading to the right of that turns it right. Degrees, 0: not told.
-    // clang-format off
-    const struct { double track, heading; PushStage stage; bool straightOnly; const char* after; } cases[] = {
-        {170, 0,  kPushStraight, false, "pushing_back right known: 0s"},
-        {80,  0,  kPushStraight, false, "pushing_back known: 0s"},
-        {170, 10, kPushStraight, false, "pushing_back known: 0s"},
-        {0,   0,  kPushStraight, false, "pushing_back: 0s"},
-        {170, 0,  kPushTurns,    false, "pushing_back: 0s"},
-        {170, 0,  kPushStraight, true,  "pushing_back: 0s"},
-    };
-    // clang-format on
-    for (const auto& c : afresh(cases)) {
-        LiveAc& ac = add("pushing_back: 0s");
-        ac.pushStage = c.stage;
-        STRAIGHT_PBS_ONLY.value = c.straightOnly;
-        PosSample sample = gf_groundSample(-40, 0, 4, tick + 3000);
-        sample.track = c.track;
-        sample.heading = c.heading * kRadPerDeg;
-        sample.headingValid = c.heading != 0;
-        decodeExisting(ac, sample);
-        EXPECT_EQ(c.after, look(ac)) << c.track << ' ' << c.heading;
-    }
-}
-
 TEST_F(Stream, aStreamThatGrowsWithoutEndGoes)
 {
     LiveAc& ac = add("flying: 0^900@140");
@@ -231,17 +205,12 @@ TEST_F(Stream, howReportsThatEndAreContinued)
     }
 }
 
-TEST_F(Stream, aTaxiingAircraftHoldsUnlessItIsInTheWayAndInTheEndGoes)
+TEST_F(Stream, aTaxiingAircraftHoldsUnlessItIsInTheWay)
 {
     add("taxi: 40", 20002, "DLH1");
     EXPECT_FALSE(extendStream(add("taxi: 0")));
     liveAcs[0].lon = gf_groundSample(41, 0, 0, 0).lon;  // (17.05 + 17.05) * 1.2 = 40.9 m
     EXPECT_TRUE(extendStream(liveAcs[1]));
-    for (int seconds = 3; seconds <= 20 * 60 + 3; seconds += 3) {
-        liveAcs[1].stream.pop_front();
-        tick += 300;
-        EXPECT_EQ(seconds <= 20 * 60, extendStream(liveAcs[1])) << seconds;
-    }
 }
 
 TEST_F(Stream, aParkedAircraftWaitsForAWeekAndNoLongerCountsAsReporting)
