@@ -50,18 +50,6 @@ protected:
         add("parked: 0s", 20002, "DLH1").standId = apart == 0 ? 1 : 2;
         addStatic(apart == 0 ? 1 : 2);
     }
-    static StaticAc& addStatic(uint32_t standId, HourStamp stamp = {})
-    {
-        StaticAc parked;
-        parked.standId = standId;
-        parked.stamp = stamp;
-        parked.hexid = 5;
-        parked.callsign = "DLH9*";
-        parked.radius = 17.05 / kMetresPerNm;
-        parked.objectid = 77;
-        parked.fs = FsState::Active;
-        return staticAcs.emplace_back(parked);
-    }
 };
 
 TEST_F(GroundMotion, whichBendsBecomeCurvesAndWhichLegsAreHalved)

@@ -33,17 +33,6 @@ protected:
     {
         add("parked: 0s", 20009, "DLH1").standId = standId;
     }
-    static StaticAc& addStatic(const char* callsign, const char* regcode)
-    {
-        StaticAc parked;
-        parked.callsign = callsign;
-        parked.regcode = regcode;
-        parked.standLat = 47;
-        parked.standLon = 8;
-        parked.objectid = 60;
-        parked.fs = FsState::Active;
-        return staticAcs.emplace_back(parked);
-    }
 };
 
 TEST_F(Identity, whatBringsANewObject)
@@ -236,7 +225,8 @@ TEST_F(Identity, theLiveFlightReplacesItsStaticOne)
     };
     // clang-format on
     for (const auto& c : afresh(cases)) {
-        StaticAc& parked = addStatic("DLH1*", "G-DBCJ");
+        StaticAc& parked = addStatic();
+        parked.regcode = "G-DBCJ";
         parked.coupledCs1 = "DLH1";
         parked.coupledCs2 = "DLH2";
         LiveAc& ac = add(c.scene, 20001, c.callsign);
@@ -273,9 +263,8 @@ TEST_F(Identity, whoIsInTheUsersWay)
         {"above a taxiing user",          true,  0,    "flying: 0^5000",        0,   false},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        for (const bool wanted : {false, true}) {
-            SetUp();
+    for (const bool wanted : {false, true}) {
+        for (const auto& c : afresh(cases)) {
             userOnGround = c.userOnGround;
             userNow = {47, 8, 0, 0, 90 * kRadPerDeg, 5000, c.userAgl, 140};
             COLLISION_USER_AIR.value = COLLISION_USER_GND.value = wanted;
@@ -305,7 +294,7 @@ TEST_F(Identity, staticAircraftInTheWay)
     for (const auto& c : afresh(cases)) {
         userOnGround = true;
         COLLISION_LIVE_PARKED_GND.value = c.wanted;
-        addStatic("DLH1*", "").radius = 17.05 / kMetresPerNm;
+        addStatic();
         gf_checkCollisions();
         add(c.scene);
         userNow.lat = c.userAt == 0 ? 46 : 47;
@@ -322,12 +311,11 @@ TEST_F(Identity, aBlockedCallSignGoesOnce)
 {
     gf_addFlying(20001, "BAW3AK");
     BLOCK_CALLSIGN.value = "BAW3AK";
-    gf_serviceBlock();
-    EXPECT_FALSE(goes(liveAcs[0]));
-    blockChanged = true;
-    gf_serviceBlock();
-    EXPECT_TRUE(goes(liveAcs[0]));
-    EXPECT_FALSE(blockChanged);
+    for (const bool changed : {false, true}) {
+        blockChanged = changed;
+        gf_serviceBlock();
+        EXPECT_TRUE(goes(liveAcs[0]) == changed && !blockChanged);
+    }
 }
 
 }  // namespace vlt

@@ -211,9 +211,9 @@ TEST_F(Spawn, aRemovalWhileItIsCreated)
     handleSimMessage({77, 0, 0, SimMessageKind::ObjectRemoved, 0, 0});
     EXPECT_TRUE(liveAcs.empty());
 
-    eventQueue.clear();
     for (const bool removed : {false, true}) {
-        StaticAc& parked = staticAcs.emplace_back();
+        SetUp();
+        StaticAc& parked = addStatic();
         std::tie(parked.hexid, parked.fs, parked.removeWhenAdded) =
             std::tuple(5, FsState::Adding2Sim, removed);
         handleSimMessage({78, 5, 200, SimMessageKind::StaticObject, 0, 0});
@@ -221,7 +221,6 @@ TEST_F(Spawn, aRemovalWhileItIsCreated)
         EXPECT_EQ(removed ? FsState::RemovingFromSim : FsState::Active, parked.fs);
         EXPECT_EQ(78U, parked.objectid);
         EXPECT_TRUE(commands().starts_with("throttle=0 flaps=0 shutdown=0"));
-        staticAcs.clear();
     }
 }
 
@@ -244,17 +243,16 @@ TEST_F(Spawn, aRefusedLiveryIsNotTriedAgainNorWhereNoneFits)
 TEST_F(Spawn, believesStaticDataOnlyWithinReason)
 {
     LiveAc& ac = gf_addFlying(20002, "BAW3AK");
-    const struct {
-        double cg, pitch, expectedCg, expectedPitch;  // feet, degrees
-    } cases[] = {{12.5, 2.5, 12.5, 2.5},
-                 {35.1, 2.6, 12.5, 0.7},
-                 {0.9, -1, 12.5, 0.7},
-                 {35, 0, 35, 0},
-                 {1, -0.9, 1, -0.9}};
-    for (const auto& c : cases) {
-        handleSimMessage({ac.objectid, 0, 0, SimMessageKind::StaticData, c.cg, c.pitch * kRadPerDeg});
-        EXPECT_DOUBLE_EQ(c.expectedCg, ac.staticCg) << c.cg;
-        EXPECT_NEAR(c.expectedPitch, ac.staticPitch * kDegPerRad, 1e-9) << c.pitch;
+    // Feet and degrees: told, and believed.
+    const std::tuple<double, double, double, double> cases[] = {{12.5, 2.5, 12.5, 2.5},
+                                                                {35.1, 2.6, 12.5, 0.7},
+                                                                {0.9, -1, 12.5, 0.7},
+                                                                {35, 0, 35, 0},
+                                                                {1, -0.9, 1, -0.9}};
+    for (const auto& [cg, pitch, believedCg, believedPitch] : cases) {
+        handleSimMessage({ac.objectid, 0, 0, SimMessageKind::StaticData, cg, pitch * kRadPerDeg});
+        EXPECT_DOUBLE_EQ(believedCg, ac.staticCg) << cg;
+        EXPECT_NEAR(believedPitch, ac.staticPitch * kDegPerRad, 1e-9) << pitch;
     }
 }
 

@@ -140,6 +140,20 @@ protected:
         }
         return ac;
     }
+    // Adds a static one at 47 N 8 E, as wide as an A319.
+    static StaticAc& addStatic(uint32_t standId = 0, HourStamp stamp = {})
+    {
+        StaticAc& parked = staticAcs.emplace_back();
+        parked.standId = standId;
+        parked.stamp = stamp;
+        parked.callsign = "DLH1*";
+        parked.standLat = 47;
+        parked.standLon = 8;
+        parked.radius = 17.05 / kMetresPerNm;
+        parked.objectid = 77;
+        parked.fs = FsState::Active;
+        return parked;
+    }
     // Adds an aircraft with random legs and bends ahead of it; every other road leads over the date line.
     static LiveAc& addRoad(const std::string& state, uint32_t seed, bool air)
     {
