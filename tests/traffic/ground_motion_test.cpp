@@ -2,7 +2,6 @@
 #include "traffic/ground_motion.h"
 
 #include "traffic/arrival.h"
-#include "traffic/cycle.h"
 #include "traffic/legs.h"
 #include "traffic/object_config.h"
 #include "traffic/runway.h"

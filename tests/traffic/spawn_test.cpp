@@ -6,7 +6,6 @@
 #include "liveries/liveries.h"
 #include "traffic/auto_range.h"
 #include "traffic/create_request.h"
-#include "traffic/object_config.h"
 #include "traffic/removal.h"
 #include "traffic/sim_answers.h"
 #include "traffic/stage.h"

@@ -1,9 +1,6 @@
 // What becomes of a new report, and of an aircraft whose reports end.
 #include "traffic/stream.h"
 
-#include "airports/loading.h"
-#include "airports/stand_search.h"
-#include "traffic/arrival.h"
 #include "traffic/stage.h"
 #include "traffic/stream_end.h"
 
@@ -99,7 +96,7 @@ TEST_F(Stream, whatAReportDoes)
 TEST_F(Stream, atAStandItIsNoiseUntilItLeadsAway)
 {
     // Believed are three reports, each 3 m farther out, of half a wing in all, or one a whole wing farther
-    // out than the first. `before` says parking where it has just arrived.
+    // out than the first. It has parked for 33 minutes. `before` says parking where it has just arrived.
     // clang-format off
     const struct { const char *what, *before, *reports, *after; } cases[] = {
         {"farther out, but two only",        "parked extended",  "-1@2 -6@2 -10@2",        "parked extended: 0s"},
@@ -112,6 +109,8 @@ TEST_F(Stream, atAStandItIsNoiseUntilItLeadsAway)
         {"86 m off at first",                "parked extended",  "-86",                    "parked leaves: 0s -86"},
         {"169 m off, on its way to it",      "parking extended", "-169",                   "parking extended: 0s"},
         {"171 m off, on its way to it",      "parking extended", "-171",                   "taxi extended: 0s -171"},
+        {"landed half an hour ago",           "parked landed extended", "-86",              "parked leaves: 0s -86"},
+        {"a heavy one: it is towed", "parked landed Heavy extended", "-86",        "parked leaves towed: 0s -86"},
         {"199 m off",                        "parked extended",  "-199",                   "parked leaves: 0s -199"},
         {"201 m off: it isn't that one",     "parked extended",  "-201",         "parked extended goes: 0s"},
     };
@@ -130,26 +129,6 @@ TEST_F(Stream, atAStandItIsNoiseUntilItLeadsAway)
         }
         EXPECT_EQ(c.after, look(ac)) << c.what;
         EXPECT_EQ(ac.pullOutPending || goes(ac), parkApf.stands[0].occupiedByLive == kNobody) << c.what;
-    }
-}
-
-TEST_F(Stream, anAircraftMovedSoonAfterItsLandingIsTowed)
-{
-    // clang-format off
-    const struct { const char* scene; int minutes; bool towed; } cases[] = {
-        {"parked landed extended", 24, true},          {"parked landed extended", 25, false},
-        {"parked extended", 24, false},                {"parked landed Buzjets extended", 14, true},
-        {"parked landed Buzjets extended", 15, false}, {"parked landed Heavy extended", 59, true},
-        {"parked landed Heavy extended", 60, false},   {"parked landed Light extended", 1, false},
-    };
-    // clang-format on
-    for (const auto& c : afresh(cases)) {
-        LiveAc& ac = parked(std::string(c.scene) + ": 0s");
-        ac.stream.front().time = tick + kParkedAheadTicks - c.minutes * kTicksPerMinute;
-        leaveStand(ac);
-        EXPECT_EQ(c.towed, ac.towed) << c.scene << c.minutes;
-        EXPECT_FALSE(ac.landed) << c.scene;
-        EXPECT_EQ(tick + 1, ac.stream.front().time) << c.scene;
     }
 }
 
