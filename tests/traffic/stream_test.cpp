@@ -1,7 +1,11 @@
 // What becomes of a new report, and of an aircraft whose reports end.
 #include "traffic/stream.h"
 
+#include "airports/loading.h"
+#include "airports/stand_search.h"
+#include "traffic/arrival.h"
 #include "traffic/stage.h"
+#include "traffic/stays.h"
 #include "traffic/stream_end.h"
 
 namespace vlt {
@@ -201,6 +205,54 @@ TEST_F(Stream, aParkedAircraftWaitsForAWeekAndNoLongerCountsAsReporting)
     ASSERT_TRUE(extendStream(ac));
     EXPECT_EQ(tick + kParkedAheadTicks, ac.stream.back().time);
     EXPECT_FALSE(ac.liveAtStand || parkApf.stands[0].occupiedByLive);
+}
+
+TEST_F(Stream, ofTwoOnTheirWayToStandsWhereTheyWouldTouchTheFirstHasItsWay)
+{
+    gf_addStand("A1", 0, 0, 90);
+    gf_addStand("A2", 36, 0, 90);
+    for (ParkPos& stand : parkApf.stands) {
+        stand.radius = 20 / kMetresPerNm;
+    }
+    gf_findNeighbours(parkApf.stands);
+    add("parking: 0s");
+    add("taxi: 36s", 20002, "BAW4AK");
+    gf_takeStand(liveAcs[0], parkApf.stands[0]);
+    for (const StState first : {StState::Parking, StState::Parked}) {
+        liveAcs[0].st = first;
+        try2Park(liveAcs[1], true);
+        EXPECT_EQ(first == StState::Parked, liveAcs[1].st == StState::Parking);
+        EXPECT_EQ(first == StState::Parked, goes(liveAcs[0]));
+    }
+}
+
+TEST_F(Stream, aStandThatGrowsReachesItsNeighbour)
+{
+    gf_addStand("A1", 0, 0, 90);
+    gf_addStand("A2", 45, 0, 90);
+    for (ParkPos& stand : parkApf.stands) {
+        stand.radius = 20 / kMetresPerNm;
+    }
+    gf_findNeighbours(parkApf.stands);
+    EXPECT_TRUE(parkApf.stands[0].neighbours.empty());
+    LiveAc& ac = add("taxi: 0s");
+    ac.radius = 32 / kMetresPerNm;
+    EXPECT_EQ(1U, standAtPosition(gf_placeOf(ac), ac, kStandReach, true));
+    EXPECT_EQ(std::vector<uint32_t>{2}, parkApf.stands[0].neighbours);
+}
+
+TEST_F(Stream, whoRestsOnTheReservedStandGoesAfterAMinute)
+{
+    gf_addStand("A1", 0, 0, 90);
+    reservedStand = "A1";
+    LiveAc& ac = add("taxi: 0s");
+    for (int second = 0; second < 60; second += 15, tick += 15 * kTicksPerSecond) {
+        clearReservedStand();
+        EXPECT_FALSE(goes(ac)) << second;
+    }
+    clearReservedStand();
+    EXPECT_TRUE(goes(ac));
+    reservedStand.clear();
 }
 
 }  // namespace vlt
