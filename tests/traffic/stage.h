@@ -24,7 +24,6 @@
 #include <map>
 #include <numbers>
 #include <random>
-#include <ranges>
 #include <sstream>
 #include <stdexcept>
 
@@ -41,13 +40,40 @@ protected:
         gf_loadSmallWorld();
     }
 
-    // The rows of a table, each with a fresh run.
-    auto afresh(const auto& rows)
+    // The rows of a table, each with a fresh run. By hand, since clang 14 doesn't compile views.
+    template <typename Row>
+    struct Afresh {
+        struct Iterator {
+            Stage* stage;
+            const Row* row;
+            const Row& operator*() const
+            {
+                stage->SetUp();
+                return *row;
+            }
+            void operator++()
+            {
+                ++row;
+            }
+            bool operator!=(const Iterator& other) const
+            {
+                return row != other.row;
+            }
+        };
+        Iterator first, last;
+        Iterator begin() const
+        {
+            return first;
+        }
+        Iterator end() const
+        {
+            return last;
+        }
+    };
+    template <typename Row, size_t count>
+    Afresh<Row> afresh(const Row (&rows)[count])
     {
-        return rows | std::views::transform([this](const auto& row) -> const auto& {
-                   SetUp();
-                   return row;
-               });
+        return {{this, rows}, {this, rows + count}};
     }
 
     // Samples of which the first comes 5 s, or what it tells, after the tick `after`.

@@ -5,7 +5,6 @@
 #include "airports/stand_search.h"
 #include "traffic/arrival.h"
 #include "traffic/stage.h"
-#include "traffic/stays.h"
 #include "traffic/stream_end.h"
 
 namespace vlt {
@@ -239,20 +238,6 @@ TEST_F(Stream, aStandThatGrowsReachesItsNeighbour)
     ac.radius = 32 / kMetresPerNm;
     EXPECT_EQ(1U, standAtPosition(gf_placeOf(ac), ac, kStandReach, true));
     EXPECT_EQ(std::vector<uint32_t>{2}, parkApf.stands[0].neighbours);
-}
-
-TEST_F(Stream, whoRestsOnTheReservedStandGoesAfterAMinute)
-{
-    gf_addStand("A1", 0, 0, 90);
-    reservedStand = "A1";
-    LiveAc& ac = add("taxi: 0s");
-    for (int second = 0; second < 60; second += 15, tick += 15 * kTicksPerSecond) {
-        clearReservedStand();
-        EXPECT_FALSE(goes(ac)) << second;
-    }
-    clearReservedStand();
-    EXPECT_TRUE(goes(ac));
-    reservedStand.clear();
 }
 
 }  // namespace vlt
