@@ -104,35 +104,30 @@ TEST(Packets, haveThePublishedLayout)
                     "C:\\p", 110);
 }
 
-// Composes with texts of which one just has room for its zero, and others have none.
-template <typename Compose>
-static void lf_expectWidth(size_t width, Compose compose)
-{
-    Bytes packet;
-    const auto with = [&](size_t length) {
-        const std::string text(length, 'x');
-        return lf_compose([&](PacketSpace& space) { return compose(space, text); }, packet);
-    };
-    EXPECT_EQ(kSimOk, with(width - 1)) << width;
-    for (const size_t length : {width, size_t{5000}}) {
-        EXPECT_EQ(static_cast<SimStatus>(0x8007007A), with(length)) << width;
-        EXPECT_TRUE(packet.empty()) << width;
-    }
-}
-
-constexpr auto kAny = SimDataType::Int64;
-
 TEST(Packets, refuseATextThatLeavesNoRoomForItsZero)
 {
+    using S = PacketSpace;
     using T = std::string_view;
-    lf_expectWidth(256, [](auto& s, T t) { return gf_composeOpen(s, 1, t); });
-    lf_expectWidth(256, [](auto& s, T t) { return gf_composeMapClientEvent(s, 1, 2, t); });
-    lf_expectWidth(256, [](auto& s, T t) { return gf_composeSubscribe(s, 1, 2, t); });
-    lf_expectWidth(256, [](auto& s, T t) { return gf_composeAddToDataDefinition(s, 1, 2, t, "", kAny); });
-    lf_expectWidth(256, [](auto& s, T t) { return gf_composeAddToDataDefinition(s, 1, 2, "", t, kAny); });
-    lf_expectWidth(256, [](auto& s, T t) { return gf_composeCreate(s, 1, t, "x", {}, 2); });
-    lf_expectWidth(12, [](auto& s, T t) { return gf_composeCreate(s, 1, "x", t, {}, 2); });
-    lf_expectWidth(260, [](auto& s, T t) { return gf_composeSetFlightPlan(s, 1, 2, t, 3); });
+    constexpr auto kAny = SimDataType::Int64;
+    const std::pair<size_t, SimStatus (*)(S&, T)> cases[] = {
+        {256, [](S& s, T t) { return gf_composeOpen(s, 1, t); }},
+        {256, [](S& s, T t) { return gf_composeMapClientEvent(s, 1, 2, t); }},
+        {256, [](S& s, T t) { return gf_composeSubscribe(s, 1, 2, t); }},
+        {256, [](S& s, T t) { return gf_composeAddToDataDefinition(s, 1, 2, t, "", kAny); }},
+        {256, [](S& s, T t) { return gf_composeAddToDataDefinition(s, 1, 2, "", t, kAny); }},
+        {256, [](S& s, T t) { return gf_composeCreate(s, 1, t, "x", {}, 2); }},
+        {12, [](S& s, T t) { return gf_composeCreate(s, 1, "x", t, {}, 2); }},
+        {260, [](S& s, T t) { return gf_composeSetFlightPlan(s, 1, 2, t, 3); }},
+    };
+    for (const auto& [width, compose] : cases) {
+        for (const size_t length : {width - 1, width, size_t{5000}}) {
+            Bytes packet;
+            const SimStatus status = lf_compose(
+                [&](PacketSpace& space) { return compose(space, std::string(length, 'x')); }, packet);
+            EXPECT_EQ(length < width ? kSimOk : static_cast<SimStatus>(0x8007007A), status) << width;
+            EXPECT_EQ(length < width, !packet.empty()) << width;
+        }
+    }
 }
 
 TEST(Packets, stayWithinTheirRoom)

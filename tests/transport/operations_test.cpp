@@ -326,21 +326,4 @@ TEST_F(Operations, serveSeveralConnectionsSendWhatIsWaitingBeforeTheyCloseAndOpe
     EXPECT_EQ(1U, gf_u32At(opening, 12));
 }
 
-// Below the operations: a read that is cancelled leaves its mark on a connection that still has an
-// owner.
-TEST_F(Operations, noteACancelledRead)
-{
-    const PipeServer pipe;
-    gf_holdIoThread();
-    auto connection = std::make_shared<SimConnection>(SimConfig{});
-    ASSERT_FALSE(connection->connect({SimRoad::Pipe, ".", kPipeName}));
-    EXPECT_TRUE(connection->close(CloseReason::None, kSimOk));
-    waitForTheEnd(*connection);
-    EXPECT_EQ(8U, static_cast<uint32_t>(connection->closeReason()));
-    EXPECT_EQ(static_cast<SimStatus>(0xC0000120), connection->closeStatus());
-    EXPECT_FALSE(connection->close(CloseReason::None, kSimOk));
-    connection.reset();
-    gf_releaseIoThread();
-}
-
 }  // namespace vlt
