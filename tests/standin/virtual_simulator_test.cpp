@@ -103,21 +103,6 @@ TEST_F(VirtualSimulatorTest, refusesUnknownTitlesAndMoreThanAThousandObjectsNami
     expectRefusal(11, "House A320");
 }
 
-TEST_F(VirtualSimulatorTest, letsWhatIsNotFrozenFall)
-{
-    const uint32_t loose = create("LOOSE");
-    const uint32_t held = createFrozen("HELD");
-    const double heldAt = simulator.object(held)->altitude;
-    client.wait(5);
-    // Free fall from rest, 0.5 g t squared, for 5.1 to 5.2 s; at most 200 ft/s.
-    const auto object = simulator.object(loose);
-    EXPECT_NEAR(0.5 * 32.2 * 5.15 * 5.15, airborne.altitude - object->altitude, 17);
-    EXPECT_GT(distNm({47.6, 11.6}, {object->lat, object->lon}), 0.05);
-    EXPECT_DOUBLE_EQ(heldAt, simulator.object(held)->altitude);
-    client.wait(120);
-    EXPECT_NEAR(1000 + kCgFt, simulator.object(loose)->altitude, 0.01) << "the ground stops the fall";
-}
-
 TEST_F(VirtualSimulatorTest, answersByTypeForTheRadiusOnlyAndDropsObjectsWithTheirClient)
 {
     const uint32_t id = client.create("House A320", "DLH9", parked);
