@@ -19,6 +19,10 @@ constexpr double kGateLane = -80;
 class Roads : public ::testing::Test
 {
 protected:
+    Roads()
+    {
+        stage.useGates();
+    }
     void TearDown() override
     {
         MAX_HOLDING_MINUTES.value = MAX_HOLDING_MINUTES.def;
@@ -89,7 +93,6 @@ protected:
 
 TEST_F(Roads, fromTheGateToTheRunwayAndAway)
 {
-    stage.useGates();
     RouteLeg push{{gf_at(0, 0, 0), gf_at(0, kGateLane, 3), gf_at(60, kGateLane, 0)}, true, 90, 0};
     stage.add({}, gf_journey({push, toRunway(60), takeOff()}));
     play(1000);
@@ -116,7 +119,6 @@ TEST_F(Roads, fromTheGateToTheRunwayAndAway)
 TEST_F(Roads, thePushBackTurnsToTheSideOfTheReportsUnlessItIsToBeStraight)
 {
     for (const bool straight : {false, true}) {
-        stage.useGates();
         STRAIGHT_PBS_ONLY.value = straight;
         RouteLeg push{{gf_at(0, 0, 0), gf_at(0, -35, 3, 0, 25), gf_at(-90, -35, 0)}, true, 90, 0};
         stage.add({}, gf_journey({push, {{gf_at(-90, -35, 0), gf_at(200, -35, 10)}, false, 90, 10}}));
@@ -133,7 +135,6 @@ TEST_F(Roads, thePushBackTurnsToTheSideOfTheReportsUnlessItIsToBeStraight)
 
 TEST_F(Roads, fromTheRunwayToTheGate)
 {
-    stage.useGates();
     stage.add({}, gf_journey({landing(gf_at(60, -9, 0))}));
     const ReplayResult result = play(900);
     EXPECT_EQ("flying taxi parking parked", gf_phases(stage.looks));
@@ -150,7 +151,6 @@ TEST_F(Roads, fromTheRunwayToTheGate)
 
 TEST_F(Roads, outOfARampStandForwards)
 {
-    stage.useGates();
     // R1 faces south; the way out lies ahead.
     stage.add({}, gf_journey({{{gf_at(400, 0, 0), gf_at(400, kGateLane, 8), gf_at(1400, kGateLane, 14),
                                 gf_at(1400, kRunway, 8), gf_at(1300, kRunway, 0)},
@@ -165,57 +165,50 @@ TEST_F(Roads, outOfARampStandForwards)
     EXPECT_NEAR(180, taxi.front().headingDeg, 2);
 }
 
-TEST_F(Roads, aTouchAndGo)
+TEST_F(Roads, aTouchAndGoAndLandingsBrokenOff)
 {
-    stage.useGates();
-    RouteLeg leg;
-    leg.points = approach(1000, 120);
-    leg.points.insert(leg.points.end(), {gf_at(200, kRunway, 105), gf_at(-500, kRunway, 125),
-                                         gf_at(-3000, kRunway, 140, 800), gf_at(-12000, kRunway, 180, 3000)});
-    stage.add({}, gf_journey({leg}), 2);
-    const ReplayResult result = play(600);
-    EXPECT_EQ("flying taxi take_off flying", gf_phases(stage.looks));
-    EXPECT_TRUE(result.findings.lives.at(0).touchdown);
-    EXPECT_TRUE(std::ranges::any_of(stage.looks, &RoadLook::landingRoll));
-    EXPECT_GT(stage.looks.back().feet, 500);
-}
-
-TEST_F(Roads, aLandingBrokenOffAtTheLastMoment)
-{
-    stage.useGates();
-    RouteLeg leg;
-    leg.points = approach(1000, 125);
-    // One look at the ground, then away again.
-    leg.points.insert(leg.points.end(),
-                      {gf_at(950, kRunway, 125), gf_at(600, kRunway, 130, 60),
-                       gf_at(-3000, kRunway, 150, 1200), gf_at(-14000, kRunway, 190, 4000)});
-    stage.add({}, gf_journey({leg}), 2);
-    play(600);
-    EXPECT_TRUE(gf_phases(stage.looks).ends_with("flying"));
-    EXPECT_GT(stage.looks.back().feet, 1000);
-    const auto driven = [](const RoadLook& look) { return look.fs == FsState::Active; };
-    for (auto look = std::ranges::find_if(stage.looks, driven); look != stage.looks.end(); ++look) {
-        EXPECT_GT(look->feet, -3) << look->tick;
+    const auto joined = [](std::vector<RoutePoint> points, const std::vector<RoutePoint>& more) {
+        points.insert(points.end(), more.begin(), more.end());
+        return points;
+    };
+    const struct {
+        const char* what;
+        std::vector<RoutePoint> points;
+        const char* phases;
+        bool touches;
+    } cases[] = {
+        {"a touch and go",
+         joined(approach(1000, 120), {gf_at(200, kRunway, 105), gf_at(-500, kRunway, 125),
+                                      gf_at(-3000, kRunway, 140, 800), gf_at(-12000, kRunway, 180, 3000)}),
+         "flying taxi take_off flying", true},
+        {"one look at the ground, then away again",
+         joined(approach(1000, 125), {gf_at(950, kRunway, 125), gf_at(600, kRunway, 130, 60),
+                                      gf_at(-3000, kRunway, 150, 1200), gf_at(-14000, kRunway, 190, 4000)}),
+         "flying taxi take_off flying", true},
+        {"a go-around",
+         {gf_at(23000, kRunway, 185, 3780), gf_at(8400, kRunway, 140, 1270), gf_at(3500, kRunway, 136, 420),
+          gf_at(1500, kRunway, 140, 420), gf_at(-4000, kRunway, 160, 2000),
+          gf_at(-16000, kRunway, 200, 4500)},
+         "flying",
+         false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        stage.clear();
+        stage.add({}, gf_journey({{c.points}}), 2);
+        const ReplayResult result = play(600);
+        EXPECT_EQ(c.phases, gf_phases(stage.looks));
+        EXPECT_EQ(c.touches, result.findings.lives.at(0).touchdown.has_value());
+        EXPECT_EQ(c.touches, std::ranges::any_of(stage.looks, &RoadLook::landingRoll));
+        EXPECT_GT(stage.looks.back().feet, 500);
+        for (const RoadLook& look : stage.looks) {
+            EXPECT_TRUE(look.fs != FsState::Active || look.feet > -3) << look.tick;
+        }
     }
-}
-
-TEST_F(Roads, aGoAroundNeverTouchesTheGround)
-{
-    stage.useGates();
-    RouteLeg leg;
-    leg.points = {gf_at(23000, kRunway, 185, 3780), gf_at(8400, kRunway, 140, 1270),
-                  gf_at(3500, kRunway, 136, 420),   gf_at(1500, kRunway, 140, 420),
-                  gf_at(-4000, kRunway, 160, 2000), gf_at(-16000, kRunway, 200, 4500)};
-    stage.add({}, gf_journey({leg}), 3);
-    const ReplayResult result = play(600);
-    EXPECT_EQ("flying", gf_phases(stage.looks));
-    EXPECT_FALSE(result.findings.lives.at(0).touchdown);
-    EXPECT_GT(stage.looks.back().feet, 1500);
 }
 
 TEST_F(Roads, aHelicopterLeavesItsPadAndComesBack)
 {
-    stage.useGates();
     const RoutePoint pad = gf_at(-300, 0, 0);
     stage.add(
         {4198297, "GHELI", "R44", "G-HELI", "", ""},
@@ -235,7 +228,6 @@ TEST_F(Roads, aHelicopterLeavesItsPadAndComesBack)
 
 TEST_F(Roads, anAircraftIsTowedToAnotherGate)
 {
-    stage.useGates();
     const RoutePoint gate = gf_at(0, -5, 0);
     RouteLeg in = landing(gate);
     in.pauseAfter = 400;
@@ -251,7 +243,6 @@ TEST_F(Roads, anAircraftIsTowedToAnotherGate)
 
 TEST_F(Roads, withoutReportsItHoldsOnTheTaxiwayAndGoesInTheEnd)
 {
-    stage.useGates();
     MAX_HOLDING_MINUTES.value = 1;
     RouteLeg push{{gf_at(0, 0, 0), gf_at(0, kGateLane, 3), gf_at(60, kGateLane, 0)}, true, 90, 0};
     const auto journey = gf_journey({push, toRunway(60)});
@@ -270,7 +261,6 @@ TEST_F(Roads, inTheAirItFliesOnForAMinuteInsideTheRangeAndNotAtItsRim)
 {
     for (const bool rim : {false, true}) {
         stage.clear();
-        stage.useGates();
         stage.options.rangeNm = 20;
         const double end = rim ? 19.9 : 12;
         stage.add({}, gf_journey({{{gf_at(2 * kMetresPerNm, 5000, 400, 12000),
@@ -289,8 +279,7 @@ TEST_F(Roads, inTheAirItFliesOnForAMinuteInsideTheRangeAndNotAtItsRim)
 
 TEST_F(Roads, anotherCallSignExchangesTheObjectInPlace)
 {
-    const auto journey =
-        gf_journey({{{gf_at(-40000, 5000, 400, 12000), gf_at(40000, 5000, 400, 12000)}, false, 0, 0}});
+    const auto journey = overflight();
     RoadAircraft aircraft;
     stage.add(aircraft, journey, 4, 0, 150);
     aircraft.callsign = "BAW77";
