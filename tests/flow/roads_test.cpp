@@ -65,21 +65,22 @@ protected:
                 0,
                 0};
     }
-    // Down the approach from the east to `knots` on the runway.
-    static std::vector<RoutePoint> approach(double touchdown, double knots)
+    // Down the approach from the east to `knots` on the runway, and what follows.
+    static std::vector<RoutePoint> approach(double touchdown, double knots,
+                                            const std::vector<RoutePoint>& more)
     {
-        return {gf_at(touchdown + 22000, kRunway, 185, 3780),
-                gf_at(touchdown + 7400, kRunway, knots + 6, 1270),
-                gf_at(touchdown + 250, kRunway, knots + 2, 22), gf_at(touchdown, kRunway, knots)};
+        std::vector<RoutePoint> points = {
+            gf_at(touchdown + 22000, kRunway, 185, 3780), gf_at(touchdown + 7400, kRunway, knots + 6, 1270),
+            gf_at(touchdown + 250, kRunway, knots + 2, 22), gf_at(touchdown, kRunway, knots)};
+        points.insert(points.end(), more.begin(), more.end());
+        return points;
     }
     static RouteLeg landing(const RoutePoint& to)
     {
-        RouteLeg leg;
-        leg.points = approach(1000, 134);
-        leg.points.insert(leg.points.end(), {gf_at(-400, kRunway, 24), gf_at(-600, kRunway, 16),
-                                             gf_at(-600, kGateLane, 12), gf_at(to.east, kGateLane, 6), to});
-        leg.pauseAfter = 200;
-        return leg;
+        return {approach(1000, 134,
+                         {gf_at(-400, kRunway, 24), gf_at(-600, kRunway, 16), gf_at(-600, kGateLane, 12),
+                          gf_at(to.east, kGateLane, 6), to}),
+                false, 0, 200};
     }
 
     // Past the airport eastwards at 450 kt, 20,000 ft.
@@ -167,10 +168,6 @@ TEST_F(Roads, outOfARampStandForwards)
 
 TEST_F(Roads, aTouchAndGoAndLandingsBrokenOff)
 {
-    const auto joined = [](std::vector<RoutePoint> points, const std::vector<RoutePoint>& more) {
-        points.insert(points.end(), more.begin(), more.end());
-        return points;
-    };
     const struct {
         const char* what;
         std::vector<RoutePoint> points;
@@ -178,12 +175,14 @@ TEST_F(Roads, aTouchAndGoAndLandingsBrokenOff)
         bool touches;
     } cases[] = {
         {"a touch and go",
-         joined(approach(1000, 120), {gf_at(200, kRunway, 105), gf_at(-500, kRunway, 125),
-                                      gf_at(-3000, kRunway, 140, 800), gf_at(-12000, kRunway, 180, 3000)}),
+         approach(1000, 120,
+                  {gf_at(200, kRunway, 105), gf_at(-500, kRunway, 125), gf_at(-3000, kRunway, 140, 800),
+                   gf_at(-12000, kRunway, 180, 3000)}),
          "flying taxi take_off flying", true},
         {"one look at the ground, then away again",
-         joined(approach(1000, 125), {gf_at(950, kRunway, 125), gf_at(600, kRunway, 130, 60),
-                                      gf_at(-3000, kRunway, 150, 1200), gf_at(-14000, kRunway, 190, 4000)}),
+         approach(1000, 125,
+                  {gf_at(950, kRunway, 125), gf_at(600, kRunway, 130, 60), gf_at(-3000, kRunway, 150, 1200),
+                   gf_at(-14000, kRunway, 190, 4000)}),
          "flying taxi take_off flying", true},
         {"a go-around",
          {gf_at(23000, kRunway, 185, 3780), gf_at(8400, kRunway, 140, 1270), gf_at(3500, kRunway, 136, 420),
