@@ -11,7 +11,6 @@
 #include "traffic/stays.h"
 
 #include <algorithm>
-#include <array>
 #include <asio/io_context.hpp>
 #include <asio/ip/tcp.hpp>
 #include <chrono>
@@ -369,24 +368,6 @@ TEST_F(ParkAirportTest, whoIsParkedThereGoesWithTheAirportAndOthersForgetTheirSt
         EXPECT_EQ(ac.st == StState::Parked, ac.fs == FsState::RemovingFromSim);
     }
     EXPECT_EQ(FsState::RemovingFromSim, staticAcs[0].fs);
-}
-
-TEST_F(ParkAirportTest, theReservedStandIsClearedOfAStaticAircraftElseOfAParkedOne)
-{
-    for (uint32_t i = 0; i < 32; ++i) {
-        gf_freshRun();
-        gf_addStand("A1", 0, 0, 90);
-        gf_addStand("A2", 60, 0, 90);
-        reservedStand = std::array{"A2", "A1", "", "B9"}[i / 8];
-        StaticAc& still = staticAcs.emplace_back();
-        still.fs = i % 2 == 0 ? FsState::Active : FsState::RemovingFromSim;
-        LiveAc& live = gf_addOnGround(20001, "BAW3AK", i / 2 % 2 == 0 ? StState::Parked : StState::Parking);
-        live.fs = i / 4 % 2 == 0 ? FsState::Active : FsState::Adding2Sim;
-        still.standId = live.standId = 2;
-        clearReservedStand();
-        EXPECT_EQ(i < 8 && i % 2 == 0, !still.goesBecause.empty()) << i;
-        EXPECT_EQ(i == 1, !live.goesBecause.empty()) << i << ": parked, in the simulator, and alone";
-    }
 }
 
 }  // namespace vlt

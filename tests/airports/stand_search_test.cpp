@@ -151,11 +151,9 @@ TEST_F(StandSearchTest, theUsersStandIsTheNearestWithin55MetresAndAskedForOnce)
         const std::string id = expected == nullptr ? "" : expected->id;
         ASSERT_EQ(id, nearestStandId(user)) << round;
         std::ranges::for_each(parkApf.stands, [](ParkPos& stand) { stand.lat = stand.lon = 0; });
-        EXPECT_EQ(parkApf.stands.empty() ? "" : id, nearestStandId(user))
-            << "the same place, the same answer";
+        EXPECT_EQ(id, nearestStandId(user)) << "the same place, the same answer";
         gf_forgetNearestStand();
-        EXPECT_EQ("", nearestStandId(user));
-        EXPECT_EQ("", nearestStandId({0, 0.0003})) << "no position yet";
+        EXPECT_EQ("", nearestStandId(user) + nearestStandId({0, 0.0003})) << "no position yet";
     }
 }
 
