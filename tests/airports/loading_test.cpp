@@ -115,8 +115,6 @@ TEST_F(LoadingTest, aLearnedFileCannotSpoilTheArchivedStands)
         {gf_airportText("<parkpos id='M' manual='true' latitude='47' longitude='8'/>"), {a1}},
         {gf_airportText("<parkpos id='M' manual='true' latitude='0.0005' longitude='0.01' radius='3'/>"),
          {a1}},
-        {gf_airportText("<parkpos id='M' manual='true' latitude='1' longitude='2' radius='3'/>"),
-         {a1, "M 1.000000 2.000000 0.0 3.0 manual"}},
         {gf_airportText(gf_standText("A1", 0) + gf_standText("A1", 9), handmade), {a1}},
         {gf_airportText("", handmade), {}},
         {"<parkpositions><parkpos", {a1}}};
