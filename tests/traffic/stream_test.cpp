@@ -93,6 +93,9 @@ TEST_F(Stream, whatAReportDoes)
         hear(ac, c.reports);
         EXPECT_EQ(c.after, look(ac)) << c.what;
         EXPECT_LE(tick, ac.stream.front().time) << c.what;
+        EXPECT_TRUE(std::ranges::adjacent_find(ac.stream, std::greater_equal{}, &PosSample::time) ==
+                    ac.stream.end())
+            << c.what;
     }
 }
 
