@@ -47,7 +47,7 @@ TEST_F(AirMotion, aRoadInTheAirIsFlownWithinTheCategorysPowers)
         SetUp();
         const auto& limit = limits[seed % 6];
         SCOPED_TRACE(format("{} {}", limit.category, seed));
-        LiveAc& ac = addRoad(format("flying {}", limit.category), seed, true);
+        LiveAc& ac = addRoad(format("flying {}", limit.category), seed);
         ac.agl = seed % 12 < 6 ? 2500 : 900;
         while (ac.stream.size() > 1 && !HasFailure()) {
             nextPosMain(ac);

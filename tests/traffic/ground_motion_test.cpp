@@ -17,24 +17,6 @@ namespace vlt {
 class GroundMotion : public Stage
 {
 protected:
-    // Runs legs and ticks as the cycle does, until `done` or the time is over.
-    template <typename Done>
-    static bool drive(LiveAc& ac, int32_t ticks, Done done)
-    {
-        for (int32_t i = 0; i < ticks; ++i) {
-            if (tick >= ac.stream.front().time) {
-                nextPosMain(ac);
-            }
-            if (!ac.stream.front().stationary) {
-                stepMotion(ac);
-            }
-            ++tick;
-            if (done()) {
-                return true;
-            }
-        }
-        return false;
-    }
     // Comes to rest 12 m short of the stand A1.
     static LiveAc& arriving()
     {
@@ -82,32 +64,6 @@ TEST_F(GroundMotion, whichBendsBecomeCurvesAndWhichLegsAreHalved)
     }
 }
 
-// Random taxi roads: no step is longer, and no turn of the nose sharper, than an aircraft could make.
-TEST_F(GroundMotion, aTaxiRoadIsDrivenWithoutJumps)
-{
-    for (uint32_t seed = 0; seed < 60; ++seed) {
-        SetUp();
-        SCOPED_TRACE(seed);
-        LiveAc& ac = addRoad(format("taxi {}", kCategoryNames[seed % kCategoryCount]), seed, false);
-        // Degrees a tick of its category, three times as much in a sharp turn.
-        const double sharpest =
-            PerCategory<double>{0.15, 0.10, 0.07, 0.05, 0.10, 0.20}[seed % kCategoryCount] * 3;
-        LatLon place = gf_placeOf(ac);
-        double hdg = ac.hdg;
-        const LatLon end = gf_placeOf(ac.stream.back());
-        drive(ac, 60'000, [&] {
-            const double step = distNm(place, gf_placeOf(ac)) * kMetresPerNm;
-            EXPECT_LT(step, 0.35) << "68 kt at tick " << tick;
-            EXPECT_LE(std::abs(angleDiff(hdg, ac.hdg)) * kDegPerRad, sharpest + 1e-9) << tick;
-            EXPECT_TRUE(ac.hdg >= 0 && ac.hdg < kTwoPi && std::abs(ac.lon) <= 180);
-            place = gf_placeOf(ac);
-            hdg = ac.hdg;
-            return HasFailure() || ac.stream.front().stationary;
-        });
-        EXPECT_NEAR(0, distNm(end, place) * kMetresPerNm, 0.5);
-    }
-}
-
 TEST_F(GroundMotion, whereItParksAndWhoMakesWay)
 {
     // Two half spans of 17.05 m and a tenth are 37.5 m.
@@ -138,27 +94,6 @@ TEST_F(GroundMotion, whereItParksAndWhoMakesWay)
         EXPECT_EQ(c.parks, look(liveAcs[0]).ends_with(": 0@4 0+1s")) << c.what;
         EXPECT_EQ(c.othersGo, liveAcs.size() > 1 && goes(liveAcs[1])) << c.what;
         EXPECT_EQ(c.othersGo, !staticAcs.empty() && goes(staticAcs[0])) << c.what;
-    }
-}
-
-TEST_F(GroundMotion, atItsStandItParksUnlessSomebodyDoesAndElseTaxiesOn)
-{
-    for (const double metres : {1.9, 2.1}) {
-        SetUp();
-        ParkPos& stand = gf_addStand("A1", metres, 0, 90);
-        LiveAc& ac = add("parking: 0s");
-        gf_takeStand(ac, stand);
-        addStatic(9);
-        maxPark = 1;
-        arrivedAtStand(ac);
-        EXPECT_EQ(metres < 2, goes(staticAcs[0])) << "one is enough";
-        EXPECT_EQ(metres < 2 ? StState::Parked : StState::Taxi, ac.st) << metres;
-        EXPECT_EQ(StState::Parking, ac.prevSt);
-        EXPECT_EQ(metres < 2, commands().starts_with("throttle=0 flaps=0 shutdown=0 lights="));
-        LiveAc& second = add("parking: 0s", 20002, "DLH1");
-        gf_takeStand(second, stand);
-        arrivedAtStand(second);
-        EXPECT_EQ(metres < 2, goes(liveAcs[1])) << "of two that arrive the second goes";
     }
 }
 

@@ -180,24 +180,23 @@ protected:
         parked.fs = FsState::Active;
         return parked;
     }
-    // Adds an aircraft with random legs and bends ahead of it; every other road leads over the date line.
-    static LiveAc& addRoad(const std::string& state, uint32_t seed, bool air)
+    // Adds an aircraft with random legs and bends in the air ahead of it; every other road leads over the
+    // date line.
+    static LiveAc& addRoad(const std::string& state, uint32_t seed)
     {
         std::mt19937 random(seed);
         const auto from = [&random](int least, int most) {
             return least + static_cast<int>(random() % static_cast<uint32_t>(most - least + 1));
         };
-        std::string scene = state + (air ? ": 0^5000@200" : ": 0");
+        std::string scene = state + ": 0^5000@200";
         double way = 90 * kRadPerDeg, east = 0, north = 0;
         for (int i = 0; i < 12; ++i) {
-            const int metres = air ? from(500, 2500) : from(30, 120);
+            const int metres = from(500, 2500);
             way += from(-120, 120) * kRadPerDeg;
             east += metres * std::sin(way);
             north += metres * std::cos(way);
-            scene += format(" {:.0f},{:.0f}", east, north);
-            scene +=
-                air ? format("^{}v{}@{}+{}", from(3000, 7000), from(-3000, 3000), from(150, 300), from(1, 20))
-                    : format("@{}+{}", from(8, 15), metres / 5);
+            scene += format(" {:.0f},{:.0f}^{}v{}@{}+{}", east, north, from(3000, 7000), from(-3000, 3000),
+                            from(150, 300), from(1, 20));
         }
         LiveAc& ac = add(scene);
         for (PosSample& s : ac.stream) {
