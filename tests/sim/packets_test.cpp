@@ -119,13 +119,13 @@ TEST(Packets, refuseATextThatLeavesNoRoomForItsZero)
         {12, [](S& s, T t) { return gf_composeCreate(s, 1, "x", t, {}, 2); }},
         {260, [](S& s, T t) { return gf_composeSetFlightPlan(s, 1, 2, t, 3); }},
     };
-    for (const auto& [width, compose] : cases) {
-        for (const size_t length : {width - 1, width, size_t{5000}}) {
+    for (const auto& c : cases) {
+        for (const size_t length : {c.first - 1, c.first, size_t{5000}}) {
             Bytes packet;
             const SimStatus status = lf_compose(
-                [&](PacketSpace& space) { return compose(space, std::string(length, 'x')); }, packet);
-            EXPECT_EQ(length < width ? kSimOk : static_cast<SimStatus>(0x8007007A), status) << width;
-            EXPECT_EQ(length < width, !packet.empty()) << width;
+                [&](PacketSpace& space) { return c.second(space, std::string(length, 'x')); }, packet);
+            EXPECT_EQ(length < c.first ? kSimOk : static_cast<SimStatus>(0x8007007A), status) << c.first;
+            EXPECT_EQ(length < c.first, !packet.empty()) << c.first;
         }
     }
 }
