@@ -10,7 +10,9 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <vector>
 
@@ -131,11 +133,14 @@ static void lf_merge(const pugi::xml_document& document, const std::string& show
     }
     std::vector<ParkPos> stands;
     gf_readParkPositions(document, stands);
-    for (const pugi::xml_node& node : document.child("parkpositions").children("parkpos")) {
-        const auto stand = std::ranges::find(stands, node.attribute("id").as_string(), &ParkPos::id);
-        if (stand != stands.end()) {
-            stand->manual = node.attribute("manual").as_bool();
+    std::set<std::string_view> manual;
+    for (const pugi::xml_node& node : gf_parkPositions(document)) {
+        if (node.attribute("manual").as_bool()) {
+            manual.insert(node.attribute("id").as_string());
         }
+    }
+    for (ParkPos& stand : stands) {
+        stand.manual = manual.contains(stand.id);
     }
     apf.handmade = true;
     apf.stands = std::move(stands);

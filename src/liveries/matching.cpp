@@ -36,7 +36,7 @@ static bool lf_isRefused(std::string_view title)
 // One of the titles, but none that the simulator has refused: its neighbours may be sound.
 static void lf_pick(AcBase& ac, const TitleViews& titles)
 {
-    if (std::ranges::none_of(titles, lf_isRefused)) {
+    if (refusedTitles.empty() || std::ranges::none_of(titles, lf_isRefused)) {
         ac.title = titles[randomIndex(titles.size())];
         return;
     }

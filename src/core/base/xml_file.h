@@ -14,4 +14,5 @@ bool saveXml(const pugi::xml_document& document, const std::filesystem::path& pa
 
 // Appends the standard `meta` section.
 void gf_addMeta(pugi::xml_document& document);
+
 }  // namespace vlt
