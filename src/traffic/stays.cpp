@@ -16,6 +16,9 @@ namespace vlt {
 
 int32_t maxPark = 0;
 
+// Since when aircraft rest on the reserved stand: ticks, by hexid.
+static std::map<uint32_t, int32_t> restsSince;  // [worker]
+
 static LiveAc* lf_longestParked()
 {
     LiveAc* longest = nullptr;
@@ -110,7 +113,6 @@ void gf_flushParked()
 // Who has come to rest on the stand without taking it, since it is the user's, goes after a minute.
 static void lf_removeResting(const ParkPos& reserved)
 {
-    static std::map<uint32_t, int32_t> restsSince;  // [worker] ticks, by hexid
     std::map<uint32_t, int32_t> resting;
     for (LiveAc& ac : liveAcs) {
         if (ac.fs != FsState::Active || ac.st != StState::Taxi || ac.stream.empty() ||
@@ -131,6 +133,7 @@ void clearReservedStand()
 {
     const ParkPos* stand = gf_standById(reservedStand);
     if (reservedStand.empty() || stand == nullptr) {
+        restsSince.clear();
         return;
     }
     StaticAc* holder = gf_staticHolder(stand->index);
