@@ -5,7 +5,9 @@
 #include "core/base/zip_archive.h"
 #include "work_folder.h"
 
+#include <csignal>
 #include <string>
+#include <sys/resource.h>
 #include <vector>
 
 namespace vlt {
@@ -56,6 +58,26 @@ TEST_F(FilesTest, theLogKeepsTwoOlderOnes)
     EXPECT_EQ(log, read("Log.txt"));
     EXPECT_EQ("yesterday", read("Log0.txt"));
     EXPECT_EQ("the day before", read("Log00.txt"));
+}
+
+TEST_F(FilesTest, theLogGoesOnAfterAFullDiskAndCountsWhatIsLost)
+{
+    logStart();
+    const std::string begin = read("Log.txt");
+    const auto before = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit room{};
+    ::getrlimit(RLIMIT_FSIZE, &room);
+    rlimit full = room;
+    full.rlim_cur = begin.size() + 2;
+    ::setrlimit(RLIMIT_FSIZE, &full);
+    logLine("lost");
+    logLine("lost as well");
+    ::setrlimit(RLIMIT_FSIZE, &room);
+    std::signal(SIGXFSZ, before);
+    logLine("found");
+    logLine("the end");
+    gf_logEnd();
+    EXPECT_EQ(begin + "lo\n(2 lines could not be written)\nfound\nthe end\n", read("Log.txt"));
 }
 
 TEST_F(FilesTest, replacingFollowsLinksAndLeavesNothingBehind)

@@ -29,6 +29,8 @@ void logStart()
     const std::scoped_lock lock(logMutex);
     lf_moveOlder("Log0.txt", "Log00.txt");
     lf_moveOlder("Log.txt", "Log0.txt");
+    // Without a buffer: what a full disk refuses mustn't come after all, behind the word that it is lost.
+    logStream.rdbuf()->pubsetbuf(nullptr, 0);
     logStream.open("Log.txt", std::ios::trunc);
     if (!logStream) {
         throw std::runtime_error("Failed to write file " + gf_shown(std::filesystem::absolute("Log.txt")));
@@ -50,12 +52,14 @@ void logLine(std::string_view text)
     if (!logStream.is_open()) {
         return;
     }
+    std::string line;
+    if (lostLines > 0) {  // of the first of them half may be there
+        line = format("\n({} line{} could not be written)\n", lostLines, gf_plural(lostLines));
+    }
+    line.append(text).append("\n");
     // A full disk may have room again: one line that fails mustn't silence all that follow.
     logStream.clear();
-    if (lostLines > 0) {
-        logStream << format("({} line{} could not be written)\n", lostLines, gf_plural(lostLines));
-    }
-    logStream << text << '\n' << std::flush;
+    logStream << line << std::flush;
     lostLines = logStream ? 0 : lostLines + 1;
 }
 
