@@ -64,7 +64,7 @@ TEST_F(FilesTest, theLogGoesOnAfterAFullDiskAndCountsWhatIsLost)
 {
     logStart();
     const std::string begin = read("Log.txt");
-    const auto before = std::signal(SIGXFSZ, SIG_IGN);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     rlimit room{};
     ::getrlimit(RLIMIT_FSIZE, &room);
     rlimit full = room;
@@ -73,7 +73,7 @@ TEST_F(FilesTest, theLogGoesOnAfterAFullDiskAndCountsWhatIsLost)
     logLine("lost");
     logLine("lost as well");
     ::setrlimit(RLIMIT_FSIZE, &room);
-    std::signal(SIGXFSZ, before);
+    std::signal(SIGXFSZ, handler);
     logLine("found");
     logLine("the end");
     gf_logEnd();
