@@ -109,7 +109,7 @@ static void lf_connectionLost()
 // simulator's quit nothing is asked, and nothing is missing. In between nobody else would ever notice.
 static void lf_onBroken()
 {
-    if (!simRunning && !simHasQuit && !simRequestFailed) {
+    if (!simRunning && !simRequestFailed) {
         raiseRequestError();
     }
 }

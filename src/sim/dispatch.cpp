@@ -33,7 +33,6 @@ std::atomic<bool> userOnGroundKnown{false};
 std::atomic<bool> noteStandRequested{false};
 std::vector<uint32_t> addedObjects;
 bool simHasOpened = false;
-bool simHasQuit = false;
 
 static uint32_t framesSeen = 0;  // [simClient]
 static LatLon userPrevPosition;  // [simClient] of the report before

@@ -18,7 +18,6 @@ extern std::atomic<bool> noteStandRequested;   // [atomic] SimClient: the user's
 extern std::vector<uint32_t> addedObjects;     // [simClient] announced, not yet seen in a data reply
 
 extern bool simHasOpened;  // [simClient] the connection's opening message has come
-extern bool simHasQuit;    // [simClient] the simulator has said that it goes
 
 // One message from the simulator. Throws UserErrorException where the user must read why we stop.
 void gf_dispatchMessage(std::span<const std::byte> message);

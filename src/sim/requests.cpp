@@ -12,6 +12,7 @@ static constexpr int32_t kRequestErrorDelay = 9;  // seconds to the restart
 
 SimHandle simHandle = nullptr;
 std::atomic<uint32_t> userObjectId{kFirstUserObject};
+std::atomic<bool> simHasQuit{false};
 UserAc userRaw;
 std::vector<PositionRecord> sendBuffer;
 std::vector<QueuedEvent> eventQueue;
@@ -159,6 +160,9 @@ void gf_postSimMessage(const SimMessage& message)
 
 void raiseRequestError()
 {
+    if (simHasQuit) {
+        return;
+    }
     simRequestFailed = true;
     showMessage("SimConnect request error", true);
     gf_requestStop(ExitReason::SimConnectError, kRequestErrorDelay);

@@ -28,6 +28,7 @@ inline constexpr uint32_t kFirstUserObject = 2;  // the user's object until the 
 
 extern SimHandle simHandle;                     // [simCallMutex] nullptr without a connection
 extern std::atomic<uint32_t> userObjectId;      // [atomic] SimClient; ids up to it are no AI objects
+extern std::atomic<bool> simHasQuit;            // [atomic] SimClient: the simulator has said that it goes
 extern UserAc userRaw;                          // [simCallMutex] latest report
 extern std::vector<PositionRecord> sendBuffer;  // [simCallMutex] positions of the next frame
 extern std::vector<QueuedEvent> eventQueue;     // [simCallMutex]
@@ -66,7 +67,8 @@ void queueRemove(uint32_t objectid);
 // Appends a message for the worker.
 void gf_postSimMessage(const SimMessage& message);
 
-// The end of every failed request: no more of them, and the run restarts.
+// The end of every failed request: no more of them, and the run restarts. After the simulator's goodbye
+// nothing is missing, and nothing happens.
 void raiseRequestError();
 // Unless the request was sent: logs what failed, and raises the error.
 void gf_mustSend(bool sent, std::string_view what);

@@ -280,6 +280,10 @@ TEST_F(ClientTest, whatIsAskedAndQueuedReachesTheSimulatorOnceThereIsOne)
     EXPECT_EQ(1U, packets[static_cast<uint32_t>(SimFunction::RequestDataOnSimObjectType)]);
     EXPECT_EQ(2U, packets[static_cast<uint32_t>(SimFunction::AIReleaseControl)]) << "before and after flaps";
     queueEvent(50, GEAR_SET, 1);
+    gf_dispatchMessage(lf_words(SimMessageId::Quit, {}));
+    raiseRequestError();
+    EXPECT_FALSE(stopRequested || simRequestFailed) << "who has said goodbye need not answer";
+    gf_beginConversation();
     raiseRequestError();
     EXPECT_EQ(ExitReason::SimConnectError, exitReason);
     EXPECT_EQ(9, restartDelaySeconds);
