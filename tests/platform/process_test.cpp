@@ -58,14 +58,26 @@ TEST(CloseSignals, becomeMessages)
 {
     sigset_t before;
     pthread_sigmask(SIG_SETMASK, nullptr, &before);
+    const auto handler = std::signal(SIGHUP, SIG_DFL);
     {
         const CloseSignals signals;
-        for (const int signal : {SIGINT, SIGTERM}) {
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
             ::kill(::getpid(), signal);
             EXPECT_EQ(UserMessage::Close, gf_waitUserMessage()) << signal;
         }
     }
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    std::signal(SIGHUP, SIG_IGN);
+    {
+        const CloseSignals signals;
+        ::kill(::getpid(), SIGHUP);
+        ::kill(::getpid(), SIGTERM);
+        EXPECT_EQ(UserMessage::Close, gf_waitUserMessage());
+    }
+    gf_postUserMessage(UserMessage::Finish);
+    EXPECT_EQ(UserMessage::Finish, gf_waitUserMessage()) << "under nohup only the other one closes";
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    std::signal(SIGHUP, handler);
 }
 
 }  // namespace vlt

@@ -16,7 +16,12 @@ static sigset_t lf_signals()
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGHUP);  // the terminal is gone
+    // The terminal is gone. Whoever starts us so that we outlive it has it ignored.
+    struct sigaction hangUp {
+    };
+    if (sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN) {
+        sigaddset(&signals, SIGHUP);
+    }
     return signals;
 }
 
