@@ -17,6 +17,7 @@
 
 #include <chrono>
 #include <string_view>
+#include <utility>
 
 namespace vlt {
 
@@ -63,14 +64,15 @@ bool gf_dispatchSim()
     return SimConnect_CallDispatch(lf_handle(), handler, nullptr) == kSimOk;
 }
 
+static SimHandle lf_takeHandle()
+{
+    const std::scoped_lock lock(simCallMutex);
+    return std::exchange(simHandle, nullptr);
+}
+
 void gf_closeSim()
 {
-    SimHandle handle = nullptr;
-    {
-        const std::scoped_lock lock(simCallMutex);
-        std::swap(handle, simHandle);
-    }
-    if (handle != nullptr) {
+    if (const SimHandle handle = lf_takeHandle(); handle != nullptr) {
         logLine(SimConnect_Close(handle) == kSimOk ? "SimConnect closed ok" : "Closing SimConnect failed?!");
     }
 }
@@ -131,16 +133,30 @@ static bool lf_dispatchLoop(const std::stop_token& token)
     return true;
 }
 
+// After an attempt that came to nothing. The next one follows in a second, so the reason is told once.
+static void lf_giveUp(bool& told)
+{
+    const SimHandle handle = lf_takeHandle();
+    if (handle == nullptr) {
+        return;
+    }
+    SimConnect_Close(handle);
+    if (!std::exchange(told, true)) {
+        logLine("no connection to the simulator: it hangs up before its first message");
+    }
+}
+
 static void lf_clientLoop(const std::stop_token& token)
 {
     bool told = false;
+    bool hangUpTold = false;
     while (!gf_stopping() && !token.stop_requested()) {
         if (!told) {
             showMessage(format("Waiting for Prepar3Dv{} ...", gf_expectedSimVersion()), true);
             told = true;
         }
         if (!gf_openSim() || !lf_dispatchLoop(token)) {
-            gf_closeSim();
+            lf_giveUp(hangUpTold);
             gf_sleepUnlessStopping(kRetryPause);
         }
     }

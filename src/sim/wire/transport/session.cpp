@@ -97,6 +97,9 @@ static std::shared_ptr<SimConnection> lf_connect(const SimConfig& config)
         connection.reset();
         return false;
     });
+    if (reasons.empty()) {
+        reasons = " [no port is known]";
+    }
     lf_logReason(connected || gf_stopping() ? "" : reasons);
     return connected ? connection : nullptr;
 }
