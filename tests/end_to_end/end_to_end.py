@@ -161,7 +161,9 @@ def what_is_wrong_at_the_start_is_told(machine: Machine):
 
 def it_waits_for_the_simulator_and_leaves_a_second_instance_alone(machine: Machine):
     machine.start_world(*NO_FEED, "--no-simulator-for", 6)
+    (machine.program / "airports_p3d.xml").write_text("<airports/>")  # told, but no reason to stop
     first = machine.start_velatra()
+    wait_for_line(first, '"airports_p3d.xml" holds no airport')
     wait_for_line(first, "Waiting for Prepar3Dv5 ...")
     before = machine.log()
     assert machine.start_velatra().wait(10) == 255
