@@ -144,7 +144,7 @@ int main(int argc, char** argv)
         return 0;
     }
     if (!gf_makeRuntimeFolder()) {
-        std::fprintf(stderr, "%s belongs to another user\n", gf_runtimeFolder().c_str());
+        std::fprintf(stderr, "%s can't be made, or isn't this user's own\n", gf_runtimeFolder().c_str());
         return kNoFolder;
     }
     if (!gf_takeInstanceLock()) {
