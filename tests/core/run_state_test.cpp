@@ -45,6 +45,9 @@ TEST_F(RunStateTest, aStopWakesSleepersAtOnce)
     EXPECT_FALSE(gf_sleepUnlessStopping(std::chrono::minutes(1)));
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
     EXPECT_TRUE(gf_sleepUnlessClosing(std::chrono::milliseconds(1))) << "a stop isn't a close";
+    std::jthread closer(gf_requestClose);
+    EXPECT_FALSE(gf_sleepUnlessClosing(std::chrono::minutes(1)));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
 }
 
 TEST_F(RunStateTest, anErrorStaysAndAMessageGoesAfter25Seconds)

@@ -191,6 +191,9 @@ def after_a_broken_connection_it_waits_again(machine: Machine, velatra: subproce
         wait_for_line(velatra, line)
     stop(velatra)
     expect_log(machine, "Exiting: SIMCONNECT ERROR", "Exiting: USER CLOSED SIM", never=("no longer connected",))
+    settings = (machine.folder / "appdata" / "Velatra" / "parameters.xml").read_text()
+    for ended in ('"SCAN_LIVERIES" value="false"', '"BLOCK_CALLSIGN" value=""'):  # neither outlives the run
+        assert ended in settings, settings
 
 
 def a_simulator_killed_in_traffic_is_waited_for_again(machine: Machine):
@@ -205,6 +208,9 @@ def a_simulator_killed_before_its_flight_runs_is_waited_for_again(machine: Machi
     """It hangs up while it starts, then opens the conversation, and goes while nothing would be asked of it."""
     opening = struct.pack("<III256s10I", 308, 4, 2, b"Lockheed Martin Prepar3D v5", 5, 4, 9, 1, 5, 4, 9, 1, 0, 0)
     machine.start_world(*NO_FEED, "--no-simulator-for", 600)
+    (machine.folder / "appdata" / "Velatra").mkdir()
+    (machine.folder / "appdata" / "Velatra" / "parameters.xml").write_text(
+        '<parameters><parameter name="BLOCK_CALLSIGN" value="ANY1"/></parameters>')
     with simulators_pipe(machine) as server:
         velatra = machine.start_velatra()
         for _ in range(2):

@@ -5,6 +5,7 @@
 #include "support/temp_folder.h"
 
 #include <gtest/gtest.h>
+#include <tuple>
 
 namespace vlt {
 
@@ -58,19 +59,20 @@ TEST(Folders, makeTheSharedRuntimeFolderForThisUserAlone)
     EXPECT_FALSE(gf_makeRuntimeFolder()) << "a link may lead to what is somebody else's";
 }
 
-TEST(LocalPipe, liesInTheRuntimeFolder)
+TEST(LocalPipe, liesInTheRuntimeFolderOfItsOwnMachine)
 {
     const ScopedVariable runtime("VELATRA_RUNTIME", "/run/v");
-    const std::pair<const char*, const char*> cases[] = {
+    const std::tuple<const char*, const char*, bool> cases[] = {
         {R"(\\.\pipe\Lockheed Martin Prepar3D v5\SimConnect)",
-         "/run/v/pipe/Lockheed Martin Prepar3D v5/SimConnect"},
-        {R"(\\sim-pc\PIPE\a\b)", "/run/v/pipe/a/b"},
-        {R"(a\b)", "/run/v/pipe/a/b"},
-        {R"(\\host\share\x)", "/run/v/pipe/host/share/x"},
-        {R"(\\host)", "/run/v/pipe/host"},
+         "/run/v/pipe/Lockheed Martin Prepar3D v5/SimConnect", true},
+        {R"(\\sim-pc\PIPE\a\b)", "/run/v/pipe/a/b", false},
+        {R"(a\b)", "/run/v/pipe/a/b", true},
+        {R"(\\host\share\x)", "/run/v/pipe/host/share/x", false},
+        {R"(\\host)", "/run/v/pipe/host", false},
     };
-    for (const auto& [name, expected] : cases) {
+    for (const auto& [name, expected, here] : cases) {
         EXPECT_EQ(expected, gf_localPipeFile(name)) << name;
+        EXPECT_EQ(here, gf_isPipeOfThisMachine(name)) << name;
     }
 }
 

@@ -6,6 +6,7 @@
 #include "support/temp_folder.h"
 
 #include <csignal>
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -51,6 +52,29 @@ TEST(UserMessages, comeInTheirOrder)
     }
     for (const UserMessage message : kPosted) {
         EXPECT_EQ(message, gf_waitUserMessage());
+    }
+}
+
+TEST(StandardOutput, dropsLinesThatNobodyTakesAndBeginsAnew)
+{
+    int ends[2];
+    ASSERT_EQ(0, ::pipe(ends));
+    std::fflush(stdout);
+    const int before = ::dup(STDOUT_FILENO);
+    ::dup2(ends[1], STDOUT_FILENO);
+    while (gf_printLine(std::string(999, 'x'))) {
+    }
+    const bool taken = gf_printLine("dropped");
+    std::string text(1 << 20, '\0');
+    text.resize(static_cast<size_t>(::read(ends[0], text.data(), text.size())));
+    gf_printLine("new");
+    char last[9] = {};
+    ::read(ends[0], last, sizeof last - 1);
+    ::dup2(before, STDOUT_FILENO);
+    EXPECT_FALSE(taken);
+    EXPECT_STREQ(text.ends_with("x") ? "\nnew\n" : "new\n", last);
+    for (const int file : {ends[0], ends[1], before}) {
+        ::close(file);
     }
 }
 

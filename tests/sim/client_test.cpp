@@ -284,7 +284,11 @@ TEST_F(ClientTest, whatIsAskedAndQueuedReachesTheSimulatorOnceThereIsOne)
     raiseRequestError();
     EXPECT_FALSE(stopRequested || simRequestFailed) << "who has said goodbye need not answer";
     gf_beginConversation();
-    raiseRequestError();
+    CreateRequest tooLong;
+    tooLong.title = std::string(kSimNameWidth, 'x');
+    queueCreate(tooLong);
+    gf_onFrame();
+    queueEvent(50, GEAR_SET, 1);
     EXPECT_EQ(ExitReason::SimConnectError, exitReason);
     EXPECT_EQ(9, restartDelaySeconds);
     gf_onFrame();

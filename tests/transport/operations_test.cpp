@@ -1,4 +1,5 @@
 // The operations over real sockets and pipes, against a simulator's end that the test plays.
+#include "core/base/run_state.h"
 #include "sim/wire/packets.h"
 #include "sim/wire/simconnect.h"
 #include "sim/wire/transport/connection.h"
@@ -251,6 +252,25 @@ TEST_F(Operations, dispatchEveryMessageInOrderToTheLastFunctionGiven)
         ASSERT_EQ(kSimOk, SimConnect_CallDispatch(handle, nullptr, &context));
     }
     EXPECT_EQ(sent, context.messages) << "one of 11 bytes has no id";
+}
+
+TEST_F(Operations, endADrainAndTheSearchForASimulatorAtAStop)
+{
+    openPipe();
+    peer->write(gf_joined({gf_message(20, 1), gf_message(20, 2)}));
+    peer->finish();
+    waitForTheEnd(*handle);  // both are there
+    static int given;
+    given = 0;
+    const auto stop = [](std::span<const std::byte>, void*) {
+        ++given;
+        gf_requestStop(ExitReason::NewFlight, 0);
+    };
+    SimConnect_CallDispatch(handle, stop, nullptr);
+    EXPECT_EQ(1, given) << "a flood must not hold the end back";
+    SimHandle second = nullptr;
+    EXPECT_EQ(kNobody, SimConnect_Open(&second, "Velatra", 0));
+    EXPECT_TRUE(gf_resetRunState());
 }
 
 TEST_F(Operations, breakWithTheStatusOfWhatHappenedAfterAllMessages)
