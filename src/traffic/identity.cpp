@@ -63,6 +63,13 @@ static bool lf_isDouble(const LiveAc& newcomer, const LiveAc& other)
     return lf_isDouble(newcomer, newcomer.callsign, newcomer.regcode, other);
 }
 
+// Another aircraft is seen under this call sign, or this registration.
+static bool lf_isTaken(const LiveAc& ac, std::string_view callsign, std::string_view regcode)
+{
+    return std::ranges::any_of(
+        liveAcs, [&](const LiveAc& other) { return lf_isDouble(ac, callsign, regcode, other); });
+}
+
 // The one shown longer goes if it is parked, or a ghost of a newcomer that is none.
 static bool lf_makesWay(const LiveAc& newcomer, const LiveAc& other)
 {
@@ -140,6 +147,15 @@ static void lf_takeOperator(LiveAc& ac, const RegRecord& rec)
     gf_setModel(ac, rec.type);
 }
 
+// The registration that the record tells, unless it tells none, or one that is another aircraft's: then the
+// one that the aircraft has.
+static const std::string& lf_regcodeAfter(const LiveAc& ac, const FeedRecord& record)
+{
+    const bool takesOver =
+        !record.regcode.empty() && record.regcode != ac.regcode && !lf_isTaken(ac, "", record.regcode);
+    return takesOver ? record.regcode : ac.regcode;
+}
+
 // Another registration than the one known so far.
 static bool lf_changeRegcode(LiveAc& ac, const FeedRecord& record, const RegRecord* rec)
 {
@@ -172,9 +188,10 @@ static bool lf_learnRegcode(LiveAc& ac, const FeedRecord& record, const RegRecor
     return false;
 }
 
-bool updateRegcode(LiveAc& ac, const FeedRecord& record)
+// The registration. False if a new livery is needed.
+static bool updateRegcode(LiveAc& ac, const FeedRecord& record)
 {
-    if (record.regcode.empty()) {
+    if (record.regcode.empty() || lf_regcodeAfter(ac, record) != record.regcode) {
         return true;
     }
     const RegRecord* rec = findRegcode(record.regcode);
@@ -207,15 +224,14 @@ static void lf_fillBuffered(LiveAc& ac, const FeedRecord& record)
 // The record tells a call sign that is new to the aircraft.
 static bool lf_changesCallsign(const LiveAc& ac, const FeedRecord& record)
 {
-    return !record.callsign.empty() && record.callsign != ac.callsign && record.callsign != ac.regcode;
+    return !record.callsign.empty() && record.callsign != ac.callsign &&
+           record.callsign != lf_regcodeAfter(ac, record);
 }
 
 // Under this call sign the aircraft would be seen twice.
 static bool lf_wouldBeDouble(const LiveAc& ac, const std::string& callsign)
 {
-    return (gf_isGhost(callsign) && hasTwin(callsign)) ||
-           std::ranges::any_of(liveAcs,
-                               [&](const LiveAc& other) { return lf_isDouble(ac, callsign, "", other); });
+    return (gf_isGhost(callsign) && hasTwin(callsign)) || lf_isTaken(ac, callsign, "");
 }
 
 static void lf_takeCallsign(LiveAc& ac, const std::string& callsign)
@@ -261,7 +277,7 @@ bool identityUpdate(LiveAc& ac, const FeedRecord& record)
 
 static bool lf_isCoupled(const StaticAc& parked, std::string_view callsign)
 {
-    return callsign == parked.coupledCs1 || callsign == parked.coupledCs2;
+    return !callsign.empty() && (callsign == parked.coupledCs1 || callsign == parked.coupledCs2);
 }
 
 static bool sameFlight(const LiveAc& ac, const StaticAc& parked)
@@ -275,8 +291,7 @@ static bool sameFlight(const LiveAc& ac, const StaticAc& parked)
                             parked.callsign, parked.regcode, where, ac.callsign, ac.regcode));
         return true;
     }
-    const bool coupled = lf_isCoupled(parked, ac.callsign) ||
-                         (!ac.coupledCs2.empty() && lf_isCoupled(parked, ac.coupledCs2)) ||
+    const bool coupled = lf_isCoupled(parked, ac.callsign) || lf_isCoupled(parked, ac.coupledCs2) ||
                          (gf_isGhost(ac.callsign) && lf_isCoupled(parked, gf_withoutMark(ac.callsign)));
     if (coupled) {
         logTalkative(format("{:8}: {:8} \"{} {}\" removed, new {} {} \"{} {}\" has {} callsign",

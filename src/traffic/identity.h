@@ -16,9 +16,6 @@ namespace vlt {
 // False if the sample is to be dropped.
 bool identityUpdate(LiveAc& ac, const FeedRecord& record);
 
-// The registration. False if a new livery is needed.
-bool updateRegcode(LiveAc& ac, const FeedRecord& record);
-
 // The call sign ends in "_".
 bool gf_isGhost(std::string_view callsign);
 // The call sign without its last character.

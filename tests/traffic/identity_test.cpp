@@ -45,6 +45,8 @@ TEST_F(Identity, whatBringsANewObject)
         {"a destination",             "", "BAW3 G-D TLS -", "BAW3 G-D TLS LHR", "BAW3 G-D TLS LHR BAW A319 new"},
         {"another route",             "", "BAW3 G-D TLS LHR", "BAW3 G-D CDG FRA", "BAW3 G-D CDG FRA BAW A319 new"},
         {"another origin only",       "flying", "BAW3 G-D TLS LHR", "BAW3 G-D CDG LHR", "BAW3 G-D TLS LHR BAW A319"},
+        {"both at once",              "flying", "BAW3 - TLS LHR", "G-X G-X TLS LHR", "BAW3 G-X TLS LHR BAW A319"},
+        {"another's registration",    "", "BAW3 G-D TLS LHR", "BAW9 G-O TLS LHR", "BAW9 G-D TLS LHR BAW A319 new"},
         {"the registration for it",   "flying", "BAW3 G-D TLS LHR", "G-D G-D TLS LHR", "BAW3 G-D TLS LHR BAW A319"},
         {"during the take-off",       "runs", "BAW3 G-D TLS LHR", "BAW9 G-D TLS LHR", "BAW3 G-D TLS LHR BAW A319"},
         {"on approach",               "lands", "BAW3 G-D TLS LHR", "BAW9 G-D TLS LHR", "BAW3 G-D TLS LHR BAW A319"},
@@ -62,6 +64,7 @@ TEST_F(Identity, whatBringsANewObject)
     // clang-format on
     for (const auto& c : afresh(cases)) {
         GUID_CHANGES.value = std::string(c.what) != "exchanges are off";
+        add("flying: 0^9000 500^9000", 20009, "DLH1").regcode = "G-O";
         LiveAc& ac = add(format("flying {}: 0^9000 500^9000", c.state));
         FeedRecord record;
         const auto read = [](const char* text, auto& names) {
@@ -125,8 +128,11 @@ TEST_F(Identity, nobodyIsSeenTwiceWhateverIsReported)
                 const bool respawn = ac.fs == FsState::LiveryRespawn;
                 respawns += respawn;
                 ASSERT_TRUE(!respawn || gf_placeOf(ac) == gf_placeOf(ac.stream.front()));
-                ASSERT_TRUE((ac.fs != FsState::Active && !respawn) || seen.insert(ac.callsign).second)
-                    << ac.callsign << " twice, step " << step;
+                for (const std::string& name : {ac.callsign, "registered " + ac.regcode}) {
+                    ASSERT_TRUE((ac.fs != FsState::Active && !respawn) || name == "registered " ||
+                                seen.insert(name).second)
+                        << name << " twice, step " << step;
+                }
             }
             for (const std::string& callsign : seen) {
                 ASSERT_FALSE(seen.contains(callsign + "_")) << callsign << " beside its ghost, step " << step;
