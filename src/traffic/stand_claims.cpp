@@ -64,7 +64,8 @@ bool gf_adjacentBlocked(const LiveAc& newcomer, const ParkPos& stand)
         const ParkPos* neighbour = gf_stand(index);
         return std::ranges::any_of(liveAcs, [&](const LiveAc& other) {
             return gf_holds(other, index, kParked | kPushes) && other.callsign != newcomer.callsign &&
-                   (neighbour == nullptr || gf_wouldTouch(newcomer.radius, stand, other.radius, *neighbour));
+                   (neighbour == nullptr || gf_isNullPosition(gf_placeOf(*neighbour)) ||
+                    gf_wouldTouch(newcomer.radius, stand, other.radius, *neighbour));
         });
     });
 }

@@ -15,7 +15,7 @@ bool standConflict(const LiveAc& newcomer, uint32_t standId);
 // Removes who holds it.
 void gf_removeHolder(const LiveAc& newcomer, uint32_t standId);
 
-// An aircraft on an adjacent stand would touch the new one there.
+// An aircraft on an adjacent stand would touch the new one there, or nobody knows where that stand is.
 bool gf_adjacentBlocked(const LiveAc& newcomer, const ParkPos& stand);
 
 }  // namespace vlt

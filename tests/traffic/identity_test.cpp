@@ -197,6 +197,8 @@ TEST_F(Identity, whichPhaseANewAircraftOnTheGroundBegins)
         {"its holder reports", "birth: -30s -30s", [] { hold(1); liveAcs[0].liveAtStand = true; }, false,
          "birth: -30s -30s"},
         {"it would touch", "birth: -1s -1s", [] { gf_addStand("A2", 0, 37, 90); hold(2); }, false, "birth: -1s -1s"},
+        {"beside it somewhere", "birth: -1s -1s", [] { gf_addStand("A2", 0, 38, 90).lat = 0; hold(2);
+          parkApf.stands[1].lon = 0; }, false, "birth: -1s -1s"},
         {"it wouldn't", "birth: -1s -1s", [] { gf_addStand("A2", 0, 38, 90); hold(2); }, true, "parked: 0s"},
     };
     // clang-format on
