@@ -4,6 +4,7 @@
 #include "core/base/log.h"
 #include "core/base/parameters.h"
 #include "core/base/run_state.h"
+#include "core/base/talkative_log.h"
 #include "core/base/text.h"
 #include "liveries/matching.h"
 #include "traffic/create_request.h"
@@ -26,12 +27,13 @@ static void lf_removeWhileAdding(StaticAc& ac)
     }
 }
 
-static void lf_queueRemoval(const StaticAc& ac)
+// `words` of the log for one without an object, with the place for its name.
+static void lf_queueRemoval(const StaticAc& ac, const char* words)
 {
     if (ac.objectid != kNoObject) {
         removeWaitQueue.push_back(ac.objectid);
     } else {
-        logLine(format("removing act {}, with objectid=0 ?", logName(ac)));
+        logLine(format(fmt::runtime(words), logName(ac)));
     }
 }
 
@@ -56,8 +58,14 @@ void removeAircraftFromSim(StaticAc& ac, std::string_view why)
     const bool objectGoesAnyway = ac.fs == FsState::LiveryRespawn;
     ac.fs = FsState::RemovingFromSim;
     if (!objectGoesAnyway) {
-        lf_queueRemoval(ac);
+        lf_queueRemoval(ac, "removeAircraftFromSim removing act {}, with objectid=0 ?");
     }
+}
+
+void gf_turnAway(LiveAc& ac, std::string_view why)
+{
+    logTalkative(format("          {} turned away: {}", logName(ac), why));
+    removeAircraftFromSim(ac, why);
 }
 
 void liveryRespawn(LiveAc& ac)
@@ -85,7 +93,7 @@ void liveryRespawn(LiveAc& ac)
     ac.stream.front().time = std::max(ac.stream.front().time, q.time + 1);
     ac.stream.push_front(q);
     ac.fs = FsState::LiveryRespawn;
-    lf_queueRemoval(ac);
+    lf_queueRemoval(ac, "liveryRespawn removing act {} with objectid=0 ?");
 }
 
 static void lf_backToBuffer(LiveAc& ac)

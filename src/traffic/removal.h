@@ -14,6 +14,9 @@ namespace vlt {
 // is a literal, a few words.
 void removeAircraftFromSim(StaticAc& ac, std::string_view why);
 
+// A new aircraft is not to appear: as above, and logged.
+void gf_turnAway(LiveAc& ac, std::string_view why);
+
 // The simulator confirms that the object is gone: erases its record, or brings it back to the buffer if
 // it only changes its livery.
 void onObjectRemoved(uint32_t objectid);

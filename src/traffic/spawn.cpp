@@ -2,7 +2,6 @@
 
 #include "core/base/log.h"
 #include "core/base/parameters.h"
-#include "core/base/talkative_log.h"
 #include "core/base/text.h"
 #include "liveries/database.h"
 #include "liveries/liveries.h"
@@ -37,12 +36,6 @@ struct Judgement {
 static Judgement lf_erase(std::string_view why)
 {
     return {Gate::Erase, why};
-}
-
-static void lf_turnAway(LiveAc& ac, std::string_view why)
-{
-    logTalkative(format("          {} turned away: {}", logName(ac), why));
-    removeAircraftFromSim(ac, why);
 }
 
 // The aircraft may show up a little before its first sample is due.
@@ -228,7 +221,7 @@ void spawnGate(LiveAc& ac)
         ac.stream.pop_front();
         break;
     case Gate::Erase:
-        lf_turnAway(ac, judged.why);
+        gf_turnAway(ac, judged.why);
         break;
     case Gate::Wait:
         break;
@@ -262,7 +255,7 @@ static bool lf_giveLivery(LiveAc& ac)
     if (!ac.regcode.empty()) {
         failedLiveries.insert(gf_failedKey(ac));
     }
-    lf_turnAway(ac, "no livery fits");
+    gf_turnAway(ac, "no livery fits");
     return false;
 }
 
@@ -309,7 +302,7 @@ static bool lf_takeRoom(LiveAc& ac)
     if (!lf_needsRoom() || makeRoom(gf_distanceToUser(ac.stream.front()))) {
         return true;
     }
-    lf_turnAway(ac, kNoRoom);
+    gf_turnAway(ac, kNoRoom);
     return false;
 }
 

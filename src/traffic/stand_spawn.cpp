@@ -71,7 +71,7 @@ bool gf_birthOnGround(LiveAc& ac)
         return true;  // it goes on without a stand
     }
     if (!standConflict(ac, stand->index) || gf_adjacentBlocked(ac, *stand)) {
-        removeAircraftFromSim(ac, "no room at its stand");
+        gf_turnAway(ac, "no room at its stand");
         return false;
     }
     lf_standAt(ac, *stand);
