@@ -296,6 +296,14 @@ static bool lf_beginPhase(LiveAc& ac)
     return true;
 }
 
+// One that took off while it had no object comes back in the air, whatever it did before.
+static void lf_takeOffUnseen(LiveAc& ac)
+{
+    gf_setSt(ac, StState::Flying);
+    ac.onGround = false;
+    ac.landingRoll = false;
+}
+
 // Another one goes for it only now that it is sure to come. False if nobody can, which ends it.
 static bool lf_takeRoom(LiveAc& ac)
 {
@@ -320,6 +328,9 @@ void spawnLiveAc(LiveAc& ac)
     gf_removeDoubles(ac);
     if ((isNew && !lf_beginPhase(ac)) || !lf_takeRoom(ac)) {
         return;
+    }
+    if (ac.onGround && ac.stream.front().airborne) {
+        lf_takeOffUnseen(ac);
     }
     standChangeList.push_back(ac.hexid);
     lf_fixInitialState(ac);

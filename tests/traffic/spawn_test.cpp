@@ -184,6 +184,19 @@ TEST_F(Spawn, startsWithTheFirstSamplesPlaceAndAttitudeAndAnAirline)
     EXPECT_EQ(halfWingspanNm("B738"), liveAcs.back().radius) << "as wide as it is shown";
 }
 
+TEST_F(Spawn, whoTookOffWithoutAnObjectComesBackInTheAir)
+{
+    LiveAc& ac = add("taxi rolls: 0 0 3000^900 3500^1000");
+    ac.fs = FsState::Buffer;  // its object was exchanged, and the user was in its way
+    ac.title = "some livery";
+    for (int i = 0; i < 30 && ac.fs == FsState::Buffer; ++i, tick += 100) {
+        spawnGate(ac);
+    }
+    EXPECT_EQ("flying: 3000^900 3500^1000", look(ac));
+    handleSimMessage({77, ac.hexid, 0, SimMessageKind::LiveObject, 0, 900});
+    EXPECT_FALSE(ac.onGround);
+}
+
 TEST_F(Spawn, aRemovalWhileItIsCreated)
 {
     LiveAc& ac = gf_addBuffered(20002, "BAW3AK");
