@@ -86,28 +86,32 @@ TEST_F(Replays, theSameInputGivesTheSameBytes)
 TEST_F(Replays, flightPlansLieInTheirFolderAsLongAsTheirAircraftFlies)
 {
     stage.options.planFolder = out.path() / "plans";
-    const auto road = lf_flyBy(-9000, 9000, 3000);
+    const auto road = lf_flyBy(-9000, 30000, 3000);
     stage.add({100001, "JET1", "A320", "", "LHR", "A<M&S\x01"}, road);
-    stage.add({100002, "PLAN2", "C172", "", "LHR", "AMS"}, road);
+    stage.add({100002, "PLAN2", "C172", "", "LHR", "EIN"}, lf_flyBy(-9000, 0, 3000));
     stage.add({100003, "NONE3", "A320", "", "", "AMS"}, road);
     std::set<std::string> plans;
+    int32_t left = 0;
     stage.onLook = [&](const RoadLook&) {
+        left = 0;
         for (const auto& file : std::filesystem::directory_iterator(stage.options.planFolder)) {
             plans.insert(lf_textOf(file));
+            ++left;
         }
     };
     stage.watched = 100001;
     const ReplayResult result = play(300);
     std::set<std::string> expected;
-    for (const char* rules : {"IFR", "VFR"}) {
+    for (const auto& [rules, destination] : {std::pair("IFR", "AMS"), std::pair("VFR", "EIN")}) {
         expected.insert(
             format("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                    "<SimBase.Document Type=\"AceXML\" version=\"4,3\">\"\n<FlightPlan.FlightPlan>\n"
                    "<FPType>{}</FPType>\n<DepartureID>LHR</DepartureID>\n"
-                   "<DestinationID>AMS</DestinationID>\n</FlightPlan.FlightPlan>\n</SimBase.Document>\n",
-                   rules));
+                   "<DestinationID>{}</DestinationID>\n</FlightPlan.FlightPlan>\n</SimBase.Document>\n",
+                   rules, destination));
     }
     EXPECT_EQ(expected, plans);
+    EXPECT_EQ(1, left) << "when the first reports no more, the second's is gone";
     EXPECT_EQ(3, driven(result));
     EXPECT_FALSE(std::filesystem::exists(stage.options.planFolder));
 }

@@ -91,6 +91,12 @@ TEST_F(Identity, whatBringsANewObject)
             EXPECT_TRUE(front.lat == ac.lat && front.roll == 0.2 && front.rollValid &&
                         front.time == tick + 1);
             EXPECT_LT(front.time, ac.stream[1].time) << c.what;
+            std::tie(ac.throttleLevel, ac.flapsLevel) = std::tuple(3, 2);
+            onObjectRemoved(ac.objectid);
+            EXPECT_EQ(FsState::Buffer, ac.fs);
+            EXPECT_TRUE(ac.throttleLevel == kNoThrottleLevel && ac.flapsLevel == kNoFlapsLevel &&
+                        ac.objectid == kNoObject)
+                << "the new object has been commanded nothing";
         }
     }
 }

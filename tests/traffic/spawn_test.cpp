@@ -61,6 +61,9 @@ TEST_F(Spawn, theGateJudgesIdentityAndStream)
         {"but it was there",    [](LiveAc& a) { liveCreateQueue.resize(11); a.st = StState::Flying; }, Spawned},
         {"ten requests",        [](LiveAc&) { liveCreateQueue.resize(10); }, Spawned},
         {"no room",             [](LiveAc&) { MAX_LIVE.value = 0; }, Erased},
+        {"room for two",        [](LiveAc&) { MAX_LIVE.value = 2; }, Spawned},
+        {"one is on its way",   [](LiveAc&) { MAX_LIVE.value = 2; spawnStack = {1}; }, Erased},
+        {"one is asked for",    [](LiveAc&) { MAX_LIVE.value = 2; liveCreateQueue.resize(1); }, Erased},
     };
     // clang-format on
     for (const auto& c : afresh(cases)) {
@@ -147,11 +150,28 @@ TEST_F(Spawn, theFurthestMakesRoom)
     liveAcs[1].lat = 47.4;
     EXPECT_EQ(Erased, gate(gf_addBuffered(20004, "BAW4AK"))) << "further than all";
     EXPECT_FALSE(goes(liveAcs[1]));
+    LiveAc& turnedAway = add("birth: 0s 0s", 20005, "BAW5AK");
+    turnedAway.fs = FsState::Buffer;
+    turnedAway.airline = "BAW";
+    gf_addStand("A1", 0, 0, 90);
+    std::tie(liveAcs[1].st, liveAcs[1].standId, liveAcs[1].liveAtStand) =
+        std::tuple(StState::Parked, 1, true);
+    liveAcs[0].fs = FsState::Active;
+    EXPECT_EQ(Erased, gate(turnedAway)) << "its stand is taken";
+    EXPECT_FALSE(goes(liveAcs[0]) || goes(liveAcs[1])) << "which costs nobody his object";
     for (const int32_t most : {-1, 0, 1, 2}) {
         liveAcs[0].fs = liveAcs[1].fs = FsState::Active;
         MAX_LIVE.value = most;
         gf_keepWithinMaxLive();
         EXPECT_EQ(most < 0 ? 2 : most, gf_activeCount());
+    }
+    for (const double further : {0.09, 0.11}) {  // nm than a newcomer at 8 E, seen from 7 E
+        SetUp();
+        std::tie(userNow.lat, userNow.lon) = std::tuple(47, 7);
+        MAX_LIVE.value = 1;
+        LiveAc& far = gf_addFlying(20001, "FAR1");
+        far.lon += further / 60 / std::cos(47 * kRadPerDeg);
+        EXPECT_EQ(further > 0.1 ? Spawned : Erased, gate(gf_addBuffered(20003, "BAW3AK"))) << further;
     }
 }
 
@@ -165,6 +185,7 @@ TEST_F(Spawn, startsWithTheFirstSamplesPlaceAndAttitudeAndAnAirline)
     gate(ac);
     EXPECT_EQ(StState::Flying, ac.st);
     EXPECT_NEAR(-4000 / 60., ac.vsOut, 1e-9) << "feet a second";
+    EXPECT_EQ(std::list<uint32_t>{20002}, standChangeList) << "its static twin goes";
     ac.callsign = "ABCDEFGHIJKLMN";
     makeCreateRequest(20002);
     ASSERT_EQ(1U, liveCreateQueue.size());
@@ -174,12 +195,14 @@ TEST_F(Spawn, startsWithTheFirstSamplesPlaceAndAttitudeAndAnAirline)
               format("{} {} {} {} {} {:.1f} {:.1f} {:.0f} {} {}", ac.airline, ac.model, r.lat, r.lon,
                      r.altitude, r.pitch, r.bank, r.heading, r.onGround, r.tailNumber));
     EXPECT_FALSE(r.title.empty());
+    dbase.registrations["EI-DAC"].cargo = true;
     for (const char* callsign : {"GABCD", "BAW", "B1W12", ""}) {
         LiveAc& other = gf_addBuffered(20003, callsign);
         other.airline.clear();
         other.regcode = *callsign == 0 ? "EI-DAC" : "";
         gate(other);
         EXPECT_EQ(*callsign == 0 ? "RYR B738" : "PVT A319", other.airline + " " + other.model) << callsign;
+        EXPECT_EQ(*callsign == 0, other.cargo) << callsign;
     }
     EXPECT_EQ(halfWingspanNm("B738"), liveAcs.back().radius) << "as wide as it is shown";
 }
@@ -203,7 +226,11 @@ TEST_F(Spawn, aRemovalWhileItIsCreated)
     spawnLiveAc(ac);
     makeCreateRequest(20002);
     spawnStack.clear();
+    const ParkPos& stand = gf_addStand("A1", 0, 0, 90);
+    gf_takeStand(ac, stand);
+    gf_claimStand(ac);
     removeAircraftFromSim(ac, "test");
+    EXPECT_EQ(kNobody, stand.occupiedByLive);
     EXPECT_TRUE(liveCreateQueue.empty());
     gf_eraseMarked();
     EXPECT_TRUE(liveAcs.empty()) << "before the request left: without a sound";
