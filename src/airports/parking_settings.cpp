@@ -2,6 +2,7 @@
 
 #include "core/base/log.h"
 #include "core/base/text.h"
+#include "core/base/xml_file.h"
 
 #include <algorithm>
 #include <string>
@@ -17,11 +18,12 @@ const std::array<ParkingSetting, kParkingSettingCount> kParkingSettings{{
     {.parameter = &parking_percentage, .orDefault = true},
     {.parameter = &INITIAL_LOAD_ONLY},
     {.parameter = &MAX_FIT},
-    {.parameter = &MAX_LIVE, .comesBack = true, .orDefault = true, .onlyIfSet = true},
-    {.parameter = &LEARN_SOFT, .comesBack = true},
+    {.parameter = &MAX_LIVE, .orDefault = true, .onlyIfSet = true},
+    {.parameter = &LEARN_SOFT},
 }};
 
-static ParkingSettings usersOwn;  // [worker] of those that come back, while an airport is in force
+static ParkingSettings usersOwn;     // [worker] from before the load, while an airport is in force
+static ParkingSettings airportsOwn;  // [worker] from after it
 
 // Where a parameter stands in the table that it is part of.
 static size_t lf_place(const Parameter& parameter)
@@ -68,7 +70,7 @@ static std::optional<int32_t> lf_read(const ParkingSetting& setting, const pugi:
         return value.as_bool() ? 1 : 0;
     }
     const IntParameter& number = lf_number(setting);
-    return std::clamp(value.as_int(), number.min, number.max);
+    return std::clamp(gf_wholeNumber(value), number.min, number.max);
 }
 
 ParkingSettings gf_readParkingSettings(const pugi::xml_document& document)
@@ -144,27 +146,49 @@ void gf_applyParkingSettings(const ParkingSettings& settings)
 
 // --- the user's own
 
-void gf_keepUsersSettings()
+// The range that counts while it isn't automatic.
+static SharedValue<int32_t>& lf_ownRange()
 {
-    for (size_t i = 0; i < kParkingSettingCount; ++i) {
-        if (kParkingSettings[i].comesBack) {
-            usersOwn[i] = lf_value(kParkingSettings[i]);
-        }
+    return AUTO_RANGE.value ? rangeBeforeAuto : LATERAL_RANGE.value;
+}
+
+static int32_t lf_ownValue(const ParkingSetting& setting)
+{
+    return setting.parameter == &LATERAL_RANGE ? lf_ownRange().load() : lf_value(setting);
+}
+
+static void lf_takeBack(const ParkingSetting& setting, int32_t value)
+{
+    if (setting.parameter == &LATERAL_RANGE) {
+        lf_ownRange() = value;
+        gf_applyLateralRange();
+    } else {
+        lf_set(setting, value);
     }
 }
 
-void gf_forgetUsersSetting(const Parameter& parameter)
+static void lf_keep(ParkingSettings& kept)
 {
-    usersOwn[lf_place(parameter)].reset();
+    std::ranges::transform(kParkingSettings, kept.begin(), lf_ownValue);
+}
+
+void gf_keepUsersSettings()
+{
+    lf_keep(usersOwn);
+}
+
+void gf_keepAirportsSettings()
+{
+    lf_keep(airportsOwn);
 }
 
 void gf_takeUsersSettingsBack()
 {
     for (size_t i = 0; i < kParkingSettingCount; ++i) {
-        if (usersOwn[i]) {
-            lf_set(kParkingSettings[i], *usersOwn[i]);
-            usersOwn[i].reset();
+        if (usersOwn[i] && airportsOwn[i] == lf_ownValue(kParkingSettings[i])) {
+            lf_takeBack(kParkingSettings[i], *usersOwn[i]);
         }
+        usersOwn[i].reset();
     }
 }
 

@@ -17,7 +17,6 @@ namespace vlt {
 
 struct ParkingSetting {
     Parameter* parameter;
-    bool comesBack = false;    // its value from before the load is in force again when the airport is left
     bool orDefault = false;    // a file that doesn't tell it means its default
     bool onlyIfSet = false;    // a negative value, which means none, isn't written
     const char* written = {};  // stands in the file in place of its value
@@ -37,11 +36,11 @@ void gf_writeParkingSettings(pugi::xml_node& parameters);
 // Puts a learned file's settings in force, each with a log line.
 void gf_applyParkingSettings(const ParkingSettings& settings);
 
-// Keeps the values of those that come back, as the user has them before a load.
+// Keeps the values that the user has before a load changes them,
 void gf_keepUsersSettings();
-// The value in force is the user's own from now on: nothing comes back for it.
-void gf_forgetUsersSetting(const Parameter& parameter);
-// Puts back what was kept, if anything was.
+// and those that the load has put in their place.
+void gf_keepAirportsSettings();
+// Puts back what was kept, if anything was, but for what was changed since the load: that is the user's own.
 void gf_takeUsersSettingsBack();
 
 }  // namespace vlt

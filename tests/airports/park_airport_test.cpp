@@ -150,6 +150,10 @@ protected:
     }
     void become(const std::string& airport, ParkState now)
     {
+        if (state == ParkState::Loaded) {  // each airport sets false: true is what the user has made of it
+            learnSoft = softInForce || learnSoft;
+        }
+        softInForce = now != ParkState::Loaded && learnSoft;
         code = airport;
         state = now;
         reserved.clear();
@@ -189,7 +193,6 @@ protected:
             if (served[code] != Good) {
                 useless[code] = tick;
             }
-            percentage = served[code] != Good ? percentage : code == "XAAA" ? 30 : 55;
             become(served[code] == Good ? code : "",
                    served[code] == Good ? ParkState::Loaded : ParkState::None);
             return;
@@ -247,7 +250,8 @@ protected:
         }
         tick += one({1, 16, 16, 150}) * kTicksPerSecond;
         if (softLearningAllowed && draw(9) == 0) {
-            LEARN_SOFT.value = learnSoft = draw(2) == 0;  // by the user, who finds it so again
+            LEARN_SOFT.value = softInForce = draw(2) == 0;  // by the user
+            learnSoft = state == ParkState::Loaded ? learnSoft : softInForce;
         }
     }
     static std::string joined(const std::vector<std::string>& texts, const std::string& end)
@@ -262,23 +266,25 @@ protected:
     static std::string shown()
     {
         const ShownAirport& a = display.airport;
-        return format("{}|{}|{}|{}|{} {} {} {} {} {} {} {} {} {} {} {}", a.code.load(), a.name.load(),
+        return format("{}|{}|{}|{}|{} {} {} {} {} {} {} {} {} {} {} {} {} {}", a.code.load(), a.name.load(),
                       a.quality.load(), a.reservedStand.load(), a.userStand.load(), a.standCount.load(),
                       a.altitude.load(), a.trafficWeek.load(), a.learnSoftEnabled.load(),
                       a.percentageEnabled.load(), a.flushStaticEnabled.load(),
-                      parking_percentage.value.load(), MAX_LIVE.value.load(), LEARN_SOFT.value.load(),
+                      parking_percentage.value.load(), MAX_LIVE.value.load(), PARK_SOFT.value.load(),
+                      AUTO_RANGE.value ? -1 : LATERAL_RANGE.value.load(), LEARN_SOFT.value.load(),
                       trafficReader.parkElevation.load(), trafficReader.parkLat.load());
     }
     std::string expectedShown(const std::string& userStand) const
     {
         if (state != ParkState::Loaded) {
-            return format("{}|||| 0 0 0 true false false {} 70 {} nan 0", code, percentage, learnSoft);
+            return format("{}|||| 0 0 0 true false false 77 70 true 50 {} nan 0", code, softInForce);
         }
         const std::string stands = reserved + "|" + userStand;
         return code == "XAAA"
-                   ? format("XAAA|Testfield|45|{} 20 1000 24 false false true 30 70 false 1000 47", stands)
-                   : format("XBBB|Testfield|  |{} 2 1000 0 true true true 55 5 {} 1000 47.2", stands,
-                            learnSoft);
+                   ? format("XAAA|Testfield|45|{} 20 1000 24 false false true 30 70 true 50 false 1000 47",
+                            stands)
+                   : format("XBBB|Testfield|  |{} 2 1000 0 true true true 55 5 false -1 {} 1000 47.2", stands,
+                            softInForce);
     }
 
     std::map<std::string, Served> served;
@@ -289,17 +295,22 @@ protected:
     ParkState state = ParkState::None;
     LatLon last, vain;  // of the user at the last look, and at the last one in vain
     int32_t vainTick = 0;
-    bool learnSoft = true;
-    int32_t percentage = 77;
+    bool learnSoft = true, softInForce = true;
 };
 
 TEST_F(ParkWalk, theParkAirportFollowsUserListAndServer)
 {
     MAX_LIVE.value = 70;
-    parking_percentage.value = percentage;
+    parking_percentage.value = 77;
+    AUTO_RANGE.value = false;
+    LATERAL_RANGE.value = 50;
     place.folder.write("airports/learned/stock/XBBB.xml",
                        gf_airportText("", "<parameter name='MAX_LIVE' value='5'/>"
-                                          "<parameter name='parking_percentage' value='55'/>"));
+                                          "<parameter name='parking_percentage' value='55'/>"
+                                          "<parameter name='PARK_SOFT' value='false'/>"
+                                          "<parameter name='LATERAL_RANGE' value='12'/>"
+                                          "<parameter name='AUTO_RANGE' value='true'/>"
+                                          "<parameter name='LEARN_SOFT' value='false'/>"));
     std::set<std::string> looks;
     for (int step = 0; step < 3000; ++step) {
         SCOPED_TRACE(step);

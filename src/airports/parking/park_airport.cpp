@@ -62,6 +62,7 @@ bool setParkAirport(std::string_view code)
 
 void closeAirport()
 {
+    const bool wasLoaded = parkState == ParkState::Loaded;
     updateCount = 0;
     parkState = ParkState::None;
     softLearningAllowed = true;
@@ -71,8 +72,11 @@ void closeAirport()
     trafficReader.setParkAirport(std::nullopt);
     gf_forgetNearestStand();
     display.airport = {};
-    gf_takeUsersSettingsBack();
-    gf_keepWithinMaxLive();
+    if (wasLoaded) {
+        gf_takeUsersSettingsBack();
+        gf_adaptRange();
+        gf_keepWithinMaxLive();
+    }
 }
 
 void gf_resetParkAirport()
@@ -104,9 +108,7 @@ static void lf_allowSoftLearning()
 {
     softLearningAllowed = !gf_hasGoodQuality(parkApf);
     display.airport.learnSoftEnabled = softLearningAllowed;
-    if (softLearningAllowed) {
-        gf_forgetUsersSetting(LEARN_SOFT);  // what is changed from now on is the user's doing
-    } else {
+    if (!softLearningAllowed) {
         LEARN_SOFT.value = false;
     }
 }
@@ -131,6 +133,7 @@ void gf_installParkAirport(AirportLoad load, LatLon place)
     updateCount = 0;
     gf_forgetNearestStand();
     lf_allowSoftLearning();
+    gf_keepAirportsSettings();
     lf_showAirport();
     trafficReader.setParkAirport(parkAirport);
     gf_keepWithinMaxLive();

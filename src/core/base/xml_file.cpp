@@ -7,6 +7,9 @@
 #include "core/base/text.h"
 #include "core/base/version.h"
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <sstream>
 #include <utility>
 
@@ -22,6 +25,15 @@ bool saveXml(const pugi::xml_document& document, const std::filesystem::path& pa
     logLine(saved ? format("\"{}\" saved", gf_shown(path))
                   : format("could not save to \"{}\"", gf_shown(path)));
     return saved;
+}
+
+int32_t gf_wholeNumber(const pugi::xml_attribute& attribute)
+{
+    using Limits = std::numeric_limits<int32_t>;
+    const double number = attribute.as_double();
+    return std::isnan(number)
+               ? 0
+               : static_cast<int32_t>(std::clamp<double>(number, Limits::min(), Limits::max()));
 }
 
 void gf_addMeta(pugi::xml_document& document)
