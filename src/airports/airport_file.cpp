@@ -30,7 +30,7 @@ std::optional<bool> gf_boolParameter(const pugi::xml_document& document, const c
 std::optional<int32_t> gf_intParameter(const pugi::xml_document& document, const char* name)
 {
     const pugi::xml_attribute value = lf_parameter(document, name);
-    return value ? std::optional(value.as_int()) : std::nullopt;
+    return value ? std::optional(gf_wholeNumber(value)) : std::nullopt;
 }
 
 std::optional<std::string> gf_textParameter(const pugi::xml_document& document, const char* name)
@@ -61,7 +61,7 @@ StandOption gf_readOption(const pugi::xml_node& node, bool archived, int32_t seq
         option.type = node.attribute("type").as_string();
     }
     option.real = !node.attribute("soft").as_bool();
-    option.day = node.attribute("day").as_int();
+    option.day = gf_wholeNumber(node.attribute("day"));
     hoursToSet(node.attribute("hh").as_string(), option.hours);
     option.archived = archived;
     option.sequence = sequence;

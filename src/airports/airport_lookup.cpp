@@ -26,6 +26,17 @@ bool gf_isLocalPath(std::string_view path)
 
 // --- the user's folders
 
+// The path begins with the folder, in any case of its letters, which it has as it stands here afterwards.
+static bool lf_beginsWith(std::string& path, std::string_view folder)
+{
+    const bool begins = path.find('/') == folder.size() &&
+                        gf_upperCase(path.substr(0, folder.size())) == gf_upperCase(folder);
+    if (begins) {
+        path.replace(0, folder.size(), folder);
+    }
+    return begins;
+}
+
 // A link leads to another airport file; whatever else it says counts as nothing.
 static std::string lf_readLink(const std::filesystem::path& link)
 {
@@ -40,9 +51,10 @@ static std::string lf_readLink(const std::filesystem::path& link)
     // around.
     const std::string& line = text.lines.front();
     std::string path = line.substr(std::min(line.find_first_not_of(" \t\"'"), line.size()));
-    path.erase(path.rfind('l') == std::string::npos ? 0 : path.rfind('l') + 1);
+    const size_t last = path.find_last_of("lL");
+    path.erase(last == std::string::npos ? 0 : last + 1);
     std::ranges::replace(path, '\\', '/');
-    const bool leadsSomewhere = path.starts_with("archive/") || gf_isLocalPath(path);
+    const bool leadsSomewhere = lf_beginsWith(path, kArchive) || lf_beginsWith(path, kLocal);
     if (!leadsSomewhere || path.find("..") != std::string::npos) {
         logLine(format("\"{}\" leads nowhere: \"{}\"", gf_shown(link), line));
         return {};
@@ -177,7 +189,8 @@ std::optional<ClosestStand> gf_readDestApfForClosestStand(const std::string& cod
     pugi::xml_document document;
     const bool parsed = gf_isLocalPath(source.path)
                             ? static_cast<bool>(document.load_file(gf_toNativeForm(source.path).c_str()))
-                            : source.served.text && document.load_string(source.served.text->c_str());
+                            : source.served.text && document.load_buffer(source.served.text->data(),
+                                                                         source.served.text->size());
     return parsed ? lf_closestStand(document, position) : ClosestStand{};
 }
 

@@ -29,12 +29,8 @@ static OptionKey lf_keyOf(const StandOption& option)
 }
 
 // Lays a `parkpos` element over the stand of the same id: its changes, and the options that are new.
-// False for another id.
-static bool mergeLearnedStand(const pugi::xml_node& node, ParkPos& stand)
+static void mergeLearnedStand(const pugi::xml_node& node, ParkPos& stand)
 {
-    if (node.attribute("id").as_string() != stand.id) {
-        return false;
-    }
     if (node.attribute("radius_change").as_bool()) {
         const double radius = node.attribute("radius").as_double() / kMetresPerNm;
         if (gf_isStandRadius(radius)) {
@@ -62,7 +58,6 @@ static bool mergeLearnedStand(const pugi::xml_node& node, ParkPos& stand)
             ++sequence;
         }
     }
-    return true;
 }
 
 static void lf_addManual(const pugi::xml_node& node, const std::string& shown, std::vector<ParkPos>& stands)
@@ -94,10 +89,11 @@ static void lf_mergeStands(const pugi::xml_document& document, const std::string
             lf_addManual(node, shown, stands);
             continue;
         }
-        const bool merged =
-            std::ranges::any_of(stands, [&node](ParkPos& stand) { return mergeLearnedStand(node, stand); });
-        if (!merged) {
-            logLine(format("learned stand {} in {} not found?", node.attribute("id").as_string(), shown));
+        const std::string id = node.attribute("id").as_string();
+        if (const auto stand = std::ranges::find(stands, id, &ParkPos::id); stand != stands.end()) {
+            mergeLearnedStand(node, *stand);
+        } else {
+            logLine(format("learned stand {} in {} not found?", id, shown));
         }
     }
 }

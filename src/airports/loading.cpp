@@ -128,8 +128,10 @@ static void lf_readParameters(const pugi::xml_document& document, Apf& apf)
 static void lf_readStands(const pugi::xml_document& document, Apf& apf)
 {
     gf_readParkPositions(document, apf.stands);
-    apf.quality.real = gf_intParameter(document, "Qf_real").value_or(-1);
-    apf.quality.soft = gf_intParameter(document, "Qf_soft").value_or(-1);
+    const auto points = [&document](const char* name) {
+        return std::clamp(gf_intParameter(document, name).value_or(-1), -1, 100);
+    };
+    apf.quality = {points("Qf_real"), points("Qf_soft")};
 }
 
 // The learned file that there is: beside where the airport's own comes from, else where it is saved; empty

@@ -69,7 +69,7 @@ TEST_F(AirportFileTest, aStandIsReadInItsUnitsOrLeftOutWithWhomTheDataBaseKnows)
         {"latitude='47' longitude='-180.1'",          "", ""},
         {"latitude='47' longitude='8' radius='-0.1'", "", ""},
         {"latitude='47' longitude='8' radius='1853'", "", ""},
-        {nullptr, "cs='ABC123:ABC456' hh='0,47' day='7'",   " [   ABC123:ABC456 day 7 at 0,47 #1]"},
+        {nullptr, "cs='ABC123:ABC456' hh='0,47' day='7.9'",   " [   ABC123:ABC456 day 7 at 0,47 #1]"},
         {nullptr, "cs='ABC123' hh='1' soft='true'",         " [   ABC123: day 0 at 1 soft #1]"},
         {nullptr, "cs=':ABC456' hh='1'",                    " [   :ABC456 day 0 at 1 #1]"},
         {nullptr, "cs='too:many:colons'",                   " [   too: day 0 at  #1]"},

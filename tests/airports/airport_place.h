@@ -90,7 +90,7 @@ inline std::string gf_foundFile(const std::string& code)
 inline std::string gf_airportText(std::string_view stands, std::string_view more = "")
 {
     return format("<meta/><parameters><parameter name='airport_name' value='Testfield'/>"
-                  "<parameter name='publisher' value='stock'/><parameter name='altitude' value='1000'/>{}"
+                  "<parameter name='publisher' value='stock'/><parameter name='altitude' value='1e3'/>{}"
                   "</parameters><parkpositions>{}</parkpositions>",
                   more, stands);
 }

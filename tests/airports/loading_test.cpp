@@ -156,6 +156,7 @@ TEST_F(LoadingTest, eachSettingOfALearnedFileComesIntoForceAndIsWritten)
         {"parking_percentage", "55",    "55",    "30"},
         {"INITIAL_LOAD_ONLY",  "true",  "true",  "true"},
         {"MAX_FIT",            "11",    "11",    "11"},
+        {"MAX_LIVE",           "1e2",   "100",   ""},
         {"MAX_LIVE",           "5",     "5",     ""},
         {"MAX_LIVE",           "-1",    "",      ""},
         {"LEARN_SOFT",         "false", "false", "false"},
@@ -231,6 +232,7 @@ TEST_F(LoadingTest, linksAndNamesAreReadAsPeopleWriteThem)
     const std::pair<const char*, const char*> cases[] = {
         {"\"airports\\elsewhere\\XTST.xml\"", "airports/elsewhere/XTST.xml"},
         {"  airports/elsewhere/XTST.xml  ", "airports/elsewhere/XTST.xml"},
+        {"Airports\\elsewhere\\XTST.XML", "airports/elsewhere/XTST.XML"},
         {"airportsevil/XTST.xml", ""},
     };
     for (const auto& [link, expected] : cases) {
@@ -242,8 +244,11 @@ TEST_F(LoadingTest, linksAndNamesAreReadAsPeopleWriteThem)
 TEST_F(LoadingTest, whatWasLearnedIsFoundWhereItIsSaved)
 {
     const std::string path = "airports/my_ORBX/XTST.xml";
-    place.folder.write(path, gf_airportText(gf_standText("A1", 0), "<parameter name='BGLpath' value='x'/>"));
-    EXPECT_FALSE(gf_readApf(gf_sourceAt(path), "XTST").learned);
+    place.folder.write(path, gf_airportText(gf_standText("A1", 0), "<parameter name='BGLpath' value='x'/>"
+                                                                   "<parameter name='Qf_real' value='101'/>"
+                                                                   "<parameter name='Qf_soft' value='-2'/>"));
+    const AirportLoad alone = gf_readApf(gf_sourceAt(path), "XTST");
+    EXPECT_TRUE(!alone.learned && alone.apf.quality == (Quality{100, -1}));
     place.folder.write(
         "airports/learned/stock/XTST.xml",
         gf_airportText(gf_standText("M1", 60, "manual='true'"), "<parameter name='handmade' value='true'/>"));

@@ -72,7 +72,7 @@ TEST_F(ParkAirportTest, theListIsReadAndTheUsersSceneriesFollow)
     EXPECT_EQ("XAAA,A1 XBBB,B 2 ", codes());
     EXPECT_EQ("airport XZZZ is unknown", display.message.load());
     list("XBBB");
-    for (const char* file : {"XBBB.xml", "XAAA.xml", "XFAR.txt", "XZZZ.xml"}) {
+    for (const char* file : {"XBBB.xml", "xaaa.XML", "XFAR.txt", "XZZZ.xml"}) {
         place.folder.write(format("airports/my_thirdparty/{}", file), "");
     }
     EXPECT_TRUE(lf_readMyParkAirports());

@@ -109,10 +109,10 @@ static void lf_addThirdParty(KnownCodes& known)
     int64_t added = 0;
     for (const auto& entry : std::filesystem::directory_iterator(kMyThirdpartyFolder)) {
         const std::filesystem::path& file = entry.path();
-        if (file.extension() != ".xml") {
+        if (gf_upperCase(file.extension().string()) != ".XML") {
             continue;
         }
-        const AirportRecord* airport = findAirport(file.stem().string());
+        const AirportRecord* airport = findAirport(gf_upperCase(file.stem().string()));
         if (airport != nullptr && !known.contains(airport->code)) {
             lf_append(*airport, "", known);
             ++added;
