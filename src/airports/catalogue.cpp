@@ -114,6 +114,11 @@ static Closest lf_closestTwo(LatLon position)
     return closest;
 }
 
+const AirportRecord* gf_nearestReference(LatLon position)
+{
+    return lf_closestTwo(position).nearest;
+}
+
 std::optional<const AirportRecord*> closestAirport(LatLon position)
 {
     const Closest closest = lf_closestTwo(position);

@@ -21,6 +21,9 @@ bool readAirports();
 // The airport with this code, nullptr for none.
 const AirportRecord* findAirport(std::string_view code);
 
+// The airport whose reference point is the nearest within 5 nm, nullptr for none.
+const AirportRecord* gf_nearestReference(LatLon position);
+
 // The airport at which a position lies, nullptr for none within 5 nm. Of two that lie so close the one
 // with the closer stand: their files are asked for, and none is the answer while the server is asked.
 std::optional<const AirportRecord*> closestAirport(LatLon position);

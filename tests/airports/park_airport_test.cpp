@@ -174,10 +174,14 @@ protected:
     {
         return far("XAAA") <= 5 ? "XAAA" : far("XBBB") <= 5 ? "XBBB" : "";
     }
+    bool lookedInVainLately() const
+    {
+        return distNm(vain, last) < 1 && tick - vainTick < 300 * kTicksPerSecond;
+    }
     void expectGround()
     {
         const std::string at = underWheels();
-        if ((distNm(vain, last) < 1 && tick - vainTick < 300 * kTicksPerSecond) || isUseless(at)) {
+        if (lookedInVainLately() || isUseless(at)) {
             return;
         }
         const bool none = at.empty() || served[at] == None;
@@ -215,7 +219,13 @@ protected:
             }
         } else if (userOnGround) {
             const std::string at = underWheels();
-            if (far(code) > 5 && !at.empty() && !isUseless(at) && served[at] != None) {
+            if (far(code) <= 5 || lookedInVainLately()) {
+                return;
+            }
+            const bool none = at.empty() || isUseless(at) || served[at] == None;
+            vain = none ? last : LatLon{};
+            vainTick = tick;
+            if (!none) {
                 become("", ParkState::None);
             }
         } else if (!inSight(code) || (listed && far(next) < far(code))) {
@@ -341,6 +351,18 @@ TEST_F(ParkWalk, theParkAirportFollowsUserListAndServer)
         ASSERT_EQ(state != ParkState::None, parkAirport.has_value());
     }
     EXPECT_EQ(5U, looks.size()) << "neither airport was always away";
+}
+
+TEST_F(ParkAirportTest, aFieldBesideItBecomesTheParkAirportUnderTheUsersWheels)
+{
+    airportCatalogue = {{"XAAA", "", 47 + 4 / 60.0, 8, 0}, {"XCCC", "", 47, 8, 0}};
+    archive("XCCC", gf_airportText(gf_standText("C1", 0)));
+    setParkAirport("XAAA");
+    parkState = ParkState::Loaded;
+    put(0, 0, {});
+    look();
+    look();
+    EXPECT_EQ("XCCC", parkApf.code);
 }
 
 TEST_F(ParkAirportTest, aServerThatNeverAnswersHoldsNoLook)

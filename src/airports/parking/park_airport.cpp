@@ -272,16 +272,21 @@ static void checkInSight()
 // The user has landed elsewhere: the field under the wheels is the one to look at.
 static void lf_lookUnderWheels()
 {
-    if (distNm(gf_placeOf(userNow), gf_placeOf(*parkAirport)) <= kAirportRadius) {
+    const LatLon user = gf_placeOf(userNow);
+    if (gf_nearestReference(user) == findAirport(parkApf.code) || lf_lookedInVainLately()) {
         return;
     }
-    const AirportRecord* field = closestAirport(gf_placeOf(userNow)).value_or(nullptr);
-    if (field == nullptr || field->code == parkApf.code || lf_isUseless(field->code)) {
+    const std::optional<const AirportRecord*> closest = closestAirport(user);
+    const AirportRecord* field = closest.value_or(nullptr);
+    const bool isOther = field != nullptr && field->code != parkApf.code && !lf_isUseless(field->code);
+    const AirportSource source = isOther ? findAirportFile(field->code) : AirportSource{};
+    waitsForServer = !closest || source.served.awaited;
+    if (waitsForServer) {
         return;
     }
-    const AirportSource source = findAirportFile(field->code);
-    waitsForServer = source.served.awaited;
-    if (!source.path.empty() && !source.served.awaited) {
+    fruitlessLook = FruitlessLook{user, tick};
+    if (!source.path.empty()) {
+        fruitlessLook.reset();
         logLine(format("\n{} User aircraft on the ground at {}, parked aircraft at {} will be removed first",
                        timeOfDayString(), field->code, parkApf.code));
         gf_flushParked();
