@@ -101,6 +101,7 @@ TEST_F(AirportFileTest, whatWasLearnedComesBackOverItsArchivedAirport)
 {
     std::filesystem::create_directories("airports/learned/stock");
     const char* learned = "airports/learned/stock/XTST.xml";
+    EXPECT_FALSE(saveAirportFile({}, "airports/nowhere/XTST.xml", AirportFileMode::Learned));
     for (uint32_t round = 0; round < 60; ++round) {
         SCOPED_TRACE(round);
         std::filesystem::remove(learned);

@@ -128,6 +128,19 @@ TEST_F(LoadingTest, aLearnedFileCannotSpoilTheArchivedStands)
     EXPECT_FALSE(std::filesystem::exists("airports/learned/stock/XTST.xml")) << "the broken one is put aside";
 }
 
+TEST_F(LoadingTest, manualStandsComeInUpToTheMostThatAnAirportHas)
+{
+    std::string stands;
+    for (size_t i = 1; i < kMostStands; ++i) {
+        stands += gf_standText(std::to_string(i), static_cast<double>(i) * 100);
+    }
+    archive("XTST", gf_airportText(stands));
+    learn(gf_airportText(gf_standText("M1", 1, "manual='true'") + gf_standText("M2", 2, "manual='true'")));
+    const AirportLoad loaded = load();
+    EXPECT_EQ(kMostStands, loaded.apf.stands.size()) << loaded.failed;
+    EXPECT_EQ("M1", loaded.apf.stands.back().id);
+}
+
 // What a learned file with these parameters has written after it came into force.
 static pugi::xml_document lf_applied(const std::string& parameters)
 {

@@ -1,3 +1,4 @@
+#include "core/base/hours.h"
 #include "core/base/log.h"
 #include "core/base/replace_file.h"
 #include "core/base/text_files.h"
@@ -5,6 +6,7 @@
 #include "core/base/zip_archive.h"
 #include "work_folder.h"
 
+#include <algorithm>
 #include <csignal>
 #include <string>
 #include <sys/resource.h>
@@ -42,6 +44,20 @@ TEST_F(FilesTest, readsLinesOfEveryEncoding)
     }
     EXPECT_FALSE(readExtTextFile("missing.txt").whole);
     EXPECT_FALSE(readExtTextFile(".").whole) << "a folder is no text";
+}
+
+TEST_F(FilesTest, aListOfBadHalfHoursIsCutInTheLog)
+{
+    const std::string cut(200, 'x');
+    logStart();
+    const size_t begun = read("Log.txt").size();
+    HoursSet hours;
+    hoursToSet(cut + "and more" + std::string(20'000, ','), hours);
+    const std::string log = read("Log.txt").substr(begun);
+    gf_logEnd();
+    std::string line = "gf_hours2bitset invalid hour \"\" in " + cut;
+    EXPECT_EQ(line.insert(line.find("\" in"), cut) + "\n", log.substr(0, log.find('\n') + 1));
+    EXPECT_EQ(3, std::ranges::count(log, '\n'));
 }
 
 TEST_F(FilesTest, theLogKeepsTwoOlderOnes)

@@ -144,6 +144,21 @@ TEST_F(GroundMotion, theReservedStandIsClearedAndWhoRestsOnItGoesAfterAMinute)
     EXPECT_EQ("1110", seen());
 }
 
+TEST_F(GroundMotion, whoLeavesTooSoonAfterItsLandingIsTowed)
+{
+    // The front sample of who is parked lies a week ahead.
+    const std::tuple<const char*, double, bool> cases[] = {
+        {"Buzjets", 14.9, true}, {"Buzjets", 15, false}, {"Large", 24.9, true}, {"Large", 25, false},
+        {"Heavy", 59.9, true},   {"Heavy", 60, false},   {"Light", 0, false},   {"HighPerf", 0, false}};
+    for (const auto& [category, minutes, towed] : afresh(cases)) {
+        LiveAc& ac = add(format("parked landed extended {}: 0s", category));
+        ac.stream.front().time = tick + kParkedAheadTicks - static_cast<int32_t>(minutes * kTicksPerMinute);
+        leaveStand(ac);
+        EXPECT_EQ(towed, ac.towed) << category << minutes;
+        EXPECT_FALSE(ac.landed);
+    }
+}
+
 TEST_F(GroundMotion, theRoundOfTheParkedSendsAwayWhoStayedTooLong)
 {
     const std::tuple<const char*, int32_t, bool, int32_t> cases[] = {// minutes, reports, minutes, -1: goes
