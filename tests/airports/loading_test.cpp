@@ -51,6 +51,20 @@ TEST_F(LoadingTest, theUsersFoldersComeBeforeTheArchiveAndLinksBeforeFiles)
     EXPECT_EQ(asked, server.requests());
 }
 
+TEST_F(LoadingTest, theServerIsAskedAgainAfterFiveMinutes)
+{
+    EXPECT_EQ("", gf_foundFile("XTST"));
+    archive("XTST", gf_airportText(""));
+    for (const int32_t seconds : {299, 1}) {
+        tick += seconds * kTicksPerSecond;
+        AirportSource source;
+        do {
+            source = findAirportFile("XTST");
+        } while (source.served.awaited);
+        EXPECT_EQ(seconds == 1, !source.path.empty());
+    }
+}
+
 TEST_F(LoadingTest, theLearnedFileOfAnAirportFile)
 {
     const struct {

@@ -263,6 +263,35 @@ TEST_F(Spawn, aRemovalWhileItIsCreated)
     }
 }
 
+TEST_F(Spawn, whoGoesGivesItsOwnStandBackOnEveryRoad)
+{
+    const struct {
+        const char* what;
+        FsState fs;
+        void (*go)(LiveAc& ac);
+    } cases[] = {
+        {"in the buffer", FsState::Buffer, [](LiveAc& ac) { removeAircraftFromSim(ac, "test"); }},
+        {"removed", FsState::Active, [](LiveAc& ac) { removeAircraftFromSim(ac, "test"); }},
+        {"by the simulator", FsState::Active, [](LiveAc& ac) { onObjectRemoved(ac.objectid); }},
+        {"refused", FsState::Adding2Sim, [](LiveAc& ac) { gf_onCreateRefused(ac.hexid); }},
+        {"taken back", FsState::Adding2Sim,
+         [](LiveAc& ac) {
+             spawnStack = {ac.hexid};
+             removeAircraftFromSim(ac, "test");
+         }},
+    };
+    for (const uint32_t holder : {20001U, 20009U}) {
+        for (const auto& c : afresh(cases)) {
+            gf_addStand("A1", 0, 0, 90).occupiedByLive = holder;
+            LiveAc& ac = add("parked: 0s");
+            ac.standId = 1;
+            ac.fs = c.fs;
+            c.go(ac);
+            EXPECT_EQ(holder == 20001 ? kNobody : holder, parkApf.stands[0].occupiedByLive) << c.what;
+        }
+    }
+}
+
 TEST_F(Spawn, aRefusedLiveryIsNotTriedAgainNorWhereNoneFits)
 {
     LiveAc& ac = gf_addBuffered(20002, "BAW3AK");
