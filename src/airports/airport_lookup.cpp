@@ -27,7 +27,7 @@ bool gf_isLocalPath(std::string_view path)
 // --- the user's folders
 
 // The path begins with the folder, in any case of its letters, which it has as it stands here afterwards.
-static bool lf_beginsWith(std::string& path, std::string_view folder)
+static bool lf_leadsInto(std::string& path, std::string_view folder)
 {
     const bool begins = path.find('/') == folder.size() &&
                         gf_upperCase(path.substr(0, folder.size())) == gf_upperCase(folder);
@@ -54,7 +54,7 @@ static std::string lf_readLink(const std::filesystem::path& link)
     const size_t last = path.find_last_of("lL");
     path.erase(last == std::string::npos ? 0 : last + 1);
     std::ranges::replace(path, '\\', '/');
-    const bool leadsSomewhere = lf_beginsWith(path, kArchive) || lf_beginsWith(path, kLocal);
+    const bool leadsSomewhere = lf_leadsInto(path, kArchive) || lf_leadsInto(path, kLocal);
     if (!leadsSomewhere || path.find("..") != std::string::npos) {
         logLine(format("\"{}\" leads nowhere: \"{}\"", gf_shown(link), line));
         return {};
