@@ -45,7 +45,7 @@ ALTERATIONS = [
 STATEMENT = re.compile(
     r"^\s+(?!return|break|continue|using|const|auto|static|case|throw)[\w.>:\[\]()*-]+(\(.*\)| \S?= .*);$")
 CODE = re.compile(r"^(    |(static |inline )*constexpr )")
-NO_BEHAVIOUR = re.compile(r"Log\(|assert\(|reserve\(")  # what a log line says is read by people only
+NO_BEHAVIOUR = re.compile(r"log(Line|Talkative)\(|Log\(|assert\(|reserve\(")  # what a log line says is read by people only
 
 Fault = collections.namedtuple("Fault", "path index was altered")
 
