@@ -284,8 +284,9 @@ TEST_F(ClientTest, whatIsAskedAndQueuedReachesTheSimulatorOnceThereIsOne)
     raiseRequestError();
     EXPECT_FALSE(stopRequested || simRequestFailed) << "who has said goodbye need not answer";
     gf_beginConversation();
+    const std::string title(kSimNameWidth, 'x');
     CreateRequest tooLong;
-    tooLong.title = std::string(kSimNameWidth, 'x');
+    tooLong.title = title;
     queueCreate(tooLong);
     gf_onFrame();
     queueEvent(50, GEAR_SET, 1);
