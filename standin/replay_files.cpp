@@ -126,6 +126,40 @@ static Json lf_breaks(const ReplayResult& result)
     return {{"kinds", table}, {"worst", worst}};
 }
 
+// Median, 95 % and worst of one kind of offset; the worst with its aircraft and tick.
+static Json lf_spread(std::vector<DueMeasure> measures)
+{
+    if (measures.empty()) {
+        return {{"count", 0}};
+    }
+    const auto size = [](const DueMeasure& m) { return std::abs(m.value); };
+    const auto sizeAt = [&](double share) {
+        const auto at =
+            measures.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(measures.size() - 1));
+        std::ranges::nth_element(measures, at, {}, size);
+        return std::round(size(*at) * 100) / 100;
+    };
+    const DueMeasure& worst = *std::ranges::max_element(measures, {}, size);
+    const Json listed = {
+        {"value", std::round(worst.value * 100) / 100}, {"hexid", worst.hexid}, {"tick", worst.tick}};
+    return {{"count", measures.size()}, {"median", sizeAt(0.5)}, {"95", sizeAt(0.95)}, {"worst", listed}};
+}
+
+static Json lf_due(const DueFindings& due)
+{
+    Json table = Json::object();
+    for (size_t i = 0; i < due.bands.size(); ++i) {
+        const DueBandFindings& band = due.bands[i];
+        Json row = {{"metres", lf_spread(band.metres)}, {"seconds", lf_spread(band.seconds)}};
+        if (!band.feet.empty()) {
+            row["feet"] = lf_spread(band.feet);
+        }
+        table[std::string(kDueBandNames[i])] = row;
+    }
+    table["rotations"] = lf_spread(due.rotations);
+    return table;
+}
+
 static Json lf_lives(const std::vector<ReplayLife>& lives)
 {
     int64_t driven = 0, landed = 0, parked = 0;
@@ -172,7 +206,8 @@ static std::string lf_replayReport(const ReplayResult& result)
                          {"invariantBreaks", result.findings.invariantBreakCount},
                          {"invariantBreakList", invariants},
                          {"lowestWheelsFt", lowest},
-                         {"motionBreaks", lf_breaks(result)}};
+                         {"motionBreaks", lf_breaks(result)},
+                         {"offDuePlace", lf_due(result.findings.due)}};
     return report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

@@ -24,6 +24,7 @@ void ReplayJudge::note(std::string what)
 
 void ReplayJudge::onReport(const FeedRecord& record)
 {
+    m_due.onReport(record);
     Reports& reports = m_reports[record.hexid];
     if (record.sample.airborne) {
         reports.firstGround.reset();
@@ -81,6 +82,9 @@ void ReplayJudge::look(const LiveAc& ac)
         life.standDistanceM = distNm(gf_placeOf(ac), gf_standPlace(ac)) * kMetresPerNm;
     }
     seen.parked = parked;
+    if (ac.st == StState::TakeOff && life.st == StState::Taxi) {
+        m_due.onRotation(ac);
+    }
     life.fs = ac.fs;
     life.st = ac.st;
     life.why = ac.goesBecause;
@@ -183,6 +187,9 @@ void ReplayJudge::onSecond(const VirtualSimulator& simulator)
         ++m_active;
         checkNumbers(ac);
         checkParked(ac, byId);
+        if (std::string wrong = m_due.onSecond(ac); !wrong.empty()) {
+            note(std::move(wrong));
+        }
         if (!byId.contains(ac.objectid)) {
             note(format("{} is driven, but its object {} isn't there", ac.callsign, ac.objectid));
         }
@@ -200,6 +207,7 @@ ReplayFindings ReplayJudge::finish()
     for (const auto& [hexid, seen] : m_seen) {
         close(seen);
     }
+    m_findings.due = m_due.finish();
     return std::move(m_findings);
 }
 

@@ -3,6 +3,7 @@
 // Reads the engine's tables, on the thread that drives it.
 #pragma once
 
+#include "standin/due_judge.h"
 #include "standin/virtual_simulator.h"
 #include "traffic/geodesy.h"
 #include "traffic/traffic.h"
@@ -55,6 +56,7 @@ struct ReplayFindings {
     std::vector<InvariantBreak> invariantBreaks;  // the first kMostBreaks
     int64_t invariantBreakCount = 0;
     std::vector<ReplayLife> lives;  // in the order of their appearance
+    DueFindings due;
 };
 
 class ReplayJudge
@@ -107,6 +109,7 @@ private:
     std::unordered_map<uint32_t, Seen> m_seen;  // by hexid
     std::map<uint32_t, Parked> m_parked;        // by object
     std::map<uint32_t, Reports> m_reports;      // by hexid
+    DueJudge m_due;
     int64_t m_active = 0;
 };
 
