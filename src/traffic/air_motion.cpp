@@ -86,11 +86,13 @@ static void lf_climbRate(LiveAc& ac, int32_t ticks)
     constexpr double kNearGround = 1000;  // feet
     constexpr double kLeastClimb = 0.2;   // feet per tick
     constexpr double kFrozenVs = 100;     // feet per minute
+    constexpr double kSinks = -250;       // feet per minute, a descent that is meant
     const PosSample& front = ac.stream[0];
     const PosSample& next = ac.stream[1];
     const double rate = (next.altitude - ac.alt) / ticks;
     if (!ac.approach) {
-        ac.altRate = std::min(ac.agl > kNearGround ? rate : std::max(rate, kLeastClimb), ac.maxClimbRate);
+        const bool mayDescend = ac.agl > kNearGround || next.vs <= kSinks;
+        ac.altRate = std::min(mayDescend ? rate : std::max(rate, kLeastClimb), ac.maxClimbRate);
     } else if (front.altitude == next.altitude && ac.agl <= kNearGround && front.vs + next.vs <= kFrozenVs) {
         lf_flyVs(ac, lf_touchdownVs(ac));
     } else {
@@ -175,7 +177,10 @@ static double lf_headingChange(const LiveAc& ac)
         return angleDiff(ac.hdg, next.heading);
     }
     if (ac.stream.size() < 3 || gf_samePosition(next, ac.stream[2])) {
-        return 0;
+        // Nothing is known of the leg after it: the nose comes to this one's own direction.
+        return gf_placeOf(ac) == gf_placeOf(next)
+                   ? 0
+                   : angleDiff(ac.hdg, bearing(gf_placeOf(ac), gf_placeOf(next)));
     }
     return angleDiff(ac.hdg, bearing(gf_placeOf(next), gf_placeOf(ac.stream[2])));
 }

@@ -90,6 +90,7 @@ static void lf_fitTurnRate(LiveAc& ac, double deg, double ticks, double dist)
     constexpr double kRightAngle = 90;
     constexpr double kMetre = 1.0 / kMetresPerNm;
     constexpr double kRoom = 1.2;
+    constexpr double kTightest = 1.5;         // times the usual rate
     constexpr int32_t kTurnTimeLimit = 2000;  // ticks
     const double turnTicks = std::max(std::round(deg / ac.turnRate / 100), 1.0);
     if (deg == 0 || dist <= 0) {
@@ -97,7 +98,7 @@ static void lf_fitTurnRate(LiveAc& ac, double deg, double ticks, double dist)
     }
     const double ratio = ticks / turnTicks;
     if (deg > kGentle) {
-        ac.turnRate *= std::min(ratio, std::min(kRightAngle, deg) / 30);
+        ac.turnRate *= std::min({ratio, std::min(kRightAngle, deg) / 30, kTightest});
         if (deg >= kRightAngle) {
             ac.lagLimit = std::max(ac.lagLimit, kTurnTimeLimit);
             ac.leadLimit = std::max(ac.leadLimit, kTurnTimeLimit);

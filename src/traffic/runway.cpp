@@ -87,6 +87,8 @@ void rotationStart(LiveAc& ac)
     gf_setSt(ac, StState::TakeOff);
     ac.hdgRate = 0;
     ac.curve = Curve{};
+    ac.touchdownBlend = false;  // a touch and go may rotate before its nose was down
+    ac.flareStage = 0;
     if (ac.landingRoll) {
         ac.landingRoll = false;
         ac.approach = false;

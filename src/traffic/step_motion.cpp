@@ -221,8 +221,7 @@ void onTouchdown(LiveAc& ac)
         ac.takeOff = false;
         gf_commandGear(ac, true);
         lf_beginRollOut(ac);
-    }
-    if (ac.flareStage != 0 || ac.approach) {
+    } else if (ac.flareStage != 0 || ac.approach) {
         lf_beginRollOut(ac);
     }
     ac.onGround = true;

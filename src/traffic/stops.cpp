@@ -43,7 +43,9 @@ static bool lf_keepJitter(const LiveAc& ac, PosSample& sample)
     if (!lf_mayStand(ac, sample) || lf_stopsTakeOff(ac, sample, kRunSpeed)) {
         return false;
     }
+    const int32_t due = sample.time;
     sample = ac.stream.back();
+    sample.time = due;  // a stop made of jitter lasts as long as its reports
     sample.speed = 0;
     sample.stationary = true;
     return true;

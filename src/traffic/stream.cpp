@@ -102,8 +102,8 @@ static bool checkNewPosDuringLanding(LiveAc& ac, PosSample& sample)
     }
     const PosSample& last = ac.stream.back();
     sample.stationary = gf_samePosition(sample, last);
-    // A landing aircraft doesn't speed up.
-    if (!sample.stationary && sample.speed > last.speed && sample.speed > kTaxiSpeed) {
+    // A landing aircraft doesn't speed up, unless it goes round.
+    if (!sample.stationary && !ac.takeOff && sample.speed > last.speed && sample.speed > kTaxiSpeed) {
         sample.speed = last.speed;
     }
     return true;

@@ -54,13 +54,14 @@ TEST_F(AirMotion, aRoadInTheAirIsFlownWithinTheCategorysPowers)
             const PosSample& end = ac.stream.front();
             const int32_t ticks = std::max(end.time - tick, kShortestLeg);
             EXPECT_LT(std::abs(ac.dLon), 1e-3) << "the short way";
+            const bool sinks = end.vs <= -250;  // and means it
             const double pitchOff = gf_pitchForVs(end.vs) - ac.pitch;
             for (int i = 0; i < ticks; ++i, ++tick) {
                 const LiveAc before = ac;
                 stepMotion(ac);
                 const double climb = ac.alt - before.alt;
                 EXPECT_LE(climb, limit.climb + 1e-9);
-                EXPECT_TRUE(ac.agl > 1000 || climb >= 0.2 - 1e-9) << "near the ground it climbs";
+                EXPECT_TRUE(ac.agl > 1000 || sinks || climb >= 0.2 - 1e-9) << "near the ground it climbs";
                 EXPECT_LE(std::abs(ac.bank), limit.bank * kDeg + 1e-9);
                 EXPECT_LE(std::abs(ac.bank - before.bank), limit.bankRate / 100 * kDeg + 1e-9);
                 EXPECT_LE(std::abs(ac.pitch - before.pitch), limit.pitchRate / 100 * kDeg + 1e-9);
