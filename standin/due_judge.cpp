@@ -32,7 +32,8 @@ static std::optional<DueBand> lf_bandOf(const LiveAc& ac)
     return ac.landingRoll ? DueBand::LandingRoll : DueBand::Taxi;
 }
 
-std::string_view DueJudge::wrong(const LiveAc& ac, const DuePlace& due) const
+// What can't be, if it lasts; empty if all is well.
+static std::string_view lf_wrong(const LiveAc& ac, const DuePlace& due)
 {
     constexpr double kUp = 500;             // feet
     constexpr double kHangs = 1000;         // feet
@@ -66,15 +67,15 @@ std::string DueJudge::onSecond(const LiveAc& ac)
         return {};
     }
     if (const auto band = lf_bandOf(ac)) {
-        const auto offset = seen.track.offsetOf(gf_placeOf(ac), ac.alt, tick);
+        const DueOffset offset = seen.track.offsetFrom(*due, gf_placeOf(ac), ac.alt, tick);
         DueBandFindings& found = m_findings.bands[static_cast<size_t>(*band)];
-        found.metres.push_back({static_cast<float>(offset->metres), ac.hexid, tick});
-        found.seconds.push_back({static_cast<float>(offset->seconds), ac.hexid, tick});
+        found.metres.push_back({static_cast<float>(offset.metres), ac.hexid, tick});
+        found.seconds.push_back({static_cast<float>(offset.seconds), ac.hexid, tick});
         if (!ac.onGround) {
-            found.feet.push_back({static_cast<float>(offset->feet), ac.hexid, tick});
+            found.feet.push_back({static_cast<float>(offset.feet), ac.hexid, tick});
         }
     }
-    const std::string_view what = wrong(ac, *due);
+    const std::string_view what = lf_wrong(ac, *due);
     if (what.empty()) {
         seen.wrongSince = -1;
         return {};

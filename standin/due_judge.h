@@ -53,7 +53,6 @@ private:
         int32_t drivenSince = -1;  // tick
         int32_t wrongSince = -1;   // tick
     };
-    std::string_view wrong(const LiveAc& ac, const DuePlace& due) const;
 
     DueFindings m_findings;
     std::map<uint32_t, Seen> m_seen;  // by hexid

@@ -80,15 +80,11 @@ double DueTrack::ticksLate(LatLon object, int32_t now) const
     return late;
 }
 
-std::optional<DueOffset> DueTrack::offsetOf(LatLon object, double altitude, int32_t now) const
+DueOffset DueTrack::offsetFrom(const DuePlace& due, LatLon object, double altitude, int32_t now) const
 {
     constexpr double kStands = 3;  // knots
-    const auto due = placeAt(now);
-    if (!due) {
-        return std::nullopt;
-    }
-    const double seconds = due->knots < kStands ? 0 : ticksLate(object, now) / kTicksPerSecond;
-    return DueOffset{distNm(object, due->at) * kMetresPerNm, altitude - due->altitude, seconds};
+    const double seconds = due.knots < kStands ? 0 : ticksLate(object, now) / kTicksPerSecond;
+    return {distNm(object, due.at) * kMetresPerNm, altitude - due.altitude, seconds};
 }
 
 std::optional<int32_t> DueTrack::liftOffNear(int32_t now) const

@@ -35,8 +35,8 @@ public:
     // The place that is due; none before the first report, after the last, and in a gap of more than 30 s,
     // in which nobody can tell.
     std::optional<DuePlace> placeAt(double when) const;
-    // None where no place is due.
-    std::optional<DueOffset> offsetOf(LatLon object, double altitude, int32_t now) const;
+    // Of an object at `altitude` feet from the place that is due now.
+    DueOffset offsetFrom(const DuePlace& due, LatLon object, double altitude, int32_t now) const;
     // When the first report of the air after one on the ground was due that is nearest to `now`.
     std::optional<int32_t> liftOffNear(int32_t now) const;
 
