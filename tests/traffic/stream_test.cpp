@@ -28,6 +28,16 @@ protected:
         ac.stream.front().time = tick + kParkedAheadTicks - 200'000;
         return ac;
     }
+    // Two of 20 m, so many metres apart.
+    static void addStandsSideBySide(double metres)
+    {
+        gf_addStand("A1", 0, 0, 90);
+        gf_addStand("A2", metres, 0, 90);
+        for (ParkPos& stand : parkApf.stands) {
+            stand.radius = 20 / kMetresPerNm;
+        }
+        gf_findNeighbours(parkApf.stands);
+    }
 };
 
 TEST_F(Stream, whatAReportDoes)
@@ -213,12 +223,7 @@ TEST_F(Stream, aParkedAircraftWaitsForAWeekAndNoLongerCountsAsReporting)
 
 TEST_F(Stream, ofTwoOnTheirWayToStandsWhereTheyWouldTouchTheFirstHasItsWay)
 {
-    gf_addStand("A1", 0, 0, 90);
-    gf_addStand("A2", 36, 0, 90);
-    for (ParkPos& stand : parkApf.stands) {
-        stand.radius = 20 / kMetresPerNm;
-    }
-    gf_findNeighbours(parkApf.stands);
+    addStandsSideBySide(36);
     add("parking: 0s");
     add("taxi: 36s", 20002, "BAW4AK");
     gf_takeStand(liveAcs[0], parkApf.stands[0]);
@@ -232,12 +237,7 @@ TEST_F(Stream, ofTwoOnTheirWayToStandsWhereTheyWouldTouchTheFirstHasItsWay)
 
 TEST_F(Stream, aStandThatGrowsReachesItsNeighbour)
 {
-    gf_addStand("A1", 0, 0, 90);
-    gf_addStand("A2", 45, 0, 90);
-    for (ParkPos& stand : parkApf.stands) {
-        stand.radius = 20 / kMetresPerNm;
-    }
-    gf_findNeighbours(parkApf.stands);
+    addStandsSideBySide(45);
     EXPECT_TRUE(parkApf.stands[0].neighbours.empty());
     LiveAc& ac = add("taxi: 0s");
     ac.radius = 32 / kMetresPerNm;
