@@ -74,11 +74,11 @@ static void lf_putOnCurve(LiveAc& ac)
 {
     ac.st = StState::Taxi;
     ac.onGround = true;
-    ac.curve.lat0 = ac.lat;
-    ac.curve.lon0 = ac.lon;
-    ac.curve.ctlN = ac.curve.ctlE = 50;
-    ac.curve.endE = 100;
-    ac.curve.dt = 1e-9;
+    ac.followsCourse = true;
+    ac.way.bends = true;
+    ac.way.share = 0;
+    ac.way.terms = {Metres{100, 100}, Metres{-100, 0}, Metres{}};
+    ac.way.perTick = 1e-9;
 }
 
 static void lf_parkStatics(int count)
@@ -120,7 +120,11 @@ static void lf_fillSky(int count)
         ac.stream = {sample, sample};
         ac.lat = sample.lat;
         ac.lon = sample.lon;
-        ac.dLat = ac.dLon = 1e-9;
+        ac.way.from = {sample.lat, sample.lon};
+        ac.way.terms[0] = {1, 1};
+        ac.way.share = 0;
+        ac.way.perTick = 1e-9;
+        ac.followsCourse = true;
         if (i % 3 == 0) {
             lf_putOnCurve(ac);
         }

@@ -7,7 +7,9 @@
 namespace vlt {
 
 static constexpr int32_t kLongestGap = 30 * kTicksPerSecond;
-static constexpr double kTaxiSpeed = 35;  // knots
+static constexpr double kTaxiSpeed = 35;    // knots
+static constexpr double kFastestTaxi = 43;  // knots
+static constexpr double kClimbs = 256;      // feet per minute; slow aircraft are told to be on the ground
 
 static LatLon lf_between(LatLon a, LatLon b, double share)
 {
@@ -18,8 +20,8 @@ static LatLon lf_between(LatLon a, LatLon b, double share)
 void DueTrack::add(const PosSample& sample)
 {
     if (m_reports.empty() || sample.time > m_reports.back().due) {
-        m_reports.push_back(
-            {sample.time, gf_placeOf(sample), sample.altitude, sample.speed, sample.airborne});
+        m_reports.push_back({sample.time, gf_placeOf(sample), sample.altitude, sample.speed, sample.airborne,
+                             sample.airborne || (sample.speed >= kFastestTaxi && sample.vs > kClimbs)});
     }
 }
 
@@ -91,7 +93,7 @@ std::optional<int32_t> DueTrack::liftOffNear(int32_t now) const
 {
     std::optional<int32_t> found;
     for (size_t i = 1; i < m_reports.size(); ++i) {
-        const bool liftsOff = m_reports[i].airborne && !m_reports[i - 1].airborne;
+        const bool liftsOff = m_reports[i].lifts && !m_reports[i - 1].lifts;
         if (liftsOff && (!found || std::abs(m_reports[i].due - now) < std::abs(*found - now))) {
             found = m_reports[i].due;
         }

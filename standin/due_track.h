@@ -47,6 +47,7 @@ private:
         double altitude;
         double knots;
         bool airborne;
+        bool lifts;  // in the air, or on its way there
     };
     size_t reportAfter(double when) const;
     double ticksLate(LatLon object, int32_t now) const;

@@ -43,7 +43,7 @@ void ReplayRecorder::onTick(int32_t now)
                        "{},{},{},{},{},{},{:.7f},{:.7f},{:.2f},{:.2f},{:.2f},{:.2f},{:.1f},{},{:.2f}\n", now,
                        ac.hexid, ac.objectid, gf_csvCell(ac.callsign), stateWord(ac.fs), stateWord(ac.st),
                        ac.lat, ac.lon, ac.alt, ac.hdg * kDegPerRad, ac.pitch * kDegPerRad,
-                       ac.bank * kDegPerRad, ac.speedOut, ac.onGround ? 1 : 0, ac.agl);
+                       ac.bank * kDegPerRad, ac.tasOut, ac.onGround ? 1 : 0, ac.agl);
     }
 }
 

@@ -1,7 +1,6 @@
 #include "traffic/air_config.h"
 
 #include "traffic/geodesy.h"
-#include "traffic/leg_time.h"
 #include "traffic/object_commands.h"
 #include "traffic/stand_holding.h"
 
@@ -43,7 +42,6 @@ static void lf_highConfig(LiveAc& ac)
     constexpr double kFirstFlapsFrom = 2000;
     constexpr double kNotClimbing = 100;  // feet per minute, at most
     const double vs = ac.stream[0].vs;
-    gf_narrowTimeLimits(ac);
     gf_commandCabinLights(ac, true);
     ac.takeOff = false;
     ac.approach = false;
@@ -65,7 +63,6 @@ static void lf_climbConfig(LiveAc& ac)
     if (ac.climbConfigured) {
         return;
     }
-    gf_narrowTimeLimits(ac);
     gf_commandThrottle(ac, kThrottleFull);
     gf_commandGear(ac, false);
     ac.climbConfigured = true;
@@ -85,7 +82,6 @@ static void lf_beginApproach(LiveAc& ac)
     ac.climbConfigured = false;
     gf_forgetStand(ac);
     ac.phaseTicks = 1;
-    gf_widenTimeLimits(ac);
 }
 
 static bool lf_nearParkAirport(const LiveAc& ac)

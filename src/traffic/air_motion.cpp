@@ -4,10 +4,10 @@
 #include "core/base/text.h"
 #include "traffic/air_config.h"
 #include "traffic/geodesy.h"
-#include "traffic/ground_motion.h"
 #include "traffic/leg_time.h"
 #include "traffic/object_commands.h"
 #include "traffic/performance.h"
+#include "traffic/way.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,34 +16,6 @@
 namespace vlt {
 
 static constexpr double kSettledClimb = 601;  // feet per minute; beyond it a vertical speed counts as meant
-
-// --- the arrival
-
-static void lf_nextPosAir(LiveAc& ac)
-{
-    constexpr double kLandingSpeed = 100;  // knots, where the report has none
-    const PosSample& front = ac.stream[0];
-    const PosSample& next = ac.stream[1];
-    if (next.stationary) {
-        if (ac.category == AcCategory::Rotorcraft) {
-            legTime(ac);
-        }
-    } else if (ac.approach && !next.airborne) {
-        gf_setArrivalTime(ac, front.speed > 0 ? front.speed : kLandingSpeed);
-    } else {
-        gf_setArrivalTime(ac);
-    }
-}
-
-void nextPosAir(LiveAc& ac)
-{
-    try {
-        lf_nextPosAir(ac);
-    } catch (const std::exception& e) {
-        logLine(format("nextPosAir: {}, {}, sz:{}", e.what(), logName(ac), ac.stream.size()));
-        throw;
-    }
-}
 
 // --- rates of a leg
 
@@ -84,15 +56,17 @@ static void lf_flyVs(LiveAc& ac, double vs)
 static void lf_climbRate(LiveAc& ac, int32_t ticks)
 {
     constexpr double kNearGround = 1000;  // feet
-    constexpr double kLeastClimb = 0.2;   // feet per tick
-    constexpr double kFrozenVs = 100;     // feet per minute
-    constexpr double kSinks = -250;       // feet per minute, a descent that is meant
+    constexpr double kLeastClimb = 0.2;   // feet per tick, of one that takes off
+    constexpr double kFastestDescent = -1.0;
+    constexpr double kFrozenVs = 100;  // feet per minute
+    constexpr double kSinks = -250;    // feet per minute, a descent that is meant
     const PosSample& front = ac.stream[0];
     const PosSample& next = ac.stream[1];
     const double rate = (next.altitude - ac.alt) / ticks;
     if (!ac.approach) {
-        const bool mayDescend = ac.agl > kNearGround || next.vs <= kSinks;
-        ac.altRate = std::min(mayDescend ? rate : std::max(rate, kLeastClimb), ac.maxClimbRate);
+        const bool climbsOut =
+            ac.agl <= kNearGround && (ac.st == StState::TakeOff || (ac.takeOff && next.vs > kSinks));
+        ac.altRate = std::clamp(rate, climbsOut ? kLeastClimb : kFastestDescent, ac.maxClimbRate);
     } else if (front.altitude == next.altitude && ac.agl <= kNearGround && front.vs + next.vs <= kFrozenVs) {
         lf_flyVs(ac, lf_touchdownVs(ac));
     } else {
@@ -124,11 +98,9 @@ static void lf_climbOutOfStream(LiveAc& ac)
     for (size_t n = 3; n <= last; ++n) {
         if (ac.stream[n - 1].airborne) {
             ac.stream.erase(ac.stream.begin() + 1, ac.stream.begin() + static_cast<std::ptrdiff_t>(n) - 1);
-            gf_setArrivalTime(ac);
-            const int32_t ticks = gf_legTicks(ac);
-            ac.dLat = (ac.stream[1].lat - ac.lat) / ticks;
-            ac.dLon = std::remainder(ac.stream[1].lon - ac.lon, 360.0) / ticks;
-            lf_climbAway(ac, ticks);
+            legTime(ac);
+            gf_layWay(ac, gf_legTicks(ac));
+            lf_climbAway(ac, gf_legTicks(ac));
             return;
         }
     }
@@ -166,23 +138,32 @@ static void lf_setVertical(LiveAc& ac, int32_t ticks)
     }
 }
 
-// The heading change over the leg: to the reported heading near the ground, else to the leg after it.
+// Near the ground a reported heading shows how the wind is met.
+static bool lf_takesHeading(const LiveAc& ac)
+{
+    constexpr double kBelow = 1000;          // feet
+    constexpr double kBelowApproach = 2000;  // feet
+    const PosSample& next = ac.stream[1];
+    return ac.agl < (ac.approach ? kBelowApproach : kBelow) && next.attitudeGiven && next.rollValid &&
+           next.headingValid;
+}
+
+// The heading change over the leg: to the reported heading, or to where the way leads at the leg's end.
 static double lf_headingChange(const LiveAc& ac)
 {
-    constexpr double kHeadingBelow = 1000;          // feet
-    constexpr double kHeadingBelowApproach = 2000;  // feet
-    const PosSample& next = ac.stream[1];
-    const bool low = ac.agl < (ac.approach ? kHeadingBelowApproach : kHeadingBelow);
-    if (low && next.attitudeGiven && next.rollValid && next.headingValid) {
-        return angleDiff(ac.hdg, next.heading);
+    if (!ac.followsCourse) {
+        return angleDiff(ac.hdg, ac.stream[1].heading);
     }
-    if (ac.stream.size() < 3 || gf_samePosition(next, ac.stream[2])) {
-        // Nothing is known of the leg after it: the nose comes to this one's own direction.
-        return gf_placeOf(ac) == gf_placeOf(next)
-                   ? 0
-                   : angleDiff(ac.hdg, bearing(gf_placeOf(ac), gf_placeOf(next)));
-    }
-    return angleDiff(ac.hdg, bearing(gf_placeOf(next), gf_placeOf(ac.stream[2])));
+    const Metres end = ac.way.terms[0] + 2.0 * ac.way.terms[1] + 3.0 * ac.way.terms[2];
+    return end == Metres{} ? 0 : angleDiff(ac.hdg, std::arg(end));
+}
+
+// The speed that is shown: as reported, unless the object moves much faster than that over the ground.
+static double lf_shownSpeed(const LiveAc& ac, int32_t ticks)
+{
+    constexpr double kMuchFaster = 1.08;
+    const double metres = std::abs(gf_metres(gf_placeOf(ac), gf_placeOf(ac.stream[1])));
+    return std::max(ac.stream[1].tas, metres / ticks / kMetresPerTickPerKnot / kMuchFaster);
 }
 
 void airSettings(LiveAc& ac, int32_t ticks)
@@ -190,7 +171,8 @@ void airSettings(LiveAc& ac, int32_t ticks)
     if (ac.st != StState::TakeOff) {
         gf_setSt(ac, StState::Flying);
     }
-    ac.speedOut = ac.stream[1].tas;
+    ac.speedOut = lf_shownSpeed(ac, ticks);
+    ac.followsCourse = !lf_takesHeading(ac);
     ac.targetVs = ac.stream[1].vs;
     if (ac.flareStage == 0) {
         lf_setVertical(ac, ticks);
@@ -202,7 +184,7 @@ void airSettings(LiveAc& ac, int32_t ticks)
             lf_limited((gf_pitchForVs(next.vs) - ac.pitch) / legTicks, gf_maxPitchRate(ac.category));
     }
     const double delta = lf_headingChange(ac);
-    ac.hdgRate = delta / legTicks;
+    ac.hdgRate = ac.followsCourse ? 0 : delta / legTicks;
     if (next.rollValid) {
         ac.bankRate = (next.roll - ac.bank) / legTicks;
     } else {

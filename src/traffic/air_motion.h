@@ -8,9 +8,6 @@
 
 namespace vlt {
 
-// The arrival time of the leg from the front to the second sample, for an aircraft in the air.
-void nextPosAir(LiveAc& ac);
-
 // Rates, configuration and lights of the air leg from the front to the second sample, `ticks` long.
 void airSettings(LiveAc& ac, int32_t ticks);
 

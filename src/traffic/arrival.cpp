@@ -5,7 +5,6 @@
 #include "core/base/talkative_log.h"
 #include "core/base/text.h"
 #include "traffic/geodesy.h"
-#include "traffic/leg_time.h"
 #include "traffic/object_config.h"
 #include "traffic/removal.h"
 #include "traffic/stand_holding.h"
@@ -123,7 +122,6 @@ void try2Park(LiveAc& ac, bool wide)
     clearStandForLive(ac, *stand);
     gf_takeStand(ac, *stand);
     ac.stream.resize(1);
-    ac.curve = Curve{};  // it led along the reports
     gf_setSt(ac, StState::Parking);
     drive2Stand(ac, *stand);
 }
@@ -181,9 +179,9 @@ void leaveStand(LiveAc& ac)
                 ac.towed = true;
             }
             ac.landed = false;
-            ac.stream.front().time = tick + 1;
+            ac.stream.front().time = std::max(ac.leavesAt, tick + 1);
         }
-        gf_endExtension(ac);
+        ac.extendCount = 0;
     }
     gf_releaseStand(ac);
 }

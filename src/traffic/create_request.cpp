@@ -3,6 +3,7 @@
 #include "core/base/log.h"
 #include "core/base/text.h"
 #include "sim/wire/simconnect.h"
+#include "traffic/due_place.h"
 #include "traffic/geodesy.h"
 
 #include <algorithm>
@@ -21,7 +22,7 @@ static std::string lf_tailNumber(std::string_view callsign)
 
 void makeCreateRequest(uint32_t hexid)
 {
-    const LiveAc* ac = gf_liveByHexid(hexid);
+    LiveAc* ac = gf_liveByHexid(hexid);
     if (ac == nullptr) {
         return;
     }
@@ -29,6 +30,10 @@ void makeCreateRequest(uint32_t hexid)
         logLine(format("operator () {} objectid = 0?", logName(*ac)));
         return;
     }
+    constexpr int32_t kBetweenCreations = 50;  // ticks
+    constexpr int32_t kSetUp = 200;            // ticks
+    const auto waiting = static_cast<int32_t>(liveCreateQueue.size());
+    gf_placeWhereDue(*ac, tick + waiting * kBetweenCreations + kSetUp);
     CreateRequest request;
     request.lat = ac->lat;
     request.lon = ac->lon;

@@ -15,6 +15,7 @@
 #include "traffic/removal.h"
 #include "traffic/spawn.h"
 #include "traffic/step_motion.h"
+#include "traffic/way.h"
 
 #include <algorithm>
 
@@ -30,6 +31,15 @@ static void lf_fillPosition(LiveAc& ac)
     logLine(format("updateLiveAc objectid=0? hexid: {},cs:{}, reg:{}, aimo:{} sz:{}", ac.hexid, ac.callsign,
                    ac.regcode, aimo(ac), ac.stream.size()));
     removeAircraftFromSim(ac, "no object");
+}
+
+// The wheels turn as fast as the object rolls.
+static void lf_showSpeedOnGround(LiveAc& ac)
+{
+    if (ac.onGround || ac.st == StState::TakeOff) {
+        const double knots = std::abs(ac.velocity) / kMetresPerTickPerKnot;
+        ac.tasOut = ac.backwards ? -knots : knots;
+    }
 }
 
 static void lf_updateActive(LiveAc& ac)
@@ -52,6 +62,7 @@ static void lf_updateActive(LiveAc& ac)
     }
     if (!ac.stream.front().stationary) {
         stepMotion(ac);
+        lf_showSpeedOnGround(ac);
     }
     lf_fillPosition(ac);
 }

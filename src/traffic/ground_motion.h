@@ -17,7 +17,4 @@ void nextPosGround(LiveAc& ac);
 // Throttle, attitude and speed of a leg with a moving second sample, `ticks` long; the rotation.
 void groundSettings(LiveAc& ac, int32_t ticks);
 
-// The arrival time at the second sample, and the turn rate for the bend ahead.
-void legTime(LiveAc& ac);
-
 }  // namespace vlt

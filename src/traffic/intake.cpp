@@ -68,8 +68,10 @@ static bool lf_isRedundant(const LiveAc& ac, const FeedRecord& record)
     }
     const double dt = record.timestamp - ac.feedTime;
     const PosSample& last = ac.stream.back();
-    return dt <= kShortestStep || lf_isJump(last.speed, record.sample.speed) ||
-           (ac.extendCount < 1 && lf_isThinned(last, record.sample, dt));
+    // An invented sample tells no speed.
+    const bool reported = ac.extendCount < 1;
+    return dt <= kShortestStep || (reported && (lf_isJump(last.speed, record.sample.speed) ||
+                                                lf_isThinned(last, record.sample, dt)));
 }
 
 // An airborne report so near the park airport's level is one on its ground, judged wrong.

@@ -1,7 +1,8 @@
-// The time of a leg: when the aircraft arrives at the second sample of its stream, and how far that may
-// differ from its report.
+// The time of a leg: when the aircraft arrives at the second sample of its stream.
 //
-// A leg leads from the front to the second sample; the stream holds both. Worker thread, no state.
+// It aims at the sample's own due time, 30 s behind the report. What it is off, because it began late, had to
+// turn first or flew on without reports, it makes good slowly, so that it never goes much faster or slower
+// than it is reported. Worker thread, no state.
 #pragma once
 
 #include "traffic/geodesy.h"
@@ -12,33 +13,21 @@
 namespace vlt {
 
 inline constexpr double kTicksPerHour = 360000.0;
-inline constexpr int32_t kShortestLeg = 25;         // ticks
-inline constexpr int32_t kNormalTimeLimit = 1000;   // ticks by which an arrival may differ from its report
-inline constexpr int32_t kWidestTimeLimit = 3000;   // ticks, after a change of course of events
-inline constexpr int32_t kTakeOffTimeLimit = 5000;  // ticks, the same during a take-off
+inline constexpr int32_t kShortestLeg = 25;  // ticks
 
 bool gf_samePosition(const PosSample& a, const PosSample& b);
 
 // Ticks to the second sample's time, at least kShortestLeg.
 int32_t gf_legTicks(const LiveAc& ac);
 
-// The speed in knots at which the leg from the front to the second sample, `dist` nm long, is covered.
-double gf_legSpeed(const LiveAc& ac, double dist);
+// Ticks that the leg ahead takes at the reported speeds, the turn that it needs on the ground included.
+double gf_naturalTicks(const LiveAc& ac);
 
-// The arrival `ticks` from now becomes the second sample's time: within the limits by which it may differ
-// from its report unless the stream is being extended, and never before now.
-void gf_arriveIn(LiveAc& ac, double ticks);
+// The arrival time at the second sample replaces its due time.
+void legTime(LiveAc& ac);
 
-// The arrival of the leg by the reported speeds; with `speed` above 0, at that many knots.
-void gf_setArrivalTime(LiveAc& ac, double speed = 0);
-
-// Brings the limits of the arrival time back towards the normal, one step.
-void gf_narrowTimeLimits(LiveAc& ac);
-// Opens them wide, wider still during a take-off.
-void gf_widenTimeLimits(LiveAc& ac);
-// An extended stream goes back to its reports: wide limits, no more invented samples.
-void gf_endExtension(LiveAc& ac);
-
+// Inserts a sample between the first two, at a share of the leg.
+void gf_insertSample(LiveAc& ac, double share);
 // Inserts a sample halfway between the first two.
 void insertMidpoint(LiveAc& ac);
 

@@ -7,6 +7,7 @@
 #include "traffic/leg_time.h"
 #include "traffic/removal.h"
 #include "traffic/stream_end.h"
+#include "traffic/way.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,31 +15,37 @@
 
 namespace vlt {
 
-static void lf_setRates(LiveAc& ac)
+static void lf_beginLeg(LiveAc& ac)
 {
-    const PosSample& next = ac.stream[1];
-    if (next.stationary) {
-        ac.dLat = 0;
-        ac.dLon = 0;
-        if (!ac.landingRoll && !ac.takeOff) {
-            gf_narrowTimeLimits(ac);
-        }
+    const int32_t due = ac.stream[1].time;
+    if (ac.frontDue == 0) {
+        ac.frontDue = ac.stream[0].time;
+    }
+    legTime(ac);
+    if (ac.stream[1].stationary) {
+        ac.velocity = {};
+        ac.frontDue = due;
         return;
     }
-    // From where the aircraft is, not from the front sample: so every leg ends at its sample.
     const int32_t ticks = gf_legTicks(ac);
-    ac.dLat = (next.lat - ac.lat) / ticks;
-    ac.dLon = std::remainder(next.lon - ac.lon, 360.0) / ticks;
+    ac.backwards = gf_goesBackwards(ac);
+    if (!gf_isLaid(ac.way)) {
+        gf_layWay(ac, ticks);
+    }
     if (ac.onGround) {
         groundSettings(ac, ticks);
     } else {
         airSettings(ac, ticks);
     }
+    ac.way.perTick = 1.0 / gf_legTicks(ac);
+    if (!ac.stream[1].turned) {
+        ac.frontDue = due;
+    }
 }
 
 void nextPos(LiveAc& ac)
 {
-    ac.curve = Curve{};
+    ac.way = Way{};
     const PosSample& front = ac.stream[0];
     PosSample& next = ac.stream[1];
     if (!next.stationary && gf_samePosition(front, next)) {
@@ -49,15 +56,13 @@ void nextPos(LiveAc& ac)
     }
     if (ac.onGround) {
         nextPosGround(ac);
-    } else {
-        nextPosAir(ac);
     }
     if (ac.stream.size() < 2) {
         removeAircraftFromSim(ac, "no leg left");
         throw std::runtime_error(format("nextPos {} fs:{}, st:{} stream at the end is empty?", logName(ac),
                                         stateWord(ac.fs), stateWord(ac.st)));
     }
-    lf_setRates(ac);
+    lf_beginLeg(ac);
     ac.stream.pop_front();
 }
 

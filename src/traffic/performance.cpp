@@ -18,7 +18,6 @@ void gf_applyPerformance(AcBase& ac)
     constexpr double kClimbVariation = 5.0;   // percent
     const AcCategory c = ac.category;
     ac.turnRateNominal = gf_forCategory(kTurnRateDegPerTick, c) * kRadPerDeg;
-    ac.turnRate = ac.turnRateNominal;
     ac.flareTicks = gf_forCategory(kFlareTicks, c);
     ac.derotateTicks = gf_forCategory(kDerotateTicks, c);
     ac.rotateTicks = gf_forCategory(kRotateTicks, c);

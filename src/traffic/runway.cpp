@@ -26,7 +26,6 @@ static void lf_beginTakeOff(LiveAc& ac, uint32_t throttleLevel, uint32_t spoiler
     ac.landed = false;
     ac.climbConfigured = false;
     gf_commandLights(ac, kLightsTakeOff);
-    gf_widenTimeLimits(ac);
 }
 
 void takeOffStart(LiveAc& ac)
@@ -51,27 +50,53 @@ void gf_throttleOfTakeOffRun(LiveAc& ac)
     gf_commandThrottle(ac, row == kRows.end() ? kThrottleIdle : row->level);
 }
 
+enum class Lift { None, Climbs, Fast };
+
+static bool lf_allAhead(const LiveAc& ac, auto holds)
+{
+    return std::all_of(ac.stream.begin() + 1, ac.stream.end(), holds);
+}
+
+// What all samples ahead together tell.
+static Lift lf_liftAhead(const LiveAc& ac)
+{
+    constexpr double kClimbing = 256;  // feet per minute, more than that
+    if (!ac.takeOff || ac.st == StState::TakeOff || ac.stream[0].speed < kTakeOffRunSpeed) {
+        return Lift::None;
+    }
+    if (lf_allAhead(ac, [](const PosSample& s) { return s.vs > kClimbing; })) {
+        return Lift::Climbs;
+    }
+    const double rotateSpeed = gf_forCategory(kRotateSpeed, ac.category);
+    const auto fast = [rotateSpeed](const PosSample& s) { return s.airborne && s.speed >= rotateSpeed; };
+    return lf_allAhead(ac, fast) ? Lift::Fast : Lift::None;
+}
+
+void gf_rotateWhenDue(LiveAc& ac)
+{
+    const PosSample& next = ac.stream[1];
+    const double ticks = next.time - tick;
+    if (ticks <= ac.rotateTicks + kShortestLeg || lf_liftAhead(ac) == Lift::None) {
+        return;
+    }
+    gf_insertSample(ac, 1 - ac.rotateTicks / ticks);
+    PosSample& rotation = ac.stream[1];
+    rotation.airborne = false;
+    rotation.altitude = 0;
+    rotation.vs = 0;
+}
+
 void gf_judgeRotation(LiveAc& ac, int32_t ticks)
 {
-    constexpr double kClimbing = 256;   // feet per minute, more than that
     constexpr double kLeastRise = 0.1;  // feet over the leg
-    if (!ac.takeOff || ac.st == StState::TakeOff || ac.stream[0].speed < kTakeOffRunSpeed) {
+    const Lift lift = lf_liftAhead(ac);
+    if (lift == Lift::None) {
         return;
     }
-    const auto ahead = [&ac](auto holds) {
-        return std::all_of(ac.stream.begin() + 1, ac.stream.end(), holds);
-    };
-    const bool airborne = ahead([](const PosSample& s) { return s.airborne; });
-    const bool climbs = ahead([](const PosSample& s) { return s.vs > kClimbing; });
-    const double rotateSpeed = gf_forCategory(kRotateSpeed, ac.category);
-    if (climbs) {
-        ac.altRate =
-            airborne ? std::max(ac.stream[1].altitude - ac.alt, kLeastRise) / ticks : ac.maxClimbRate;
-    } else if (airborne && ahead([rotateSpeed](const PosSample& s) { return s.speed >= rotateSpeed; })) {
-        ac.altRate = ac.maxClimbRate;
-    } else {
-        return;
-    }
+    const bool airborne = lf_allAhead(ac, [](const PosSample& s) { return s.airborne; });
+    ac.altRate = lift == Lift::Climbs && airborne
+                     ? std::max(ac.stream[1].altitude - ac.alt, kLeastRise) / ticks
+                     : ac.maxClimbRate;
     rotationStart(ac);
 }
 
@@ -86,7 +111,6 @@ void rotationStart(LiveAc& ac)
     }
     gf_setSt(ac, StState::TakeOff);
     ac.hdgRate = 0;
-    ac.curve = Curve{};
     ac.touchdownBlend = false;  // a touch and go may rotate before its nose was down
     ac.flareStage = 0;
     if (ac.landingRoll) {

@@ -16,6 +16,9 @@ inline constexpr double kTakeOffRunSpeed = 43;  // knots; taxiing aircraft stay 
 void takeOffStart(LiveAc& ac);
 // Throttle of a leg of the take-off run, by its speeds.
 void gf_throttleOfTakeOffRun(LiveAc& ac);
+// On the last leg on the ground, before its time is fixed: a sample is inserted at which the aircraft has to
+// rotate to be in the air when it is due there.
+void gf_rotateWhenDue(LiveAc& ac);
 // During the run, on a leg of `ticks`: rotates once the samples ahead climb, or are fast enough and
 // airborne.
 void gf_judgeRotation(LiveAc& ac, int32_t ticks);

@@ -6,6 +6,7 @@
 #include "core/base/random.h"
 #include "core/base/text.h"
 #include "sim/requests.h"
+#include "traffic/due_place.h"
 #include "traffic/flight_plan.h"
 #include "traffic/geodesy.h"
 #include "traffic/object_config.h"
@@ -142,6 +143,7 @@ static void lf_setUpLive(const SimMessage& message)
         return;
     }
     setUpLiveAc(*ac);
+    gf_beginWhereDue(*ac);
     if (ac->removeWhenAdded) {
         ac->removeWhenAdded = false;
         removeAircraftFromSim(*ac, ac->goesBecause);

@@ -8,9 +8,9 @@
 #include "liveries/matching.h"
 #include "sim/wire/simconnect.h"
 #include "traffic/air_motion.h"
+#include "traffic/due_place.h"
 #include "traffic/geodesy.h"
 #include "traffic/identity.h"
-#include "traffic/leg_time.h"
 #include "traffic/performance.h"
 #include "traffic/removal.h"
 #include "traffic/stand_spawn.h"
@@ -264,11 +264,7 @@ static double lf_initialHeading(const LiveAc& ac)
     if (ac.st == StState::Parked) {
         return gf_normalAngle(ac.standHeading);
     }
-    const PosSample& front = ac.stream[0];
-    const PosSample& second = ac.stream[1];
-    const bool standing = second.stationary || gf_samePosition(front, second);
-    return standing ? gf_normalAngle(front.track * kRadPerDeg)
-                    : bearing(gf_placeOf(front), gf_placeOf(second));
+    return gf_headingBetween(ac.stream[0], ac.stream[1]);
 }
 
 static void lf_fixInitialState(LiveAc& ac)

@@ -35,7 +35,6 @@ static void lf_dropReports(LiveAc& ac)
     ac.stream.front().speed = ac.standSpeed;
     ac.extendCount = 0;
     ac.trackTarget = ac.hdg;
-    ac.turning = false;
 }
 
 // --- out
@@ -114,7 +113,7 @@ void drive2Stand(LiveAc& ac, const ParkPos& stand)
     ac.stream.push_back(stop);
     ac.trackTarget = stand.heading;
     if (ac.extendCount >= 1) {
-        gf_endExtension(ac);
+        ac.extendCount = 0;
     }
 }
 

@@ -4,7 +4,7 @@
 #include "core/base/text.h"
 #include "traffic/geodesy.h"
 #include "traffic/object_commands.h"
-#include "traffic/taxi_curve.h"
+#include "traffic/way.h"
 
 #include <algorithm>
 #include <array>
@@ -18,25 +18,25 @@ static constexpr int32_t kClimbBuiltUp = -300;  // ticks, counted down from rota
 static constexpr double kFlareBelow = 400;                // feet above ground
 static constexpr double kFlarePitch = -4.0 * kRadPerDeg;  // the nose comes up to this
 
-static bool lf_steersByRate(StState st)
+// The nose of a parking aircraft follows the way until the time left just allows the turn to the stand.
+static double lf_parkingTarget(const LiveAc& ac)
 {
-    return st == StState::TakeOff || st == StState::Flying || st == StState::Parked || st == StState::Birth;
+    const double left = std::max(ac.stream.front().time - tick, 0) * gf_fastestTurn(ac);
+    const bool turnsIn = std::abs(angleDiff(ac.hdg, ac.standHeading)) >= left;
+    return turnsIn ? ac.standHeading : gf_noseOnWay(ac);
 }
 
 static void lf_stepLateral(LiveAc& ac)
 {
-    if (gf_hasCurve(ac.curve)) {
-        gf_followCurve(ac);
+    if (ac.st == StState::PushedBack) {
         return;
     }
-    if (lf_steersByRate(ac.st)) {
+    gf_stepWay(ac);
+    if (ac.followsCourse) {
+        const bool parks = ac.st == StState::Parking;
+        gf_turnTowards(ac, parks ? lf_parkingTarget(ac) : gf_noseOnWay(ac), gf_fastestTurn(ac));
+    } else {
         ac.hdg = gf_normalAngle(ac.hdg + ac.hdgRate);
-    } else if (ac.st == StState::Parking || ac.turning) {
-        gf_turnTowards(ac, ac.trackTarget);
-    }
-    if (ac.st != StState::PushedBack) {
-        ac.lat += ac.dLat;
-        ac.lon += ac.dLon;
     }
 }
 

@@ -141,6 +141,7 @@ static bool lf_takeOutsideStand(LiveAc& ac, PosSample& sample, double dist)
         return true;
     }
     if (dist <= kFarOff) {
+        ac.leavesAt = ac.growingDist > 0 ? ac.leavesAt : sample.time;
         return lf_leave(ac, sample);
     }
     if (ac.fs == FsState::Active) {
@@ -150,8 +151,8 @@ static bool lf_takeOutsideStand(LiveAc& ac, PosSample& sample, double dist)
     return true;
 }
 
-// True if the reports have moved away often enough, or far enough, to be believed.
-static bool lf_growsAway(LiveAc& ac, double dist)
+// True if the reports have moved away often enough, or far enough, to be believed. The latest is `due` then.
+static bool lf_growsAway(LiveAc& ac, double dist, int32_t due)
 {
     constexpr int32_t kBelieved = 3;  // reports in a row
     if (dist <= ac.standDistLast - kStep) {
@@ -161,7 +162,9 @@ static bool lf_growsAway(LiveAc& ac, double dist)
     if (dist < ac.standDistLast + kStep) {
         return false;
     }
-    ++ac.growingDist;
+    if (++ac.growingDist == 1) {
+        ac.leavesAt = due;
+    }
     ac.standDistLast = dist;
     const double moved = dist - ac.standDistFirst;
     return moved > ac.radius || (ac.growingDist >= kBelieved && moved >= ac.radius / 2);
@@ -184,7 +187,7 @@ bool checkAtStand(LiveAc& ac, PosSample& sample)
         ac.pullOutPending = false;
         return false;
     }
-    if (lf_growsAway(ac, dist)) {
+    if (lf_growsAway(ac, dist, sample.time)) {
         return lf_leave(ac, sample);
     }
     ac.pullOutPending = false;

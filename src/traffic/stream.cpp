@@ -35,7 +35,7 @@ static bool checkExtendingSituations(LiveAc& ac, const PosSample& sample)
     if (!ac.onGround && std::abs(angleDiff(ac.hdg, ahead)) >= kBehind) {
         return false;
     }
-    gf_endExtension(ac);
+    ac.extendCount = 0;
     ac.stream.front().time = tick + 1;
     lf_endHolding(ac);
     return true;
@@ -97,9 +97,7 @@ static bool checkNewPosDuringLanding(LiveAc& ac, PosSample& sample)
     if (gf_samePosition(sample, ac.stream.back()) || !lf_dropSamplesBehind(ac, sample)) {
         return false;
     }
-    if (ac.extendCount > 0) {
-        gf_endExtension(ac);
-    }
+    ac.extendCount = std::min(ac.extendCount, 0);
     const PosSample& last = ac.stream.back();
     sample.stationary = gf_samePosition(sample, last);
     // A landing aircraft doesn't speed up, unless it goes round.
@@ -141,7 +139,7 @@ static bool lf_afterPushBack(LiveAc& ac, PosSample& sample)
     sample.stationary = false;
     if (ac.extendCount > 0) {
         ac.stream.front().time = tick + 1;
-        gf_endExtension(ac);
+        ac.extendCount = 0;
     }
     ac.pushTurnKnown = false;
     ac.pushStage = kNotPushed;
@@ -196,8 +194,15 @@ static void lf_mendStop(LiveAc& ac, const PosSample& sample)
 // What the new sample and the last one together tell of an aircraft on the runway.
 static void lf_judgeRunway(LiveAc& ac, const PosSample& sample)
 {
+    constexpr double kRejected = 30;  // knots; slower ones have given the run up
     const PosSample& last = ac.stream.back();
-    if (!ac.onGround || ac.fs != FsState::Active || ac.takeOff) {
+    if (!ac.onGround || ac.fs != FsState::Active) {
+        return;
+    }
+    if (ac.takeOff) {
+        const bool slow = std::max(sample.speed, last.speed) < kRejected;
+        const bool ground = !sample.airborne && !last.airborne;
+        ac.takeOff = !(slow && ground && ac.st == StState::Taxi);
         return;
     }
     if (ac.landingRoll) {

@@ -10,9 +10,12 @@
 
 #include "core/base/clock.h"
 #include "traffic/category.h"
+#include "traffic/geodesy.h"
 
+#include <array>
 #include <atomic>
 #include <cmath>
+#include <complex>
 #include <cstdint>
 #include <deque>
 #include <limits>
@@ -76,8 +79,7 @@ struct AcBase {
     double staticPitch = 0;        // pitch at rest, as the simulator told
     double rotatePitch = 0;        // pitch of the take-off rotation
     double climbPitch = 0;         // pitch of the initial climb
-    double turnRateNominal = 0;    // radians per tick
-    double turnRate = 0;           // radians per tick, in force on the ground
+    double turnRateNominal = 0;    // radians per tick, on the ground
     double maxClimbRate = 0;       // feet per tick
     double standSpeed = 0;         // knots, last leg to a stand and push-back
     uint32_t hexid = 0;            // above kLastStaticHexid the 24-bit address of a live aircraft
@@ -109,6 +111,7 @@ struct PosSample {
     bool airborne = false;       // as told by height and speed, not by the feed
     bool stationary = false;     // at the position of the stream's sample before
     bool attitudeGiven = false;  // the feed gave a true heading
+    bool turned = false;         // not reported: here a turn ends, the nose comes to `heading`
 };
 static_assert(std::is_trivially_copyable_v<PosSample>, "samples cross threads by plain copy");
 
@@ -144,18 +147,18 @@ struct StaticAc : AcBase {
     std::string_view goesBecause;  // why it is being removed, a literal; empty while it stays
 };
 
-// A curve on the ground: quadratic, in metres around its start.
-struct Curve {
-    double lat0 = 0;
-    double lon0 = 0;
-    double t0 = 0;
-    double endN = 0;  // metres
-    double endE = 0;
-    double t1 = 1;
-    double ctlE = std::numeric_limits<double>::quiet_NaN();  // control point; NaN: no curve in force
-    double ctlN = std::numeric_limits<double>::quiet_NaN();
-    double t = 0;   // where the aircraft is, below 1
-    double dt = 0;  // per tick
+// Metres on the plane that touches the globe at some place, north + east * i: its argument is a bearing.
+using Metres = std::complex<double>;
+
+// The way of a leg: a cubic in the share of the leg's time that has passed.
+struct Way {
+    LatLon from;
+    double degreesPerMetreEast = 0;
+    std::array<Metres, 3> terms{};  // of the share, its square and its cube
+    double share = 1;               // 1: nothing is laid, or all has been flown
+    double perTick = 0;             // of the share
+    double course = 0;              // radians, all along a way that doesn't bend
+    bool bends = false;
 };
 
 // Stages of a push-back, counted down at each of its samples.
@@ -185,25 +188,20 @@ struct LiveAc : StaticAc {
     std::deque<PosSample> stream;  // by time, strictly rising; the front is travelled from, the next one to
     double feedTime = 0;           // feed time stamp of the last accepted sample, seconds
     int32_t extendCount = 0;       // invented samples still to come; 0 none, -1 used up
-    int32_t lagLimit = 1000;       // ticks by which the arrival at the next sample may come earlier
-    int32_t leadLimit = 1000;  // and later; both widened by a change of course of events, narrowed per leg
 
     // The leg in progress: set by legs and the motions, added up by step_motion.
-    double dLat = 0;  // degrees per tick
-    double dLon = 0;
+    int32_t frontDue = 0;  // tick at which the sample that it leaves was due; 0 before the first leg
+    Way way;
+    Metres velocity;       // per tick, at the moment; 0 while it stands
     double pitchRate = 0;  // radians per tick
     double bankRate = 0;
-    double hdgRate = 0;
-    double altRate = 0;      // feet per tick
-    double targetVs = 0;     // feet per minute, of the next sample
-    double speedOut = 0;     // knots, of the next sample; negative while pushing back
-    double trackTarget = 0;  // bearing of the leg in progress
-
-    // Turning on the ground: judged per leg by ground_motion.
-    Curve curve;
-    double curveAngle = 0;  // degrees, heading change of the curve
-    double turnDeg = 0;     // degrees between heading and leg while turning
-    bool turning = false;   // the heading differs from the leg by more than 3 degrees
+    double hdgRate = 0;          // towards a reported heading
+    bool followsCourse = false;  // the nose goes where the way leads, no heading was reported
+    bool backwards = false;      // tail first, as the reports tell
+    double altRate = 0;          // feet per tick
+    double targetVs = 0;         // feet per minute, of the next sample
+    double speedOut = 0;         // knots, of the next sample; negative while pushing back
+    double trackTarget = 0;      // bearing of the leg in progress
 
     // Waiting: begun by stream_end at the end of the reports, or after a push-back; ended by a report.
     bool holding = false;
@@ -240,6 +238,7 @@ struct LiveAc : StaticAc {
     double standDistFirst = 0;  // nm from the stand, first sample at it
     double standDistLast = 0;   // nm, latest
     int32_t growingDist = 0;    // successive samples that moved away from the stand
+    int32_t leavesAt = 0;       // tick at which the first of them is due
     bool towed = false;         // left its stand too soon after landing; for life
 
     // Leaving a stand: begun by ground_motion and stand_moves, ended by the first taxi movement.

@@ -6,6 +6,7 @@
 #include "traffic/legs.h"
 #include "traffic/stage.h"
 #include "traffic/step_motion.h"
+#include "traffic/way.h"
 
 #include <tuple>
 
@@ -50,10 +51,10 @@ TEST_F(AirMotion, aRoadInTheAirIsFlownWithinTheCategorysPowers)
         LiveAc& ac = addRoad(format("flying {}", limit.category), seed);
         ac.agl = seed % 12 < 6 ? 2500 : 900;
         while (ac.stream.size() > 1 && !HasFailure()) {
+            ac.takeOff = true;
             nextPosMain(ac);
             const PosSample& end = ac.stream.front();
             const int32_t ticks = std::max(end.time - tick, kShortestLeg);
-            EXPECT_LT(std::abs(ac.dLon), 1e-3) << "the short way";
             const bool sinks = end.vs <= -250;  // and means it
             const double pitchOff = gf_pitchForVs(end.vs) - ac.pitch;
             for (int i = 0; i < ticks; ++i, ++tick) {
@@ -61,7 +62,9 @@ TEST_F(AirMotion, aRoadInTheAirIsFlownWithinTheCategorysPowers)
                 stepMotion(ac);
                 const double climb = ac.alt - before.alt;
                 EXPECT_LE(climb, limit.climb + 1e-9);
-                EXPECT_TRUE(ac.agl > 1000 || sinks || climb >= 0.2 - 1e-9) << "near the ground it climbs";
+                EXPECT_TRUE(ac.agl > 1000 || !ac.takeOff || sinks || climb >= 0.2 - 1e-9);
+                EXPECT_LT(distNm(gf_placeOf(before), gf_placeOf(ac)) * kMetresPerNm, 12) << "no leap";
+                EXPECT_LE(std::abs(angleDiff(before.hdg, ac.hdg)), 9.8 / 100 * kDeg + 1e-9);
                 EXPECT_LE(std::abs(ac.bank), limit.bank * kDeg + 1e-9);
                 EXPECT_LE(std::abs(ac.bank - before.bank), limit.bankRate / 100 * kDeg + 1e-9);
                 EXPECT_LE(std::abs(ac.pitch - before.pitch), limit.pitchRate / 100 * kDeg + 1e-9);
@@ -69,37 +72,39 @@ TEST_F(AirMotion, aRoadInTheAirIsFlownWithinTheCategorysPowers)
             EXPECT_NEAR(0, distNm(gf_placeOf(end), gf_placeOf(ac)) * kMetresPerNm, 0.1);
             const double limitOff = std::max(std::abs(pitchOff) - limit.pitchRate / 100 * kDeg * ticks, 0.0);
             EXPECT_NEAR(limitOff, std::abs(gf_pitchForVs(end.vs) - ac.pitch), 1e-9);
-            if (ac.stream.size() > 1 && ac.agl < 1000) {
-                const double next = bearing(gf_placeOf(end), gf_placeOf(ac.stream[1]));
-                EXPECT_NEAR(0, angleDiff(next, ac.hdg), 0.01) << "its nose where it goes on";
-            }
         }
     }
 }
 
-TEST_F(AirMotion, arrivalTimesStayNearTheirReports)
+TEST_F(AirMotion, aLegAimsAtItsReportAndMakesGoodWhatItIsOffSlowly)
 {
-    // The leg of 1543.3 m is 0.8333 nm: 3000 s at a knot.
+    // The leg of 1543.3 m is 0.8333 nm: 3000 s at a knot. In the air a quarter of what it is off is made
+    // good, within 3 percent and a percent more for each second beyond three; on the ground all, within ten.
     // clang-format off
     const struct { const char *what, *scene; double after; } cases[] = {  // seconds
-        {"as reported",                          "flying: 0^9@300 1543.3^9@300+10", 10},
-        {"faster, but not by more than ten seconds", "flying: 0^9@300 1543.3^9@300+25", 15},
-        {"slower, but not by more than ten seconds", "flying: 0^9@100 1543.3^9@100+10", 20},
-        {"invented samples have no clock",       "flying extended: 0^9@100 1543.3^9@100+10", 30},
-        {"never before now",                     "flying: 0^9@300 1543.3^9@300+-50", 0},
-        {"no speed at all: as the times tell",   "flying: 0^9@0 1543.3^9@0+20",  20},
-        {"the mean of both",                     "flying: 0^9@200 1543.3^9@400+10", 10},
-        {"onto the runway: by the first",        "flying lands: 0^9@150 1543.3@450+20", 20},
-        {"in the air: by the mean",              "flying lands: 0^9@150 1543.3^9@450+10", 10},
-        {"no approach: by the mean",             "flying: 0^9@150 1543.3@450+10", 10},
-        {"nonsense",                             "flying: 0^9@-10000000 1543.3^9@-10000000+10", 10},
-        {"a crawl: the clock's end isn't reached", "flying extended: 0^9@0.000001 -7700000^9@0.000001+10", 2e7 - 1000},
+        {"in time",                     "flying: 0^9@300 1543.3^9@300+10", 10},
+        {"a little early: a quarter",   "flying: 0^9@300 1543.3^9@300+11", 10.25},
+        {"a little late",               "flying: 0^9@300 1543.3^9@300+9",  9.75},
+        {"late: three percent",         "flying: 0^9@300 1543.3^9@300+8.6", 10 / 1.03},
+        {"the mean of both",            "flying: 0^9@200 1543.3^9@400+10", 10},
+        {"onto the runway: by the first", "flying lands: 0^9@150 1543.3@450+20", 20},
+        {"in the air: by the mean",     "flying lands: 0^9@150 1543.3^9@450+10", 10},
+        {"slower than told: by the places", "flying: 0^9@600 1543.3^9@600+10", 8.59},
+        {"faster than told", "flying: 0^9@200 1543.3^9@200+10", 11.65},
+        {"no speed at all: by the places", "flying: 0^9@0 1543.3^9@0+200", 200},
+        {"nonsense",                    "flying: 0^9@-10000000 1543.3^9@-10000000+200", 200},
+        {"a crawl: the clock's end isn't reached", "flying: 0^9@0.6 -7700000^9@0.6+10", 1.5e6},
+        {"on the ground: all of it",    "taxi: 0@300 1543.3@300+9.5", 9.5},
+        {"ten percent at most",         "taxi: 0@300 1543.3@300+8",   10 / 1.1},
+        {"it may creep",                "taxi: 0@300 1543.3@300+14",  14},
+        {"it stands",                   "taxi: 0@10 0+2s", 2},
+        {"it comes to rest: half the speed", "taxi: 0@150 1543.3@150+40 1543.3s", 40},
     };
     // clang-format on
     for (const auto& c : afresh(cases)) {
         LiveAc& ac = add(c.scene);
-        nextPosAir(ac);
-        EXPECT_NEAR(c.after, (ac.stream[1].time - tick) / 100.0, 0.02) << c.what;
+        legTime(ac);
+        EXPECT_NEAR(c.after, (ac.stream[1].time - tick) / 100.0, c.after > 1e5 ? c.after : 0.06) << c.what;
     }
 }
 
@@ -110,9 +115,12 @@ TEST_F(AirMotion, climbsAndSinksAsItsPlaceAllows)
     const struct { const char *what, *scene; double agl; int32_t qnh; double expected; } cases[] = {  // feet a tick
         {"as reported",                         "flying: 0^9000 2000^9300",     5000, 1013, 0.3},
         {"no faster than the category",         "flying: 0^9000 2000^11000",    5000, 1013, 0.6},
-        {"descending high up",                  "flying: 0^9000 2000^7000",     5000, 1013, -2.0},
-        {"level near the ground still climbs",  "flying: 0^9000 2000^9000",     1000, 1013, 0.2},
-        {"does not sink near the ground",       "flying: 0^9000 2000^8500",     800,  1013, 0.2},
+        {"descending high up",                  "flying: 0^9000 2000^8200",     5000, 1013, -0.8},
+        {"no faster than believable",           "flying: 0^9000 2000^7000",     5000, 1013, -1.0},
+        {"level in a low circuit",              "flying: 0^9000 2000^9000",     1000, 1013, 0},
+        {"climbing out it doesn't stay level",  "flying runs: 0^9000 2000^9000", 1000, 1013, 0.2},
+        {"nor does it sink",                    "flying runs: 0^9000 2000^8500", 800,  1013, 0.2},
+        {"unless it means it",                  "flying runs: 0^9000 2000^8500v-250", 800, 1013, -0.5},
         {"on approach it does",                 "flying lands: 0^2000v-700 2000^1500v-700", 800,  1013, -0.5},
         {"a frozen altitude goes on down",      "flying lands: 0^2000v-700 2000^2000v-900", 800,  1013, -800. / 6000},
         {"unless it climbs",                    "flying lands: 0^2000v60 2000^2000v60", 800,  1013, 0},
@@ -125,7 +133,7 @@ TEST_F(AirMotion, climbsAndSinksAsItsPlaceAllows)
         {"off the ground",                      "flying: 0 2000^300",           100,  1013, 0.3},
         {"no faster than it can",               "flying: 0 2000^3000",          100,  1013, 0.6},
         {"reports on the ground, it lands",     "flying lands: 0v-700 2000v-900", 300,  1013, -800. / 6000},
-        {"they climb, and soon are in the air", "flying: 0v50 2000v60 4000^200v90 9000^900", 300,  1013, 0.2},
+        {"they climb, and soon are in the air", "flying: 0v50@777.5 2000v60@777.5 4000^200v90@777.5 9000^900", 300,  1013, 0.2},
         {"they climb, but on the ground",       "flying: 0v50 2000v60 4000v700", 300,  1013, 601. / 6000},
     };
     // clang-format on
@@ -137,7 +145,6 @@ TEST_F(AirMotion, climbsAndSinksAsItsPlaceAllows)
             parkAirport.reset();
         }
         const bool ground = !ac.stream[1].airborne;
-        ac.lagLimit = ac.leadLimit = 0;
         for (size_t i = 1; i < ac.stream.size(); ++i) {
             ac.stream[i].time = tick + 1000;
         }
@@ -158,15 +165,15 @@ TEST_F(AirMotion, pitchFollowsTheVerticalSpeed)
 
 TEST_F(AirMotion, banksIntoTheTurnAndTakesReportedAttitudesNearTheGround)
 {
-    // A right turn to the south; right wing down is negative. 10 s at 2 degrees a second are 20.
+    // A right turn by 30 degrees, half of it in this leg; right wing down is negative.
     // clang-format off
     const struct { bool given, lands; double agl, bankDeg, hdgDeg; } cases[] = {
-        {false, false, 5000, -20, 180}, {true, false, 999, -5, 100},    {true, false, 1000, -5, 180},
-        {true, true, 1999, -5, 100},    {true, true, 2000, -5, 180},
+        {false, false, 5000, -15, 105}, {true, false, 999, -5, 100},    {true, false, 1000, -5, 105},
+        {true, true, 1999, -5, 100},    {true, true, 2000, -5, 105},
     };
     // clang-format on
     for (const auto& c : afresh(cases)) {
-        LiveAc& ac = addAt("flying: 0^5000@200+5 1028.9^5000@200+10 1028.9,-5000^5000@200+10", c.agl);
+        LiveAc& ac = addAt("flying: 0^5000@200+5 1028.9^5000@200+10 1920,-514.5^5000@200+10", c.agl);
         ac.approach = c.lands;
         PosSample& next = ac.stream[1];
         next.attitudeGiven = next.headingValid = next.rollValid = c.given;

@@ -190,9 +190,10 @@ TEST_F(Spawn, startsWithTheFirstSamplesPlaceAndAttitudeAndAnAirline)
     makeCreateRequest(20002);
     ASSERT_EQ(1U, liveCreateQueue.size());
     const CreateRequest& r = liveCreateQueue.front();
-    // 2.5 degrees as with half of 3000 ft/min down; 11 bytes and the zero.
-    EXPECT_EQ("BAW A319 47 8 10000 2.5 11.5 90 false ABCDEFGHIJK",
-              format("{} {} {} {} {} {:.1f} {:.1f} {:.0f} {} {}", ac.airline, ac.model, r.lat, r.lon,
+    // Where it will be when it is set up, two seconds on. 2.5 degrees as with half of 3000 ft/min down; 11
+    // bytes and the zero.
+    EXPECT_EQ("BAW A319 47 8.0041 10000 2.5 11.5 90 false ABCDEFGHIJK",
+              format("{} {} {} {:.4f} {} {:.1f} {:.1f} {:.0f} {} {}", ac.airline, ac.model, r.lat, r.lon,
                      r.altitude, r.pitch, r.bank, r.heading, r.onGround, r.tailNumber));
     EXPECT_FALSE(r.title.empty());
     dbase.registrations["EI-DAC"].cargo = true;

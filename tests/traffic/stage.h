@@ -132,7 +132,7 @@ protected:
         {"runs", &LiveAc::takeOff},          {"rolls", &LiveAc::landingRoll},
         {"lands", &LiveAc::approach},        {"landed", &LiveAc::landed},
         {"holds", &LiveAc::holding},         {"leaves", &LiveAc::pullOutPending},
-        {"towed", &LiveAc::towed},           {"turns", &LiveAc::turning},
+        {"towed", &LiveAc::towed},           {"back", &LiveAc::backwards},
         {"blends", &LiveAc::touchdownBlend}, {"right", &LiveAc::pushTurnRight},
         {"known", &LiveAc::pushTurnKnown}};
 
