@@ -2,10 +2,26 @@
 
 #include "core/base/text.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
 namespace vlt {
+
+DueSpread gf_spreadOf(std::vector<DueMeasure> measures)
+{
+    if (measures.empty()) {
+        return {};
+    }
+    const auto size = [](const DueMeasure& m) { return std::abs(m.value); };
+    const auto sizeAt = [&](double share) {
+        const auto at =
+            measures.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(measures.size() - 1));
+        std::ranges::nth_element(measures, at, {}, size);
+        return static_cast<double>(size(*at));
+    };
+    return {sizeAt(0.5), sizeAt(0.95), *std::ranges::max_element(measures, {}, size)};
+}
 
 void DueJudge::onReport(const FeedRecord& record)
 {

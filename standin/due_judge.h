@@ -31,6 +31,13 @@ struct DueBandFindings {
     std::vector<DueMeasure> metres, feet, seconds;
 };
 
+// Of the sizes: median, 95 %, and the worst measure itself. Of none: zeros.
+struct DueSpread {
+    double median = 0, most = 0;
+    DueMeasure worst;
+};
+DueSpread gf_spreadOf(std::vector<DueMeasure> measures);
+
 struct DueFindings {
     std::array<DueBandFindings, kDueBandNames.size()> bands;
     std::vector<DueMeasure> rotations;  // seconds after the first report of the air was due

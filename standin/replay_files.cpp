@@ -127,22 +127,19 @@ static Json lf_breaks(const ReplayResult& result)
 }
 
 // Median, 95 % and worst of one kind of offset; the worst with its aircraft and tick.
-static Json lf_spread(std::vector<DueMeasure> measures)
+static Json lf_spread(const std::vector<DueMeasure>& measures)
 {
     if (measures.empty()) {
         return {{"count", 0}};
     }
-    const auto size = [](const DueMeasure& m) { return std::abs(m.value); };
-    const auto sizeAt = [&](double share) {
-        const auto at =
-            measures.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(measures.size() - 1));
-        std::ranges::nth_element(measures, at, {}, size);
-        return std::round(size(*at) * 100) / 100;
-    };
-    const DueMeasure& worst = *std::ranges::max_element(measures, {}, size);
-    const Json listed = {
-        {"value", std::round(worst.value * 100) / 100}, {"hexid", worst.hexid}, {"tick", worst.tick}};
-    return {{"count", measures.size()}, {"median", sizeAt(0.5)}, {"95", sizeAt(0.95)}, {"worst", listed}};
+    const auto rounded = [](double value) { return std::round(value * 100) / 100; };
+    const DueSpread spread = gf_spreadOf(measures);
+    const Json worst = {
+        {"value", rounded(spread.worst.value)}, {"hexid", spread.worst.hexid}, {"tick", spread.worst.tick}};
+    return {{"count", measures.size()},
+            {"median", rounded(spread.median)},
+            {"95", rounded(spread.most)},
+            {"worst", worst}};
 }
 
 static Json lf_due(const DueFindings& due)

@@ -1,6 +1,7 @@
 #include "standin/replay_judge.h"
 
 #include "core/base/text.h"
+#include "standin/record_check.h"
 #include "traffic/stand_holding.h"
 
 #include <algorithm>
@@ -186,6 +187,9 @@ void ReplayJudge::onSecond(const VirtualSimulator& simulator)
         }
         ++m_active;
         checkNumbers(ac);
+        if (const std::string_view wrong = gf_impossible(ac); !wrong.empty()) {
+            note(format("{} {}", ac.callsign, wrong));
+        }
         checkParked(ac, byId);
         if (std::string wrong = m_due.onSecond(ac); !wrong.empty()) {
             note(std::move(wrong));

@@ -5,6 +5,7 @@
 #include "standin/day_airport.h"
 #include "standin/feed_player.h"
 #include "standin/replay_files.h"
+#include "standin/seed_table.h"
 #include "traffic/geodesy.h"
 
 #include <nlohmann/json.hpp>
@@ -57,7 +58,7 @@ ReplayOptions gf_replayOptions(const ReplayToolOptions& options)
     return replay;
 }
 
-int gf_replayToFiles(const ReplayToolOptions& options)
+static ReplayResult lf_replayInto(const ReplayToolOptions& options)
 {
     ReplayOptions replay = gf_replayOptions(options);
     DayOptions day;
@@ -66,8 +67,30 @@ int gf_replayToFiles(const ReplayToolOptions& options)
     replay.planFolder = options.out / "orig_dest";
     const FeedSource feed = options.recording.empty() ? FeedSource(day) : FeedSource(options.recording);
     ReplayRecorder recorder(options.out, options.every, !options.noEvents);
-    const ReplayResult result = gf_replay(feed, replay, &recorder);
+    ReplayResult result = gf_replay(feed, replay, &recorder);
     gf_writeReplay(result, options.out);
+    return result;
+}
+
+static int lf_replaySeeds(const ReplayToolOptions& options)
+{
+    SeedTable table;
+    for (uint64_t seed = 1; seed <= options.seeds; ++seed) {
+        ReplayToolOptions one = options;
+        one.replay.seed = seed;
+        one.out = options.out / format("{}", seed);
+        table.add(seed, lf_replayInto(one));
+    }
+    std::cout << table.text() << std::flush;
+    return table.invariantBreaks() == 0 ? 0 : 2;
+}
+
+int gf_replayToFiles(const ReplayToolOptions& options)
+{
+    if (options.seeds > 0) {
+        return lf_replaySeeds(options);
+    }
+    const ReplayResult result = lf_replayInto(options);
     const nlohmann::ordered_json told = {
         {"out", options.out.string()},
         {"seconds", result.simulatedSeconds},

@@ -76,6 +76,8 @@ void gf_setSt(LiveAc& ac, StState st)
     if (ac.st != st) {
         ac.prevSt = ac.st;
         ac.st = st;
+        const bool mayHold = st == StState::Taxi || st == StState::PushedBack;
+        ac.holding = ac.holding && mayHold;
     }
 }
 

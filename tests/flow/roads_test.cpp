@@ -1,6 +1,8 @@
 // The roads of aircraft, from their first report to the end: every one through the whole engine.
 #include "core/base/parameters.h"
+#include "core/base/text.h"
 #include "standin/day_airport.h"
+#include "standin/run_files.h"
 #include "support/road.h"
 #include "traffic/geodesy.h"
 
@@ -29,11 +31,18 @@ protected:
         GUID_CHANGES.value = true;
     }
 
-    ReplayResult play(double seconds)
+    // Plays and expects that nothing was that must never be, nor any break in the motion.
+    ReplayResult play(double seconds, size_t forcedBreaks = 0)
     {
         ReplayResult result = stage.play(seconds);
         for (const InvariantBreak& b : result.findings.invariantBreaks) {
             ADD_FAILURE() << "tick " << b.tick << ": " << b.what;
+        }
+        const std::vector<MotionBreak> breaks = gf_runMotion(result.lives).breaks;
+        for (size_t i = forcedBreaks; i < breaks.size(); ++i) {
+            const MotionBreak& b = breaks[i];
+            ADD_FAILURE() << b.kind << " by " << b.size << " at " << b.time - result.clockAtStart << " s, "
+                          << b.callsign;
         }
         for (const Complaint& c : result.complaints) {
             ADD_FAILURE() << c.function << ": " << c.reason;
@@ -206,16 +215,77 @@ TEST_F(Roads, aTouchAndGoAndLandingsBrokenOff)
     }
 }
 
+// What pilots do that a table of phases doesn't foresee.
+TEST_F(Roads, hostileOnes)
+{
+    struct Case {
+        std::string what;
+        const char* type;
+        std::vector<RoutePoint> points;
+        std::string phases;
+    };
+    std::vector<Case> cases;
+    for (const double knots : {40.0, 80.0, 120.0}) {
+        const double run = knots * knots / 11;  // metres
+        cases.push_back({format("a take-off rejected at {} kt", knots),
+                         "A320",
+                         {gf_at(1400, kRunway, 0), gf_at(1400 - run, kRunway, knots),
+                          gf_at(1400 - 1.7 * run - 50, kRunway, 10), gf_at(-1200, kRunway, 10),
+                          gf_at(-1200, kGateLane, 10), gf_at(-900, kGateLane, 0)},
+                         "taxi"});
+    }
+    for (const double feet : {400.0, 200.0, 50.0, 5.0}) {
+        std::vector<RoutePoint> points = approach(1000, 134, {});
+        points.resize(2);  // 7.4 km before the touchdown
+        points.push_back(gf_at(1000 + feet * 5.8, kRunway, 136, feet));
+        points.push_back(gf_at(-2500, kRunway, 150, feet + 1000));
+        points.push_back(gf_at(-14000, kRunway, 190, 4000));
+        cases.push_back({format("a landing broken off at {} ft", feet), "A320", points,
+                         feet < 10 ? "flying taxi take_off flying" : "flying"});
+    }
+    Case circuits{"ten quick touch-and-goes", "C172", {gf_at(6000, kRunway, 80, 800)}, "flying"};
+    for (int i = 0; i < 10; ++i) {
+        for (const RoutePoint& p :
+             {gf_at(1000, kRunway, 60, 0), gf_at(700, kRunway, 55), gf_at(300, kRunway, 65),
+              gf_at(-1500, kRunway, 75, 500, 300), gf_at(-1500, -2300, 90, 800, 300),
+              gf_at(4000, -2300, 90, 800, 300), gf_at(4000, kRunway, 75, 500, 300)}) {
+            circuits.points.push_back(p);
+        }
+        circuits.phases += " taxi take_off flying";
+    }
+    cases.push_back(circuits);
+    cases.push_back({"a helicopter taxies through the air",
+                     "R44",
+                     {gf_at(-300, 0, 0), gf_at(-300, -30, 8, 10), gf_at(-300, -200, 20, 20),
+                      gf_at(300, -200, 20, 20), gf_at(320, -200, 0)},
+                     ""});
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        stage.clear();
+        const double pause = c.points[0].feet > 0 ? 0 : 40;
+        const auto journey = gf_journey({{c.points, false, pause, pause}});
+        stage.add({4198297, "ODD1", c.type, "G-ODDY", "", ""}, journey, 3);
+        play(journey.back().time + 20);
+        if (!c.phases.empty()) {
+            EXPECT_EQ(c.phases, gf_phases(stage.looks));
+        }
+        ASSERT_FALSE(stage.looks.empty());
+        for (const RoadLook& look : stage.looks) {
+            EXPECT_TRUE(look.fs != FsState::Active || look.feet > -3) << look.tick;
+        }
+    }
+}
+
 TEST_F(Roads, aHelicopterLeavesItsPadAndComesBack)
 {
     const RoutePoint pad = gf_at(-300, 0, 0);
-    stage.add(
-        {4198297, "GHELI", "R44", "G-HELI", "", ""},
-        gf_journey({{{pad, gf_at(-1500, 1200, 60, 500), gf_at(-5000, 3000, 90, 800)}, false, 120, 0},
-                    {{gf_at(-5000, 3000, 90, 800), gf_at(-6000, 0, 80, 800), gf_at(-1500, 0, 50, 300), pad},
-                     false,
-                     0,
-                     200}}));
+    stage.add({4198297, "GHELI", "R44", "G-HELI", "", ""},
+              gf_journey({{{pad, gf_at(-1500, 1200, 60, 500, 500), gf_at(-5000, 3000, 90, 800, 500),
+                            gf_at(-6000, 1000, 80, 800, 500), gf_at(-3500, 0, 70, 600, 500),
+                            gf_at(-1500, 0, 50, 300), pad},
+                           false,
+                           120,
+                           200}}));
     const ReplayResult result = play(900);
     const std::string phases = gf_phases(stage.looks);
     EXPECT_TRUE(phases.starts_with("parked")) << phases;
@@ -356,7 +426,7 @@ TEST_F(Roads, standsStillWhileTheFlightIsPausedAndGoesOnWhereItWas)
             places.insert(simulator.objects().at(0).lon);
         }
     };
-    play(250);
+    play(250, 1);  // the way of the second in which it goes on
     EXPECT_EQ(501, passes);
     EXPECT_EQ(1U, places.size());
     EXPECT_EQ(24500, stage.looks.back().tick);
