@@ -80,6 +80,8 @@ static void lf_beginApproach(LiveAc& ac)
     standChangeList.push_back(ac.hexid);
     ac.approach = true;
     ac.climbConfigured = false;
+    ac.takeOff = false;
+    gf_setSt(ac, StState::Flying);  // also out of an initial climb that was broken off
     gf_forgetStand(ac);
     ac.phaseTicks = 1;
 }
