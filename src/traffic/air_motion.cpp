@@ -158,20 +158,12 @@ static double lf_headingChange(const LiveAc& ac)
     return end == Metres{} ? 0 : angleDiff(ac.hdg, std::arg(end));
 }
 
-// The speed that is shown: as reported, unless the object moves much faster than that over the ground.
-static double lf_shownSpeed(const LiveAc& ac, int32_t ticks)
-{
-    constexpr double kMuchFaster = 1.08;
-    const double metres = std::abs(gf_metres(gf_placeOf(ac), gf_placeOf(ac.stream[1])));
-    return std::max(ac.stream[1].tas, metres / ticks / kMetresPerTickPerKnot / kMuchFaster);
-}
-
 void airSettings(LiveAc& ac, int32_t ticks)
 {
     if (ac.st != StState::TakeOff) {
         gf_setSt(ac, StState::Flying);
     }
-    ac.speedOut = lf_shownSpeed(ac, ticks);
+    ac.speedOut = ac.stream[1].tas;
     ac.followsCourse = !lf_takesHeading(ac);
     ac.targetVs = ac.stream[1].vs;
     if (ac.flareStage == 0) {

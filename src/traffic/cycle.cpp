@@ -18,6 +18,7 @@
 #include "traffic/way.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace vlt {
 
@@ -33,12 +34,16 @@ static void lf_fillPosition(LiveAc& ac)
     removeAircraftFromSim(ac, "no object");
 }
 
-// The wheels turn as fast as the object rolls.
-static void lf_showSpeedOnGround(LiveAc& ac)
+// On the ground the speed of the object, in the air the reported one, unless the object moves much faster.
+static void lf_showSpeed(LiveAc& ac)
 {
+    constexpr double kMuchFaster = 1.08;
+    constexpr double kFastest = 1200;  // knots, that the simulator may be told
+    const double knots = std::min(std::sqrt(std::norm(ac.velocity)) / kMetresPerTickPerKnot, kFastest);
     if (ac.onGround || ac.st == StState::TakeOff) {
-        const double knots = std::abs(ac.velocity) / kMetresPerTickPerKnot;
         ac.tasOut = ac.backwards ? -knots : knots;
+    } else {
+        ac.tasOut = std::max(ac.speedOut, knots / kMuchFaster);
     }
 }
 
@@ -62,7 +67,7 @@ static void lf_updateActive(LiveAc& ac)
     }
     if (!ac.stream.front().stationary) {
         stepMotion(ac);
-        lf_showSpeedOnGround(ac);
+        lf_showSpeed(ac);
     }
     lf_fillPosition(ac);
 }

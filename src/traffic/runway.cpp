@@ -61,7 +61,9 @@ static bool lf_allAhead(const LiveAc& ac, auto holds)
 static Lift lf_liftAhead(const LiveAc& ac)
 {
     constexpr double kClimbing = 256;  // feet per minute, more than that
-    if (!ac.takeOff || ac.st == StState::TakeOff || ac.stream[0].speed < kTakeOffRunSpeed) {
+    // A helicopter needs no run.
+    const double least = ac.category == AcCategory::Rotorcraft ? 0 : kTakeOffRunSpeed;
+    if (!ac.takeOff || ac.st == StState::TakeOff || ac.stream[0].speed < least) {
         return Lift::None;
     }
     if (lf_allAhead(ac, [](const PosSample& s) { return s.vs > kClimbing; })) {

@@ -258,7 +258,9 @@ double gf_noseOnWay(const LiveAc& ac)
 
 void gf_turnTowards(LiveAc& ac, double target, double rate)
 {
-    ac.hdg = gf_normalAngle(ac.hdg + std::clamp(angleDiff(ac.hdg, target), -rate, rate));
+    if (ac.hdg != target) {
+        ac.hdg = gf_normalAngle(ac.hdg + std::clamp(angleDiff(ac.hdg, target), -rate, rate));
+    }
 }
 
 }  // namespace vlt
