@@ -13,6 +13,7 @@
 #include "core/base/run_state.h"
 #include "core/base/text.h"
 #include "core/traffic_loop.h"
+#include "link/qnh_reader.h"
 #include "link/traffic_reader.h"
 #include "liveries/dbase_reader.h"
 #include "platform/folders.h"
@@ -28,6 +29,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <initializer_list>
 #include <thread>
 
 namespace vlt {
@@ -38,6 +40,7 @@ using std::chrono::seconds;
 // Threads of the present run, or of the last one while they end.
 struct RunThreads {
     std::jthread simClient;
+    std::jthread qnhReader;
     std::jthread trafficReader;
 };
 static RunThreads runThreads;  // [worker], and the user thread once the worker was joined
@@ -142,17 +145,26 @@ static void lf_waitForFirstReport()
     }
 }
 
-static void lf_startReader()
+// The weather first; false if a stop ends the pause between the two.
+static bool lf_startReaders()
 {
-    trafficReader.reset();
+    constexpr seconds kBetween(2);
+    {
+        const std::scoped_lock lock(feedMutex);
+        intakeOpen = false;
+    }
+    runThreads.qnhReader = startQnhReader(kQnhPort);
+    if (!gf_sleepUnlessStopping(kBetween)) {
+        return false;
+    }
     gf_copyUser();
     trafficReader.setCentre(gf_placeOf(userNow));
     runThreads.trafficReader = startTrafficReader(kTrafficPort);
+    return true;
 }
 
 void runTraffic()
 {
-    constexpr seconds kBeforeReader(2);
     lf_clearIndicators();
     gf_reserveTables();
     startSimClient(P3D_VERSION.value);
@@ -161,10 +173,9 @@ void runTraffic()
         return;
     }
     display.realTraffic = true;
-    if (!gf_sleepUnlessStopping(kBeforeReader)) {
+    if (!lf_startReaders()) {
         return;
     }
-    lf_startReader();
     lf_waitForFirstReport();
     hourNow = weekHourStamp();
     if (!gf_stopping()) {
@@ -179,6 +190,7 @@ void gf_askRunThreadsToStop()
         intakeOpen = false;
     }
     runThreads.simClient.request_stop();
+    runThreads.qnhReader.request_stop();
     runThreads.trafficReader.request_stop();
 }
 
@@ -194,8 +206,10 @@ bool gf_resetRun()
     if (!gf_resetRunState()) {
         return false;
     }
-    trafficReader.reset();
-    currentQnh = kStandardQnh;
+    for (UdpReader* reader : std::initializer_list<UdpReader*>{&trafficReader, &qnhReader}) {
+        reader->forget();
+        reader->state = FeedState::Stopped;
+    }
     gf_resetSimClient();
     gf_clearTables();
     maxPark = 0;

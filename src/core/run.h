@@ -6,11 +6,11 @@ namespace vlt {
 // Folders, settings, the data base, and the detection of the simulator and of RealTraffic.
 void prepareRun();
 
-// Starts the link to the simulator, waits for the user's aircraft, starts the reader and runs the traffic
+// Starts the link to the simulator, waits for the user's aircraft, starts the readers and runs the traffic
 // until a stop is requested.
 void runTraffic();
 
-// Asks the simulator client and the reader to end, without waiting for them.
+// Asks the simulator client and the readers to end, without waiting for them.
 void gf_askRunThreadsToStop();
 // Ends and joins them. The worker, or the user thread once the worker was joined.
 void gf_joinRunThreads();

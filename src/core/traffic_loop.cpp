@@ -8,6 +8,7 @@
 #include "core/base/log.h"
 #include "core/base/run_state.h"
 #include "core/base/text.h"
+#include "link/qnh_reader.h"
 #include "link/traffic_reader.h"
 #include "liveries/liveries.h"
 #include "liveries/matching.h"
@@ -23,6 +24,7 @@
 #include "traffic/traffic.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <span>
 #include <thread>
@@ -34,8 +36,9 @@ using Clock = std::chrono::steady_clock;
 static constexpr std::chrono::milliseconds kTickTime(10);
 static constexpr int32_t kPassesPerLook = 100;  // while the flight isn't running
 
-static int32_t packetsAtLastLook = 0;  // [worker] of the Traffic Reader
-static int32_t pausedPasses = 0;       // [worker] passes to the next look while the flight isn't running
+static constexpr std::array<UdpReader*, 2> kReaders{&trafficReader, &qnhReader};
+
+static int32_t pausedPasses = 0;  // [worker] passes to the next look while the flight isn't running
 
 static void lf_setIntake(bool open)
 {
@@ -87,12 +90,9 @@ void secondTick()
 
 void gf_refreshFeedState()
 {
-    if (trafficReader.state == FeedState::Stopped) {
-        return;
+    for (UdpReader* reader : kReaders) {
+        reader->lookWhetherSilent();
     }
-    const int32_t packets = trafficReader.packets;
-    trafficReader.state = packets == packetsAtLastLook ? FeedState::Silent : FeedState::Receiving;
-    packetsAtLastLook = packets;
 }
 
 // --- the longer periods
@@ -104,10 +104,12 @@ static void lf_moveCentre()
     trafficReader.setCentre(gf_placeOf(userNow));
 }
 
-static void lf_wakeSilentFeed()
+static void lf_wakeSilentFeeds()
 {
-    if (trafficReader.state == FeedState::Silent) {
-        gf_refreshFeedState();
+    for (UdpReader* reader : kReaders) {
+        if (reader->state == FeedState::Silent) {
+            reader->lookWhetherSilent();
+        }
     }
 }
 
@@ -131,7 +133,7 @@ struct Job {
 // The periodic job, in this order, in seconds that are multiples of 15; the day's end last, since it begins
 // to count anew.
 static constexpr Job kPeriodicJobs[] = {
-    {15, lf_moveCentre},  {15, clearReservedStand},       {15, lf_wakeSilentFeed}, {30, gf_adaptRange},
+    {15, lf_moveCentre},  {15, clearReservedStand},       {15, lf_wakeSilentFeeds}, {30, gf_adaptRange},
     {60, lf_showRenewal}, {kRenewal, writeUnmatchedList}, {86400, lf_endDay},
 };
 
@@ -224,7 +226,6 @@ void trafficLoop()
 {
     const FineTimer oneMillisecond;
     secondCount = 0;
-    packetsAtLastLook = 0;
     parkAirportCheck();
     gf_refreshFeedState();
     hourNow = weekHourStamp();

@@ -21,7 +21,7 @@ void secondTick();
 // What is due less often than once a second: the periodic job every 15 s, and the looks in between.
 void gf_longerPeriods();
 
-// Looks whether the feed has brought anything since the last look, for who shows its state.
+// Looks whether the feeds have brought anything since the last look, for who shows their states.
 void gf_refreshFeedState();
 
 }  // namespace vlt

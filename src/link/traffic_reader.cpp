@@ -43,7 +43,6 @@ enum Place : size_t {
 };
 
 TrafficReader trafficReader;
-SharedValue<FeedState> weatherFeedState = FeedState::Stopped;
 
 std::string_view gf_outcomeText(LineOutcome outcome)
 {
@@ -213,11 +212,9 @@ std::optional<double> TrafficReader::knownElevation() const
     return std::isnan(elevation) ? std::nullopt : std::optional(elevation);
 }
 
-void TrafficReader::reset()
+void TrafficReader::forget()
 {
-    packets = 0;
-    state = FeedState::Stopped;
-    weatherFeedState = FeedState::Stopped;
+    UdpReader::forget();
     lastTimestamp = 0.0;
     const std::scoped_lock lock(feedMutex);
     callsignsHeard.clear();

@@ -51,13 +51,12 @@ public:
     void processDatagram() override;
     void onStarted() override;
     void onStopped() override;
+    void forget() override;
 
     // Sets the centre of the range test.
     void setCentre(LatLon position);
     // Sets the park airport by which ground reports are judged; none clears it.
     void setParkAirport(const std::optional<ParkAirportPlace>& place);
-    // The feed's state as at the start of a run.
-    void reset();
 
     SharedValue<double> centreLat = 0.0;  // of the range test, degrees
     SharedValue<double> centreLon = 0.0;
@@ -90,7 +89,6 @@ private:
 };
 
 extern TrafficReader trafficReader;
-extern SharedValue<FeedState> weatherFeedState;  // of the weather's feed: stopped as long as nothing reads it
 
 // Starts the Traffic Reader's thread.
 std::jthread startTrafficReader(uint16_t port);

@@ -38,6 +38,24 @@ void UdpReader::take(std::string_view received)
     processDatagram();
 }
 
+void UdpReader::forget()
+{
+    packets = 0;
+    packetsAtLastLook = 0;
+    if (state == FeedState::Receiving) {
+        state = FeedState::Silent;
+    }
+}
+
+void UdpReader::lookWhetherSilent()
+{
+    if (state != FeedState::Stopped) {
+        const int32_t now = packets;
+        state = now == packetsAtLastLook ? FeedState::Silent : FeedState::Receiving;
+        packetsAtLastLook = now;
+    }
+}
+
 static udp::socket lf_open(asio::io_context& context, uint16_t port)
 {
     asio::error_code error;

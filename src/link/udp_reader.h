@@ -31,6 +31,12 @@ public:
     virtual void onStarted() = 0;
     // The reader has stopped as asked.
     virtual void onStopped() = 0;
+    // Forgets what was heard, while the reader runs or not: a running one is silent until it hears again.
+    virtual void forget();
+
+    // Compares the count of datagrams with that of the last look: a running reader that brought nothing is
+    // silent. Worker thread.
+    void lookWhetherSilent();
 
     // Takes one datagram: counts it, leaves out those of kDatagramLimit bytes and repetitions, and has the
     // others processed. An empty one is none. What views the datagram is valid as long as `received`.
@@ -40,6 +46,7 @@ public:
     std::string_view datagram;         // [reader] the one at hand
     std::string lastDatagram;          // [reader] copy of the one before
     SharedValue<int32_t> packets = 0;  // datagrams received
+    int32_t packetsAtLastLook = 0;     // [worker]
     SharedValue<FeedState> state = FeedState::Stopped;
 };
 

@@ -3,6 +3,7 @@
 #include "airports/airports.h"
 #include "core/base/display.h"
 #include "core/base/parameters.h"
+#include "link/qnh_reader.h"
 #include "link/traffic_reader.h"
 
 #include <nlohmann/json.hpp>
@@ -34,7 +35,8 @@ std::string gf_statusLine()
     status["title"] = display.user.title.load();
     status["model"] = display.user.model.load();
     status["trafficFeed"] = lf_feedWord(trafficReader.state);
-    status["weatherFeed"] = lf_feedWord(weatherFeedState);
+    status["weatherFeed"] = lf_feedWord(qnhReader.state);
+    status["qnh"] = currentQnh.load();
     status["liveries"] = display.liveriesCount.load();
     status["live"] = display.liveCount.load();
     status["airport"] = display.airport.code.load();
