@@ -11,6 +11,7 @@
 #include "core/base/run_state.h"
 #include "core/base/text.h"
 #include "core/run.h"
+#include "link/position_server.h"
 #include "liveries/liveries.h"
 #include "liveries/matching.h"
 #include "liveries/scan_results.h"
@@ -169,6 +170,7 @@ static void lf_closeDown()
     logLine(format("Exiting: {}", gf_exitReasonText(exitReason)));
     gf_askRunThreadsToStop();
     gf_sleepUnlessClosing(kSettle);
+    closeServer();
     if (exitReason == ExitReason::SystemError) {
         lf_waitForUser();
     }

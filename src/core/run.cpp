@@ -12,6 +12,7 @@
 #include "core/base/paths.h"
 #include "core/base/run_state.h"
 #include "core/base/text.h"
+#include "core/realtraffic.h"
 #include "core/traffic_loop.h"
 #include "link/qnh_reader.h"
 #include "link/traffic_reader.h"
@@ -29,7 +30,6 @@
 
 #include <chrono>
 #include <filesystem>
-#include <initializer_list>
 #include <thread>
 
 namespace vlt {
@@ -172,10 +172,10 @@ void runTraffic()
     if (!waitForUserAircraft()) {
         return;
     }
-    display.realTraffic = true;
-    if (!lf_startReaders()) {
+    if (!gf_meetRealTraffic() || !lf_startReaders()) {
         return;
     }
+    gf_tellPosition();
     lf_waitForFirstReport();
     hourNow = weekHourStamp();
     if (!gf_stopping()) {
@@ -206,10 +206,9 @@ bool gf_resetRun()
     if (!gf_resetRunState()) {
         return false;
     }
-    for (UdpReader* reader : std::initializer_list<UdpReader*>{&trafficReader, &qnhReader}) {
-        reader->forget();
-        reader->state = FeedState::Stopped;
-    }
+    gf_forgetFeeds();
+    trafficReader.state = FeedState::Stopped;
+    qnhReader.state = FeedState::Stopped;
     gf_resetSimClient();
     gf_clearTables();
     maxPark = 0;

@@ -8,6 +8,7 @@
 #include "core/base/log.h"
 #include "core/base/run_state.h"
 #include "core/base/text.h"
+#include "core/realtraffic.h"
 #include "link/qnh_reader.h"
 #include "link/traffic_reader.h"
 #include "liveries/liveries.h"
@@ -57,6 +58,7 @@ void trafficTick()
     gf_makeNextRequest();
     gf_requestObjectData();
     if (tick % kTicksPerSecond == 0) {
+        gf_tellPosition();
         gf_copyUser();
     }
     ++tick;
@@ -73,7 +75,7 @@ void secondTick()
     if (wasPaused) {
         wasPaused = false;
         logLineTimed("Flight resumed");
-        lf_setIntake(true);
+        lf_setIntake(!gf_realTrafficGone());
     }
     hourNow = weekHourStamp();
     ++secondCount;
@@ -133,8 +135,8 @@ struct Job {
 // The periodic job, in this order, in seconds that are multiples of 15; the day's end last, since it begins
 // to count anew.
 static constexpr Job kPeriodicJobs[] = {
-    {15, lf_moveCentre},  {15, clearReservedStand},       {15, lf_wakeSilentFeeds}, {30, gf_adaptRange},
-    {60, lf_showRenewal}, {kRenewal, writeUnmatchedList}, {86400, lf_endDay},
+    {15, lf_moveCentre}, {15, gf_tellTime},    {15, clearReservedStand},       {15, lf_wakeSilentFeeds},
+    {30, gf_adaptRange}, {60, lf_showRenewal}, {kRenewal, writeUnmatchedList}, {86400, lf_endDay},
 };
 
 // Looks that have time until a second without the periodic job.
@@ -188,6 +190,7 @@ static void lf_pausedPass()
     gf_handleSimMessages();
     if (--pausedPasses <= 0) {
         pausedPasses = kPassesPerLook;
+        gf_tellPosition();
         hourNow = weekHourStamp();
         display.liveCount = static_cast<int32_t>(gf_activeCount());
     }
@@ -230,11 +233,11 @@ void trafficLoop()
     gf_refreshFeedState();
     hourNow = weekHourStamp();
     gf_adaptRange();
-    lf_setIntake(true);
+    lf_setIntake(!gf_realTrafficGone());
     Clock::time_point deadline = Clock::now() + kTickTime;
     do {
         lf_sleepTo(deadline);
-        if (secondDue) {
+        if (secondDue || gf_waitHeldUp()) {
             deadline = Clock::now();
         }
         deadline += kTickTime;

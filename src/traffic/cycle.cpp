@@ -111,13 +111,19 @@ void gf_handOverPositions()
     fillBuffer.clear();
 }
 
-void gf_meterRequests()
+void gf_sendNextRemoval()
 {
-    constexpr int32_t kRemoveEvery = 10;  // ticks
-    constexpr int32_t kCreateEvery = 50;
-    if (tick % kRemoveEvery == 0 && !removeWaitQueue.empty()) {
+    if (!removeWaitQueue.empty()) {
         queueRemove(removeWaitQueue.front());
         removeWaitQueue.pop_front();
+    }
+}
+
+void gf_meterRequests()
+{
+    constexpr int32_t kCreateEvery = 50;  // ticks
+    if (tick % kTicksPerRemoval == 0) {
+        gf_sendNextRemoval();
     }
     if (tick % kCreateEvery != 0) {
         return;
@@ -163,13 +169,17 @@ static int32_t lf_dataRadius()
     return static_cast<int32_t>(radius);
 }
 
+void gf_askForObjectData()
+{
+    gf_mustSend(gf_requestAircraftInRange(lf_dataRadius()), "SimConnect request ac within range fails");
+}
+
 void gf_requestObjectData()
 {
     constexpr int32_t kFlareEvery = 20;  // ticks
-    if (simRequestFailed || tick % (flareActive ? kFlareEvery : kTicksPerSecond) != 0) {
-        return;
+    if (!simRequestFailed && tick % (flareActive ? kFlareEvery : kTicksPerSecond) == 0) {
+        gf_askForObjectData();
     }
-    gf_mustSend(gf_requestAircraftInRange(lf_dataRadius()), "SimConnect request ac within range fails");
 }
 
 void gf_copyUser()

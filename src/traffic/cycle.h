@@ -19,6 +19,9 @@ void gf_handOverPositions();
 
 // Gives removals and creations to the simulator one by one, at their pace.
 void gf_meterRequests();
+inline constexpr int32_t kTicksPerRemoval = 10;
+// Gives the next removal, if there is one.
+void gf_sendNextRemoval();
 
 // Takes at most two records of the feed.
 void gf_takeFeed();
@@ -28,6 +31,8 @@ void gf_makeNextRequest();
 
 // Asks for the data of the objects around, every second, or five times in a flare.
 void gf_requestObjectData();
+// The same, whatever the tick.
+void gf_askForObjectData();
 
 // Asks for the user's aircraft anew, and copies the latest that arrived.
 void gf_copyUser();

@@ -72,6 +72,7 @@ bool gf_resetRunState()
     }
     simRunning = false;
     simRequestFailed = false;
+    settingsOpen = true;
     stopRequested = false;
     exitReason = ExitReason::NotYetSet;
     restartDelaySeconds = 0;
