@@ -22,6 +22,8 @@ const std::array<ParkingSetting, kParkingSettingCount> kParkingSettings{{
     {.parameter = &LEARN_SOFT},
 }};
 
+std::atomic<bool> parkingChanged{false};
+
 static ParkingSettings usersOwn;     // [worker] from before the load, while an airport is in force
 static ParkingSettings airportsOwn;  // [worker] from after it
 

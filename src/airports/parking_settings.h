@@ -9,6 +9,7 @@
 #include <pugixml.hpp>
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -24,6 +25,9 @@ struct ParkingSetting {
 
 inline constexpr size_t kParkingSettingCount = 10;
 extern const std::array<ParkingSetting, kParkingSettingCount> kParkingSettings;
+
+// A setting is the user's, made while this airport was loaded: its learned file is to keep it.
+extern std::atomic<bool> parkingChanged;  // [atomic] commands set, the save of the file clears
 
 // What a file tells of them, in the order of the table; switches as 0 and 1.
 using ParkingSettings = std::array<std::optional<int32_t>, kParkingSettingCount>;

@@ -10,9 +10,11 @@
 #include "platform/close_signals.h"
 #include "platform/folders.h"
 #include "platform/instance_lock.h"
+#include "platform/standard_input.h"
 #include "platform/standard_output.h"
 #include "platform/user_messages.h"
 #include "ui/status.h"
+#include "ui/text_commands.h"
 
 #include <charconv>
 #include <chrono>
@@ -33,7 +35,8 @@ static constexpr int kNoFolder = 4;
 
 static constexpr const char* kUsage =
     "usage: velatra --headless [--status SECONDS]\n"
-    "  --headless        without a window: messages go to standard output\n"
+    "  --headless        without a window: messages go to standard output, commands come from standard "
+    "input\n"
     "  --status SECONDS  the window's fields as a line of JSON, every so many seconds\n"
     "  --help            this text\n";
 
@@ -72,6 +75,13 @@ static bool lf_readOptions(int argc, char** argv, Options& options)
 static void lf_printMessage(std::string_view text, bool isError)
 {
     gf_printLine(isError ? "Error: " + std::string(text) : std::string(text));
+}
+
+static void lf_onCommand(std::string_view line)
+{
+    if (const std::string wrong = gf_runCommand(line); !wrong.empty()) {
+        gf_printLine(wrong);
+    }
 }
 
 static std::jthread lf_startStatusLines(int everySeconds)
@@ -162,7 +172,10 @@ int main(int argc, char** argv)
     }
     gf_readWindowPlace();
     const std::jthread statusLines = lf_startStatusLines(options.statusSeconds);
-    lf_messageLoop();
+    {
+        const StandardInput commands(lf_onCommand);
+        lf_messageLoop();
+    }
     logLine(nowString());
     gf_logEnd();
     return 0;

@@ -1,5 +1,6 @@
 #include "core/main_control.h"
 
+#include "airports/parking/list_wishes.h"
 #include "airports/parking/park_list.h"
 #include "airports/parking/reserved_stand.h"
 #include "core/base/clock.h"
@@ -91,6 +92,7 @@ static void lf_runThrough()
     display.orbxCount = lf_countFiles(kMyOrbxFolder);
     makeFlightPlanFolder();
     lf_readMyParkAirports();
+    gf_allowListWishes();
     gf_adaptRange();
     runTraffic();
 }

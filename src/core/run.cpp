@@ -1,6 +1,7 @@
 #include "core/run.h"
 
 #include "airports/catalogue.h"
+#include "airports/parking/list_wishes.h"
 #include "airports/parking/park_airport.h"
 #include "airports/server_files.h"
 #include "core/base/clock.h"
@@ -27,6 +28,7 @@
 #include "traffic/geodesy.h"
 #include "traffic/stays.h"
 #include "traffic/traffic.h"
+#include "traffic/user_wishes.h"
 
 #include <chrono>
 #include <filesystem>
@@ -214,6 +216,8 @@ bool gf_resetRun()
     maxPark = 0;
     gf_resetParkAirport();
     gf_forgetCollisions();
+    gf_forgetWishes();
+    gf_forgetListWishes();
     gf_resetDisplay();
     return true;
 }

@@ -1,5 +1,6 @@
 #include "core/traffic_loop.h"
 
+#include "airports/parking/list_wishes.h"
 #include "airports/parking/park_airport.h"
 #include "airports/parking/reserved_stand.h"
 #include "core/base/clock.h"
@@ -23,6 +24,7 @@
 #include "traffic/sim_answers.h"
 #include "traffic/stays.h"
 #include "traffic/traffic.h"
+#include "traffic/user_wishes.h"
 
 #include <algorithm>
 #include <array>
@@ -85,6 +87,8 @@ void secondTick()
     gf_serviceStandChange();
     gf_checkCollisions();
     gf_serviceBlock();
+    gf_serviceWishes();
+    gf_serviceDestination();
     flareActive = std::ranges::any_of(liveAcs, [](const LiveAc& ac) {
         return ac.flareStage != 0 && !ac.onGround && ac.fs == FsState::Active;
     });
@@ -135,8 +139,10 @@ struct Job {
 // The periodic job, in this order, in seconds that are multiples of 15; the day's end last, since it begins
 // to count anew.
 static constexpr Job kPeriodicJobs[] = {
-    {15, lf_moveCentre}, {15, gf_tellTime},    {15, clearReservedStand},       {15, lf_wakeSilentFeeds},
-    {30, gf_adaptRange}, {60, lf_showRenewal}, {kRenewal, writeUnmatchedList}, {86400, lf_endDay},
+    {15, lf_moveCentre},      {15, gf_tellTime},      {15, clearReservedStand},
+    {15, lf_wakeSilentFeeds}, {15, gf_serviceReRead}, {30, gf_serviceNoMatchList},
+    {30, gf_adaptRange},      {60, lf_showRenewal},   {kRenewal, writeUnmatchedList},
+    {86400, lf_endDay},
 };
 
 // Looks that have time until a second without the periodic job.

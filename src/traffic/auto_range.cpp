@@ -43,8 +43,7 @@ void gf_adaptRange()
         const ParkListEntry& first = parkAirports.front();
         parkAirportNm = distNm(gf_placeOf(userNow), gf_placeOf(first));
     }
-    LATERAL_RANGE.value = lf_autoRange(userOnGround, userNow.altitude, parkAirportNm);
-    gf_applyLateralRange();
+    gf_takeAutomaticRange(lf_autoRange(userOnGround, userNow.altitude, parkAirportNm));
 }
 
 }  // namespace vlt

@@ -8,8 +8,7 @@
 
 namespace vlt {
 
-// BLOCK_CALLSIGN is new. The command that lets the user change it will set this; until there are commands
-// only the tests do.
+// BLOCK_CALLSIGN is new.
 extern std::atomic<bool> blockChanged;  // [atomic] the worker clears
 
 // The checks of a second, as far as they are switched on.

@@ -5,8 +5,8 @@
 //   simCallMutex   -> logMutex
 //   displayMutex   -> logMutex
 //   parameterMutex -> logMutex
-// Below all of them stand the lock inside run_state.cpp and that of each SharedText, under which nothing is
-// taken. feedMutex and messageMutex are held for moving records only.
+// Below all of them stand the locks inside run_state.cpp and parameters.cpp (the range) and that of each
+// SharedText, under which nothing is taken. feedMutex and messageMutex are held for moving records only.
 #pragma once
 
 #include <mutex>

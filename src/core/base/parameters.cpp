@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <mutex>
 
 namespace vlt {
 
@@ -183,15 +184,34 @@ static std::string lf_migrate()
     return forUser;
 }
 
-void gf_applyLateralRange()
+// The worker computes the range, and whoever gives commands switches that on and off.
+static std::mutex rangeMutex;
+
+static void lf_applyLateralRange()
 {
     LATERAL_RANGE.value = std::clamp(LATERAL_RANGE.value.load(), LATERAL_RANGE.min, LATERAL_RANGE.max);
     lateralRangeNm = LATERAL_RANGE.value.load();
     lateralRangeMetres = LATERAL_RANGE.value * static_cast<int32_t>(kMetresPerNm);
 }
 
+void gf_applyLateralRange()
+{
+    const std::scoped_lock lock(rangeMutex);
+    lf_applyLateralRange();
+}
+
+void gf_takeAutomaticRange(int32_t rangeNm)
+{
+    const std::scoped_lock lock(rangeMutex);
+    if (AUTO_RANGE.value) {
+        LATERAL_RANGE.value = rangeNm;
+        lf_applyLateralRange();
+    }
+}
+
 void gf_switchAutoRange(bool on)
 {
+    const std::scoped_lock lock(rangeMutex);
     if (on == AUTO_RANGE.value) {
         return;
     }
@@ -200,7 +220,7 @@ void gf_switchAutoRange(bool on)
         rangeBeforeAuto = LATERAL_RANGE.value.load();
     } else {
         LATERAL_RANGE.value = rangeBeforeAuto.load();
-        gf_applyLateralRange();
+        lf_applyLateralRange();
     }
 }
 

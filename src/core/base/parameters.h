@@ -172,6 +172,9 @@ void gf_applyLateralRange();
 // LATERAL_RANGE as it was before AUTO_RANGE took it over.
 inline SharedValue<int32_t> rangeBeforeAuto = 40;
 
+// LATERAL_RANGE takes the automatic range, unless that has been switched off meanwhile.
+void gf_takeAutomaticRange(int32_t rangeNm);
+
 // Sets AUTO_RANGE. On keeps LATERAL_RANGE as the value to go back to, off goes back to it; a switch that
 // stands that way already stays as it is.
 void gf_switchAutoRange(bool on);
