@@ -6,6 +6,7 @@
 #include <asio/io_context.hpp>
 #include <asio/ip/udp.hpp>
 #include <charconv>
+#include <deque>
 #include <fstream>
 #include <future>
 #include <iostream>
@@ -16,8 +17,9 @@
 namespace vlt {
 
 constexpr size_t kStampPlace = 14;
-constexpr double kStretch = 300;      // seconds made at a time
-constexpr double kWeatherPeriod = 5;  // seconds between two reports of the pressure
+constexpr double kStretch = 300;        // seconds made at a time
+constexpr size_t kMostRepeated = 5000;  // lines
+constexpr double kWeatherPeriod = 5;    // seconds between two reports of the pressure
 
 static std::optional<double> lf_stamp(const std::string& line)
 {
@@ -29,6 +31,18 @@ static std::optional<double> lf_stamp(const std::string& line)
     const auto text = fields[kStampPlace];
     const auto result = std::from_chars(text.data(), text.data() + text.size(), stamp);
     return result.ec == std::errc() ? std::optional(stamp) : std::nullopt;
+}
+
+static std::string lf_withClockOff(const std::string& line, double seconds)
+{
+    const auto stamp = lf_stamp(line);
+    if (!stamp || seconds == 0) {
+        return line;
+    }
+    const auto fields = gf_split(line, ',');
+    const std::string_view text = fields[kStampPlace];
+    const auto at = static_cast<size_t>(text.data() - line.data());
+    return line.substr(0, at) + format("{:.3f}", *stamp + seconds) + line.substr(at + text.size());
 }
 
 FeedSource::FeedSource(const std::filesystem::path& recording)
@@ -125,6 +139,7 @@ void FeedPlayer::run()
     const auto begun = std::chrono::steady_clock::now();
     const std::string weather = format("{{\"QNH\": {}}}", m_options.qnh);
     double nextWeather = m_options.from;
+    std::deque<std::string> latest;  // for a burst
     // The next stretch is made while this one is played, so that the feed has no hiccup between.
     const auto made = [this](double from) {
         return std::async(std::launch::async,
@@ -138,13 +153,25 @@ void FeedPlayer::run()
             if (!waitUntil(line.time, begun)) {
                 return;
             }
+            if (m_silent) {
+                continue;
+            }
             std::error_code ignored;  // a closed port answers by an error, which is no reason to end
             if (m_options.weatherPort != 0 && line.time >= nextWeather) {
                 socket.send_to(asio::buffer(weather), {host, m_options.weatherPort}, 0, ignored);
                 nextWeather = line.time + kWeatherPeriod;
             }
-            socket.send_to(asio::buffer(line.text), {host, m_options.port}, 0, ignored);
+            const std::string text = lf_withClockOff(line.text, m_clockOff);
+            socket.send_to(asio::buffer(text), {host, m_options.port}, 0, ignored);
             ++m_sent;
+            latest.push_back(text);
+            if (latest.size() > kMostRepeated) {
+                latest.pop_front();
+            }
+            const size_t repeated = m_burst.exchange(0);
+            for (size_t i = 0; i < repeated; ++i, ++m_sent) {
+                socket.send_to(asio::buffer(latest[i % latest.size()]), {host, m_options.port}, 0, ignored);
+            }
         }
     }
 }

@@ -58,6 +58,20 @@ public:
 
     void start();
     void stop();  // within milliseconds
+    // What is wrong with the feed from now on.
+    void setSilent(bool silent)
+    {
+        m_silent = silent;
+    }
+    void setClockOff(double seconds)
+    {
+        m_clockOff = seconds;
+    }
+    // With the next line so many of the last ones come again, as fast as they can be sent.
+    void burst(size_t lines)
+    {
+        m_burst = lines;
+    }
     uint64_t sent() const
     {
         return m_sent;
@@ -70,7 +84,10 @@ private:
     const FeedSource m_source;
     const FeedOptions m_options;
     std::atomic<uint64_t> m_sent = 0;  // [atomic] the thread writes
-    std::mutex m_mutex;                // m_stopping
+    std::atomic<bool> m_silent = false;
+    std::atomic<double> m_clockOff = 0;  // seconds
+    std::atomic<size_t> m_burst = 0;     // lines to come
+    std::mutex m_mutex;                  // m_stopping
     std::condition_variable m_wake;
     bool m_stopping = false;
     std::stop_source m_stop;  // for the lines being made

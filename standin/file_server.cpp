@@ -18,12 +18,15 @@ struct FaultRow {
     FileFault fault;
 };
 
-constexpr std::array<FaultRow, 6> kFaults{{{"none", FileFault::None},
+constexpr std::chrono::seconds kSlowness(8);
+
+constexpr std::array<FaultRow, 7> kFaults{{{"none", FileFault::None},
                                            {"404", FileFault::NotFound},
                                            {"500", FileFault::ServerError},
                                            {"cut", FileFault::CutBody},
                                            {"not-a-zip", FileFault::NotAZip},
-                                           {"silent", FileFault::Silent}}};
+                                           {"silent", FileFault::Silent},
+                                           {"slow", FileFault::Slow}}};
 
 std::optional<FileFault> gf_fileFault(std::string_view word)
 {
@@ -38,7 +41,7 @@ std::optional<FileFault> gf_fileFault(std::string_view word)
 class FileServer::Service
 {
 public:
-    explicit Service(FileServerOptions options) : m_options(std::move(options))
+    explicit Service(FileServerOptions options) : present(options.fault), m_options(std::move(options))
     {
         m_server.Get(".*", [this](const httplib::Request& request, httplib::Response& response) {
             ++requests;
@@ -80,12 +83,13 @@ public:
     }
 
     std::atomic<uint64_t> requests = 0;  // [atomic] the library's threads write
+    std::atomic<FileFault> present;      // [atomic]
 
 private:
     void answer(const std::string& path, httplib::Response& response)
     {
         const bool struck = path.find(m_options.faultPath) != std::string::npos;
-        const FileFault fault = struck ? m_options.fault : FileFault::None;
+        const FileFault fault = struck ? present.load() : FileFault::None;
         const auto body = fault == FileFault::NotFound ? std::nullopt : read(path);
         switch (fault) {
         case FileFault::ServerError:
@@ -98,6 +102,11 @@ private:
             std::unique_lock lock(m_mutex);
             m_wake.wait(lock, [this] { return m_stopping; });
             return;
+        }
+        case FileFault::Slow: {
+            std::unique_lock lock(m_mutex);
+            m_wake.wait_for(lock, kSlowness, [this] { return m_stopping; });
+            break;
         }
         case FileFault::None:
         case FileFault::NotFound:
@@ -160,6 +169,11 @@ uint16_t FileServer::start()
 void FileServer::stop()
 {
     m_service.reset();
+}
+
+void FileServer::setFault(FileFault fault)
+{
+    m_service->present = fault;
 }
 
 uint64_t FileServer::requests() const

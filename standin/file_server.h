@@ -20,9 +20,10 @@ enum class FileFault {
     CutBody,      // half the body, then the connection closes
     NotAZip,      // a text in the place of every file
     Silent,       // takes the request and never answers
+    Slow,         // answers after 8 s
 };
 
-// "404", "500", "cut", "not-a-zip", "silent", "none"; none for another word.
+// "404", "500", "cut", "not-a-zip", "silent", "slow", "none"; none for another word.
 std::optional<FileFault> gf_fileFault(std::string_view word);
 
 struct FileServerOptions {
@@ -43,6 +44,7 @@ public:
     // Serves on the loopback from now on; the port. Throws std::runtime_error if it can't be had.
     uint16_t start();
     void stop();
+    void setFault(FileFault fault);  // from now on
     uint64_t requests() const;
 
 private:

@@ -3,6 +3,8 @@
 // The main thread waits for signals and for the clock; the servers and the player have threads of
 // their own.
 #include "core/base/text.h"
+#include "platform/standard_input.h"
+#include "standin/faults.h"
 #include "standin/feed_player.h"
 #include "standin/file_server.h"
 #include "standin/picture.h"
@@ -14,6 +16,7 @@
 #include "standin/virtual_simulator.h"
 
 #include <asio/io_context.hpp>
+#include <asio/post.hpp>
 #include <asio/signal_set.hpp>
 #include <asio/steady_timer.hpp>
 #include <chrono>
@@ -24,6 +27,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <thread>
+#include <vector>
 
 using namespace vlt;
 
@@ -88,9 +92,15 @@ public:
         if (m_options.realTrafficPort) {
             m_realTraffic = std::make_unique<RealTrafficClient>(*m_options.realTrafficPort);
         }
+        planFaults();
         waitForEnd();
         std::cout << ready.dump() << std::endl;
-        m_context.run();
+        {
+            const StandardInput words([this](std::string_view word) {
+                asio::post(m_context, [this, word = std::string(word)] { play(word); });
+            });
+            m_context.run();
+        }
         return close();
     }
 
@@ -118,6 +128,24 @@ private:
                 act();
             }
         });
+    }
+
+    void planFaults()
+    {
+        m_faults.reserve(m_options.faults.size());  // a timer that waits must stay where it is
+        for (const PlannedFault& fault : m_options.faults) {
+            m_faults.emplace_back(m_context);
+            at(m_faults.back(), fault.second, [this, &fault] { play(fault.word); });
+        }
+    }
+
+    void play(const std::string& word)
+    {
+        const FaultTargets targets{&m_simulator, &m_server, m_player.get(), m_realTraffic.get(),
+                                   m_files.get()};
+        if (!gf_playFault(word, targets)) {
+            std::cerr << "velatra-standin: \"" << word << "\" can't be played" << std::endl;
+        }
     }
 
     void waitForEnd()
@@ -154,6 +182,8 @@ private:
         if (m_realTraffic) {
             const PositionReport report = m_realTraffic->report();
             facts.positionLines = report.positions;
+            facts.timeLines = report.times;
+            facts.realTrafficConnections = report.connections;
             facts.lastPosition = report.lastPosition;
         }
         return facts;
@@ -212,6 +242,7 @@ private:
     asio::signal_set m_reports;
     asio::steady_timer m_end;
     asio::steady_timer m_begin;
+    std::vector<asio::steady_timer> m_faults;
 };
 
 int main(int argc, char** argv)

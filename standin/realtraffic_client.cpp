@@ -1,5 +1,6 @@
 #include "standin/realtraffic_client.h"
 
+#include <algorithm>
 #include <asio/buffer.hpp>
 #include <asio/connect.hpp>
 #include <asio/io_context.hpp>
@@ -15,6 +16,7 @@
 namespace vlt {
 
 constexpr size_t kLongestLine = 16384;
+constexpr size_t kGarbageBytes = 300'000;
 constexpr std::chrono::seconds kRetryPause{1};
 constexpr const char* kVersionReply = "{\"version\": \"10.0.240\", \"client\": \"stand-in\"}\r\n";
 
@@ -44,9 +46,51 @@ public:
         return m_report;
     }
 
+    void leave()
+    {
+        asio::post(m_context, [this] {
+            std::error_code ignored;
+            m_away = true;
+            m_timer.cancel();
+            m_socket.close(ignored);
+        });
+    }
+
+    void comeBack()
+    {
+        asio::post(m_context, [this] {
+            if (m_away || m_deaf) {
+                m_away = false;
+                m_deaf = false;
+                connect();
+            }
+        });
+    }
+
+    void stopReading()
+    {
+        asio::post(m_context, [this] { m_deaf = true; });
+    }
+
+    void sendGarbage()
+    {
+        asio::post(m_context, [this] {
+            std::string garbage(kGarbageBytes, '\0');
+            std::generate(garbage.begin(), garbage.end(), [n = 0U]() mutable {
+                n = n * 1664525U + 1013904223U;
+                return static_cast<char>(n >> 24U);
+            });
+            std::error_code ignored;
+            asio::write(m_socket, asio::buffer(garbage), ignored);
+        });
+    }
+
 private:
     void connect()
     {
+        if (m_away) {
+            return;
+        }
         m_socket = asio::ip::tcp::socket(m_context);
         m_socket.async_connect(m_server, [this](std::error_code error) {
             if (error) {
@@ -80,7 +124,9 @@ private:
                                    }
                                    take(m_received.substr(0, bytes - 2));
                                    m_received.erase(0, bytes);
-                                   read();
+                                   if (!m_deaf) {
+                                       read();
+                                   }
                                });
     }
 
@@ -92,6 +138,7 @@ private:
                         ignored);
         }
         const std::scoped_lock lock(m_mutex);
+        m_report.versions += line.starts_with("Qs999=") ? 1 : 0;
         if (line.starts_with("Qs121=")) {
             ++m_report.positions;
             m_report.lastPosition = line;
@@ -107,6 +154,8 @@ private:
     asio::ip::tcp::socket m_socket;
     asio::steady_timer m_timer;
     std::string m_received;
+    bool m_away = false;
+    bool m_deaf = false;
     mutable std::mutex m_mutex;  // m_report
     PositionReport m_report;
     std::jthread m_thread;
@@ -115,6 +164,26 @@ private:
 RealTrafficClient::RealTrafficClient(uint16_t port) : m_service(std::make_unique<Service>(port)) {}
 
 RealTrafficClient::~RealTrafficClient() = default;
+
+void RealTrafficClient::leave()
+{
+    m_service->leave();
+}
+
+void RealTrafficClient::comeBack()
+{
+    m_service->comeBack();
+}
+
+void RealTrafficClient::stopReading()
+{
+    m_service->stopReading();
+}
+
+void RealTrafficClient::sendGarbage()
+{
+    m_service->sendGarbage();
+}
 
 PositionReport RealTrafficClient::report() const
 {

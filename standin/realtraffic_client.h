@@ -14,6 +14,7 @@ namespace vlt {
 struct PositionReport {
     uint64_t positions = 0;  // lines with a position
     uint64_t times = 0;      // lines with the simulator's time
+    uint64_t versions = 0;   // questions for the version
     uint64_t connections = 0;
     bool goodbye = false;      // the server said "exit"
     std::string lastPosition;  // the last line with a position, without its end
@@ -29,6 +30,12 @@ public:
     RealTrafficClient& operator=(const RealTrafficClient&) = delete;
 
     PositionReport report() const;
+
+    // What it does from now on.
+    void leave();        // closes the connection, and stays away
+    void comeBack();     // connects again
+    void stopReading();  // stays connected
+    void sendGarbage();  // a few hundred thousand bytes that mean nothing, once
 
 private:
     class Service;

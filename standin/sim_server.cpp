@@ -71,6 +71,12 @@ public:
 #endif
     }
 
+    void stall(double seconds)
+    {
+        asio::post(m_context,
+                   [seconds] { std::this_thread::sleep_for(std::chrono::duration<double>(seconds)); });
+    }
+
     ServerAddress address;
 
 private:
@@ -313,6 +319,13 @@ ServerAddress SimServer::start()
 {
     m_service = std::make_unique<Service>(m_simulator, m_options);
     return m_service->address;
+}
+
+void SimServer::stall(double seconds)
+{
+    if (m_service) {
+        m_service->stall(seconds);
+    }
 }
 
 void SimServer::stop()

@@ -40,6 +40,8 @@ public:
 
     // Listens from now on. Throws std::system_error if an address can't be had.
     ServerAddress start();
+    // Does nothing for so long: neither clock nor sockets.
+    void stall(double seconds);
     // Sends what is left, closes everything, joins the thread.
     void stop();
 

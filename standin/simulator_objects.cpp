@@ -43,7 +43,7 @@ void VirtualSimulator::onCreate(PacketReader& reader, SimCall& call)
     }
     const auto kind = findTitle(call.text);
     const bool full = m_objects.size() + m_newObjects.size() + 1 >= m_options.maxObjects;
-    if (!kind || full) {
+    if (!kind || full || m_faults.refuseTitles) {
         ++m_counts.refused;
         return raise(full ? kExceptionTooManyObjects : kExceptionCreateFailed, 0);
     }

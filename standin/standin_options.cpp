@@ -22,6 +22,7 @@ struct RawOptions {
     std::string fault = "none";
     std::string faultPath;
     bool noPipe = false;
+    std::vector<std::string> faults;
 };
 
 static void lf_addFeed(CLI::App& app, StandinOptions& options)
@@ -72,7 +73,7 @@ static void lf_addFiles(CLI::App& app, RawOptions& raw)
     app.add_option("--http-port", raw.httpPort, "0 picks one")->group(group);
     app.add_option("--serve", raw.serve, "folder")->check(CLI::ExistingDirectory)->group(group);
     app.add_option("--http-fault", raw.fault, "what goes wrong")
-        ->check(CLI::IsMember({"none", "404", "500", "cut", "not-a-zip", "silent"}))
+        ->check(CLI::IsMember({"none", "404", "500", "cut", "not-a-zip", "silent", "slow"}))
         ->group(group);
     app.add_option("--http-fault-path", raw.faultPath, "only for paths that contain this")->group(group);
 }
@@ -92,6 +93,9 @@ static void lf_resolve(StandinOptions& options, const RawOptions& raw)
     if (raw.httpPort || !raw.serve.empty()) {
         options.files = FileServerOptions{raw.serve, raw.httpPort.value_or(0),
                                           gf_fileFault(raw.fault).value_or(FileFault::None), raw.faultPath};
+    }
+    for (const std::string& fault : raw.faults) {
+        options.faults.push_back(*gf_plannedFault(fault));
     }
     options.simulator.titles = gf_readTitles(options.world / "titles.csv");
 }
@@ -113,6 +117,12 @@ std::optional<StandinOptions> gf_standinOptions(int argc, const char* const* arg
     lf_addUser(app, options, raw);
     lf_addSimulator(app, options, raw);
     lf_addFiles(app, raw);
+    app.add_option("--fault", raw.faults,
+                   "WORD@SECOND: what goes wrong, and when; also as a word on standard input:\n" +
+                       gf_faultWords())
+        ->check([](const std::string& text) {
+            return gf_plannedFault(text) ? std::string() : "there is no fault \"" + text + "\"";
+        });
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {

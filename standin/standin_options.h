@@ -3,6 +3,7 @@
 // Parsed once in main, read only afterwards.
 #pragma once
 
+#include "standin/faults.h"
 #include "standin/feed_player.h"
 #include "standin/file_server.h"
 #include "standin/sim_server.h"
@@ -13,6 +14,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vlt {
 
@@ -29,6 +31,7 @@ struct StandinOptions {
     FeedOptions feed;
     std::optional<uint16_t> realTrafficPort;  // of the program's position server
     std::optional<FileServerOptions> files;
+    std::vector<PlannedFault> faults;
     std::filesystem::path out;             // empty for no summary
     std::filesystem::path writeRecording;  // instead of a run
 };

@@ -165,6 +165,8 @@ std::string gf_summary(const VirtualSimulator& simulator, const RunFacts& facts)
                        {"httpRequests", facts.httpRequests},
                        {"positionLines", facts.positionLines},
                        {"lastPosition", facts.lastPosition},
+                       {"timeLines", facts.timeLines},
+                       {"realTrafficConnections", facts.realTrafficConnections},
                        {"connections", counts.connections},
                        {"packets", packets},
                        {"messages", counts.messages},

@@ -19,6 +19,8 @@ struct RunFacts {
     uint64_t httpRequests = 0;
     uint64_t positionLines = 0;  // of the program to RealTraffic
     std::string lastPosition;    // the last of them
+    uint64_t timeLines = 0;
+    uint64_t realTrafficConnections = 0;
 };
 
 // The summary as JSON text, indented.

@@ -182,7 +182,8 @@ void VirtualSimulator::frame()
     }
     sampleTracks();
     answerPeriodic();
-    if (const auto event = m_subscriptions.find("FRAME"); event != m_subscriptions.end()) {
+    const auto event = m_subscriptions.find("FRAME");
+    if (event != m_subscriptions.end() && !m_faults.noFrames) {
         PacketWriter writer(SimMessageId::Frame);
         writer.u32(kNoGroup).u32(event->second).u32(0).f32(kFramesPerSecond).f32(1);
         send(writer);
@@ -192,6 +193,11 @@ void VirtualSimulator::frame()
 void VirtualSimulator::bringNewObjects()
 {
     for (SimObject& object : std::exchange(m_newObjects, {})) {
+        const double delay = object.byClient ? m_faults.acknowledgeAfter : 0;
+        if (delay == kNeverInLife || nowLocked() < object.createdAt + delay) {
+            m_newObjects.push_back(std::move(object));
+            continue;
+        }
         const uint32_t id = object.id;
         ObjectLife& life = m_lives[id];
         life.id = id;
@@ -338,6 +344,39 @@ void VirtualSimulator::quit()
     const std::scoped_lock lock(m_mutex);
     PacketWriter writer(SimMessageId::Quit);
     send(writer);
+}
+
+void VirtualSimulator::loadFlight()
+{
+    const std::scoped_lock lock(m_mutex);
+    sendEvent("FLIGHTLOADED", 0);
+}
+
+void VirtualSimulator::setUser(const UserState& user)
+{
+    const std::scoped_lock lock(m_mutex);
+    applyUser(user);
+}
+
+void VirtualSimulator::fill()
+{
+    const std::scoped_lock lock(m_mutex);
+    const SimInitialPosition far{m_userState.lat + 5, m_userState.lon, 30000, 0, 0, 0, 0, 0};
+    for (size_t count = m_objects.size() + m_newObjects.size() + 1; count < m_options.maxObjects; ++count) {
+        createObject({"Somebody else's", "C172", "Light", 4, 0}, format("X{}", count), far, false);
+    }
+}
+
+SimulatorFaults VirtualSimulator::faults() const
+{
+    const std::scoped_lock lock(m_mutex);
+    return m_faults;
+}
+
+void VirtualSimulator::setFaults(const SimulatorFaults& faults)
+{
+    const std::scoped_lock lock(m_mutex);
+    m_faults = faults;
 }
 
 // ---- looking on

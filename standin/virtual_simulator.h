@@ -57,6 +57,13 @@ struct SimulatorOptions {
     bool keepCalls = false;              // takeCalls gives every packet
 };
 
+// What is wrong with it at present.
+struct SimulatorFaults {
+    bool refuseTitles = false;    // nothing can be created
+    double acknowledgeAfter = 0;  // seconds from a creation to the object; kNeverInLife for never
+    bool noFrames = false;        // no frame events
+};
+
 // One packet of the client, decoded; fields that its function doesn't have stay empty.
 struct SimCall {
     double time = 0;  // seconds of the simulator's clock
@@ -108,6 +115,11 @@ public:
     uint32_t addForeignAircraft(const std::string& title, const std::string& tailNumber,
                                 const SimInitialPosition& position);  // somebody else's; its id
     void quit();                                                      // the quit message
+    void loadFlight();                                                // tells "FlightLoaded"
+    void setUser(const UserState& user);
+    void fill();  // somebody else's aircraft take all the room that is left
+    SimulatorFaults faults() const;
+    void setFaults(const SimulatorFaults& faults);
 
     // ---- looking on
     UserState user() const;
@@ -177,6 +189,7 @@ private:
     mutable std::mutex m_mutex;  // all below
     int64_t m_nowUs = 0;
     int64_t m_frames = 0;
+    SimulatorFaults m_faults;
     bool m_started = true;
     bool m_running = true;
     bool m_connected = false;
