@@ -102,8 +102,8 @@ static void lf_addAircraft(FuzzedDataProvider& input)
 
 static void lf_check(const LiveAc& ac, const LiveAc& before)
 {
-    for (const double x : {ac.lat, ac.lon, ac.alt, ac.hdg, ac.pitch, ac.bank, ac.altRate,
-                           ac.hdgRate, ac.velocity.real(), ac.velocity.imag(), ac.speedOut, ac.vsOut, ac.tasOut}) {
+    for (const double x : {ac.lat, ac.lon, ac.alt, ac.hdg, ac.pitch, ac.bank, ac.altRate, ac.hdgRate,
+                           ac.velocity.real(), ac.velocity.imag(), ac.speedOut, ac.vsOut, ac.tasOut}) {
         lf_require(std::isfinite(x));
     }
     lf_require(std::abs(ac.lon) <= 180.001 && ac.hdg >= 0 && ac.hdg < kTwoPi + 1e-9);

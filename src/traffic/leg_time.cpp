@@ -47,7 +47,7 @@ static double lf_naturalSpeed(const LiveAc& ac)
     constexpr double kStands = 0.5;            // knots
     constexpr double kMostWithoutReport = 20;  // knots, on the ground
     constexpr double kMargin = 1.2;
-    constexpr double kMarginKnots = 20;  // slow ones are further from where they say
+    constexpr double kMarginKnots = 20;      // slow ones are further from where they say
     constexpr double kMarginOnGround = 1.5;  // it may have been faster or slower than at both ends
     const double reported = lf_reportedSpeed(ac);
     const double places = lf_speedOfPlaces(ac);

@@ -29,8 +29,9 @@ inline std::atomic<bool> stopRequested{false};       // [atomic] the run must en
 inline std::atomic<bool> closeRequested{false};      // [atomic] the user closed the window
 inline std::atomic<bool> simRunning{false};          // [atomic] SimClient: the simulator flies
 inline std::atomic<bool> simRequestFailed{false};    // [atomic] a simulator request failed; no more of them
-inline std::atomic<bool> settingsOpen{true};  // [atomic] until RealTraffic is there, settings may restart the run
-inline std::atomic<bool> realTrafficHere{false};     // [atomic] worker: RealTraffic is installed on this PC
+inline std::atomic<bool> settingsOpen{
+    true};  // [atomic] until RealTraffic is there, settings may restart the run
+inline std::atomic<bool> realTrafficHere{false};  // [atomic] worker: RealTraffic is installed on this PC
 
 // The reason's word for the log, "NEW FLIGHT" for example.
 std::string_view gf_exitReasonText(ExitReason reason);
