@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <asio/buffer.hpp>
 #include <asio/connect.hpp>
+#include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
 #include <asio/ip/tcp.hpp>
 #include <asio/post.hpp>
@@ -150,6 +151,8 @@ private:
     }
 
     asio::io_context m_context;
+    // While it stays away there is nothing else to do.
+    const asio::executor_work_guard<asio::io_context::executor_type> m_work{m_context.get_executor()};
     const asio::ip::tcp::endpoint m_server;
     asio::ip::tcp::socket m_socket;
     asio::steady_timer m_timer;

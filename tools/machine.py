@@ -27,6 +27,11 @@ class Machine:
             VELATRA_PUBLIC_DOCUMENTS=str(folder / "public"), VELATRA_RUNTIME=str(folder / "runtime"),
             VELATRA_DRIVE_C=str(folder / "drive_c"))
 
+    def install_realtraffic(self):
+        folder = self.folder / "appdata" / "InsideSystems"
+        folder.mkdir()
+        (folder / "RealTraffic.jar").touch()
+
     def publish(self, catalogue: Path):
         """Makes the server's files, the scanned liveries, and the catalogue with the world's airports."""
         for what, out, *more in (("dbase", "server"), ("regcodes", "server"), ("airport-files", "server"),
@@ -45,7 +50,7 @@ class Machine:
 
     def start(self, name: str, *arguments, stdout=subprocess.PIPE, stderr=subprocess.STDOUT) -> subprocess.Popen:
         process = subprocess.Popen([str(self.programs / name), *map(str, arguments)], cwd=self.program,
-                                   env=self.environment, stdout=stdout, stderr=stderr, text=True)
+                                   env=self.environment, stdin=subprocess.PIPE, stdout=stdout, stderr=stderr, text=True)
         self.processes.append(process)
         return process
 

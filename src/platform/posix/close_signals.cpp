@@ -31,6 +31,7 @@ CloseSignals::CloseSignals()
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     // Whoever reads our output may go before us; that must not end a flight.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);  // nor may a limit to the size of files: their writes fail then
     m_waiter = std::thread([this, signals] {
         while (!m_ending) {
             if (sigtimedwait(&signals, nullptr, &kLookInterval) > 0) {
