@@ -16,6 +16,7 @@ namespace vlt {
 using asio::ip::udp;
 
 static constexpr int32_t kReaderErrorDelay = 15;  // seconds to the restart
+static constexpr int kBurstBytes = 4 << 20;       // kept by the system for us: some thousand reports at once
 
 void UdpReader::take(std::string_view received)
 {
@@ -64,6 +65,7 @@ static udp::socket lf_open(asio::io_context& context, uint16_t port)
     if (error) {
         throw std::runtime_error(format("failed to create the socket, error: {}", error.message()));
     }
+    socket.set_option(asio::socket_base::receive_buffer_size(kBurstBytes), error);  // less will do, too
     const asio::ip::address_v4 address =
         realTrafficHere ? asio::ip::address_v4::loopback() : asio::ip::address_v4::any();
     socket.bind(udp::endpoint(address, port), error);
