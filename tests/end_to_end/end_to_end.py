@@ -324,8 +324,15 @@ def a_setting_begins_the_work_anew_while_realtraffic_is_waited_for(machine: Mach
                  "Restarting after 2 seconds", "Restarting after 1 second",
                  "Waiting for RealTraffic to connect to Velatra ..."):
         wait_for_line(velatra, line)
-    stop(velatra)
+    with socket.create_connection(("127.0.0.1", 10747)):  # a client that never answers
+        wait_for_status(velatra)
+        stop(velatra)
     expect_log(machine, "Exiting: NEW SETTINGS", "MAX_LIVE=17", "Exiting: USER CLOSED SIM")
+    velatra = machine.start_velatra()
+    wait_for_line(velatra, "Waiting for RealTraffic to connect to Velatra ...")
+    say(velatra, "SCAN_AIRPORTS=off\nSCAN_AIRPORTS=on")
+    wait_for_line(velatra, "Restarting after 2 seconds")
+    stop(velatra)
 
 
 def the_flight_survives_what_the_simulator_and_the_feed_do(machine: Machine):
