@@ -27,6 +27,7 @@ TESTS = {
     "src/liveries": ["test_liveries", "test_flow"],
     "src/sim": ["test_sim", "test_transport", "test_flow"],
     "src/link": ["test_link", "test_flow"],
+    "src/ui": ["test_ui"],
 }
 PATIENCE = 120  # seconds for one test program; a fault that hangs it is found
 WITHOUT_EFFECT = pathlib.Path(__file__).with_name("faults_without_effect.txt")

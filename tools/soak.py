@@ -22,13 +22,14 @@ from machine import Machine
 
 SOURCE = Path(__file__).resolve().parent.parent
 IN_THE_AIR = ("--user-lat", 47.6, "--user-lon", 11.5, "--user-alt", 12000)
-# What begins, how many seconds it lasts, and what ends it.
-FAULTS = (("sim-pauses", 8, "sim-resumes"), ("sim-stalls", 6, None), ("frames-stop", 8, "frames-go-on"),
+# What goes wrong, and what follows after so many seconds each.
+FAULTS = (("sim-pauses", 8, "sim-resumes"), ("sim-stalls",), ("frames-stop", 8, "frames-go-on"),
           ("objects-never-come", 20, "objects-come"), ("objects-come-late", 25, "objects-come"),
-          ("feed-silent", 40, "feed-back"), ("feed-burst", 5, None), ("feed-clock-off", 20, "feed-clock-right"),
-          ("realtraffic-leaves", 15, "realtraffic-back"), ("realtraffic-garbage", 3, None),
-          ("realtraffic-half-open", 20, "realtraffic-leaves"), (None, 5, "realtraffic-back"),
-          ("server-slow", 20, "server-well"), ("sim-dies", 10, "sim-back"), (None, 45, None))
+          ("feed-silent", 40, "feed-back"), ("feed-burst",), ("feed-clock-off", 20, "feed-clock-right"),
+          ("realtraffic-leaves", 15, "realtraffic-back"), ("realtraffic-garbage",),
+          ("realtraffic-half-open", 20, "realtraffic-leaves", 5, "realtraffic-back"),
+          ("server-slow", 20, "server-well"), ("sim-dies", 10, "sim-back"))
+CALM = 5  # seconds before the next
 COMMANDS = ("NAV_LIGHTS_WHILE_PARKED=off", "NAV_LIGHTS_WHILE_PARKED=on", "AUTO_RANGE=off", "LATERAL_RANGE=60",
             "LATERAL_RANGE=25", "AUTO_RANGE=on", "MAX_LIVE=5", "MAX_LIVE=", "DESTINATION=XVEL", "DESTINATION=",
             "BLOCK_CALLSIGN=KLM123", "press Unblock", "press Re-read", "MATCHING_DEPTH=2", "MATCHING_DEPTH=4", "nonsense")
@@ -70,20 +71,22 @@ def soak(machine, minutes, seed):
     watch = Watch(velatra)
     end = time.monotonic() + 60 * minutes
     next_look = time.monotonic() + 60
-    waiting = []  # (when, word)
+    waiting = []  # (when, word), in their order
     looks, wrong = [], []
     while time.monotonic() < end and velatra.poll() is None:
         time.sleep(0.2)
         now = time.monotonic()
-        for entry in [w for w in waiting if w[0] <= now]:
-            waiting.remove(entry)
-            say(world, entry[1])
+        while waiting and waiting[0][0] <= now:
+            _, word = waiting.pop(0)
+            if word:
+                print(f"  {word}", flush=True)
+                say(world, word)
         if not waiting and watch.status.get("live", 0) > 0:
-            begin, seconds, after = chance.choice(FAULTS)
-            if begin:
-                print(f"  {begin}", flush=True)
-                say(world, begin)
-            waiting.append((now + seconds, after or "feed-back"))
+            word, *rest = chance.choice(FAULTS)
+            waiting = [(now, word)]
+            for seconds, follows in zip(rest[::2], rest[1::2]):
+                waiting.append((waiting[-1][0] + seconds, follows))
+            waiting.append((waiting[-1][0] + CALM, None))
             say(velatra, chance.choice(COMMANDS))
         if now >= next_look:
             next_look += 60
