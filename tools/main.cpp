@@ -6,6 +6,7 @@
 #include "tools/picture.h"
 #include "tools/publish.h"
 #include "tools/replay.h"
+#include "tools/scan.h"
 #include "tools/stand.h"
 
 #include <CLI/CLI.hpp>
@@ -146,10 +147,31 @@ static void lf_addPublish(CLI::App& tool)
     lf_addWorldCommand(publish, "regcodes", "AIG-regcodes.zip", gf_publishRegcodes);
     lf_addWorldCommand(publish, "liveries", "LiveriesScanned.xml, as if the liveries had been scanned",
                        gf_publishLiveries);
+    lf_addWorldCommand(publish, "livery-tree", "the same liveries as an add-on package, to be scanned",
+                       gf_publishLiveryTree);
     lf_addWorldCommand(publish, "airport-files", "the archive of airport files, archive/stock",
                        gf_publishAirports);
     lf_addCatalogue(publish);
     lf_addAirportFile(publish);
+}
+
+static void lf_addScanKind(CLI::App& scan, const char* name, const char* what, int (*run)(const ScanOptions&))
+{
+    const auto [app, options] = lf_add(scan, name, what, run);
+    app.add_option("folders", options->folders, "the folders to be searched, in their order")->required();
+    app.add_option("--out", options->out, "folder for results, reports and the log")->capture_default_str();
+    app.add_option("--dbase", options->dbase, "dbase.zip or the document in it; default: from the server");
+    app.add_option("--threads", options->threads,
+                   "files read at a time; default: as many as the hardware can");
+    app.add_flag("--prioritize", options->prioritize, "liveries: earlier folders win");
+}
+
+static void lf_addScan(CLI::App& tool)
+{
+    CLI::App& scan = *tool.add_subcommand("scan", "scan folders as the program does at its start");
+    scan.require_subcommand(1);
+    lf_addScanKind(scan, "liveries", "LiveriesScanned.xml and the reports on aircraft.cfg files",
+                   gf_scanLiveries);
 }
 
 static void lf_addReplayPlace(CLI::App& app, ReplayToolOptions& options)
@@ -213,6 +235,7 @@ int main(int argc, char** argv)
         lf_addMatch(tool);
         lf_addPicture(tool);
         lf_addPublish(tool);
+        lf_addScan(tool);
         lf_addReplay(tool);
         lf_addStand(tool);
         CLI11_PARSE(tool, argc, argv);

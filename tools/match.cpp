@@ -3,64 +3,30 @@
 #include "core/base/parameters.h"
 #include "core/base/random.h"
 #include "core/base/text.h"
-#include "core/base/zip_archive.h"
 #include "liveries/database.h"
-#include "liveries/dbase_reader.h"
 #include "liveries/match_index.h"
 #include "liveries/matching.h"
 #include "liveries/regcodes.h"
 #include "liveries/scan_results.h"
+#include "tools/dbase_source.h"
 
 #include <nlohmann/json.hpp>
 #include <pugixml.hpp>
 
 #include <algorithm>
 #include <iostream>
-#include <span>
 #include <stdexcept>
 
 namespace vlt {
 
 using nlohmann::json;
 
-constexpr uint64_t kLargestDocument = 1U << 30;
-
-static void lf_parse(pugi::xml_document& document, const std::string& path)
-{
-    pugi::xml_parse_result parsed;
-    if (path.ends_with(".zip")) {
-        std::string text;
-        const ZipArchive archive(path);
-        for (const std::string& entry : archive.entries()) {
-            archive.read(entry, kLargestDocument,
-                         [&text](std::span<const char> piece) { text.append(piece.data(), piece.size()); });
-        }
-        parsed = document.load_buffer(text.data(), text.size());
-    } else {
-        parsed = document.load_file(path.c_str());
-    }
-    if (!parsed) {
-        throw std::runtime_error(format("{}: {}", path, parsed.description()));
-    }
-}
-
-static void lf_loadDbase(const std::string& path)
-{
-    if (path.empty()) {
-        readDbase();
-        return;
-    }
-    pugi::xml_document document;
-    lf_parse(document, path);
-    gf_readDbaseSections(document, path);
-}
-
 static void lf_bindRegcodes(const MatchOptions& options)
 {
     std::vector<std::string> results;
     if (!options.regcodes.empty()) {
         pugi::xml_document document;
-        lf_parse(document, options.regcodes);
+        gf_parseDocument(document, options.regcodes);
         std::vector<RegcodeEntry> entries;
         gf_readRegcodeDocument(document, options.regcodes, entries);
         gf_processRegcodeEntries(entries, results);
@@ -79,7 +45,7 @@ static void lf_load(const MatchOptions& options)
     if (options.seed) {
         gf_seedRandom(*options.seed);
     }
-    lf_loadDbase(options.dbase);
+    gf_loadDbase(options.dbase);
     readLiveriesScanned(options.liveries);
     buildMatchIndexes([&options] { lf_bindRegcodes(options); });
     liveries.clear();

@@ -6,6 +6,7 @@
 #include "liveries/match_index.h"
 #include "liveries/scan_results.h"
 #include "standin/airport_files.h"
+#include "standin/livery_tree.h"
 #include "standin/publisher.h"
 
 #include <nlohmann/json.hpp>
@@ -63,6 +64,13 @@ int gf_publishLiveries(const PublishOptions& options)
         throw std::runtime_error(format("{} can't be written", path.string()));
     }
     lf_report(path);
+    return 0;
+}
+
+int gf_publishLiveryTree(const PublishOptions& options)
+{
+    gf_writeLiveryTree(options.world, options.out);
+    lf_report(std::filesystem::path(options.out) / "add-on.xml");
     return 0;
 }
 

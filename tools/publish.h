@@ -22,6 +22,8 @@ struct PublishOptions {
 int gf_publishDbase(const PublishOptions& options);
 int gf_publishRegcodes(const PublishOptions& options);
 int gf_publishLiveries(const PublishOptions& options);
+// The user's side of them: an add-on package whose scan gives the same.
+int gf_publishLiveryTree(const PublishOptions& options);
 
 // From a JSON list of airports, or from `base` and the world's airports.
 int gf_publishCatalogue(const PublishOptions& options);

@@ -73,7 +73,6 @@ static void lf_append(pugi::xml_node& root, const Livery& livery)
 bool writeLiveriesScanned(const std::filesystem::path& path)
 {
     pugi::xml_document document;
-    gf_addMeta(document);
     pugi::xml_node root = document.append_child("liveries");
     for (const Livery& livery : liveries) {
         lf_append(root, livery);

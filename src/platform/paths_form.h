@@ -22,4 +22,7 @@ std::filesystem::path gf_toNativeForm(std::string_view path);
 // The Windows form: a drive letter where a known folder stands for one, and backslashes.
 std::string gf_toWindowsForm(const std::filesystem::path& path);
 
+// A path as it is compared: in the Windows form, without regard to the case of letters.
+std::u32string gf_comparedForm(std::string_view windowsForm);
+
 }  // namespace vlt

@@ -41,6 +41,13 @@ struct ShownAirport {
     SharedValue<bool> flushStaticEnabled = false;  // the button
 };
 
+// The scan of what the user has installed; an empty folder: none runs.
+struct ShownScan {
+    SharedText folder;
+    SharedValue<int32_t> files = 0;  // seen so far
+    SharedValue<int32_t> found = 0;  // liveries or airports found so far
+};
+
 struct Display {
     SharedText error;                         // empty: none
     SharedText message;                       // empty: none
@@ -49,6 +56,7 @@ struct Display {
     ShownSim sim;
     ShownUser user;
     ShownAirport airport;
+    ShownScan scan;
     SharedValue<bool> realTraffic = false;  // it is connected
     SharedValue<int32_t> liveCount = 0;
     SharedValue<int32_t> minutesToRenewal = 0;

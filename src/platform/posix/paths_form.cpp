@@ -201,4 +201,9 @@ std::string gf_toWindowsForm(const fs::path& path)
     return text;
 }
 
+std::u32string gf_comparedForm(std::string_view windowsForm)
+{
+    return lf_folded(windowsForm);
+}
+
 }  // namespace vlt
