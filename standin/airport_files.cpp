@@ -39,7 +39,7 @@ static void lf_addParameters(pugi::xml_document& document, const ArchivedAirport
     }
     const std::pair<const char*, std::string> rows[] = {
         {"airport_name", airport.name},
-        {"publisher", "stock"},
+        {"publisher", airport.publisher},
         {"altitude", std::to_string(airport.elevation)},
         {"num_parkpos", std::to_string(airport.stands.size())},
         {"Qf_real", anyOption ? "60" : "-1"},
@@ -155,18 +155,33 @@ static std::vector<ArchivedAirport> lf_airports(const std::filesystem::path& wor
                             lf_number(cell("lat"), table.name),
                             lf_number(cell("lon"), table.name),
                             static_cast<int>(lf_number(cell("elevation_ft"), table.name)),
-                            {}});
+                            {},
+                            "stock"});
     }
     return airports;
+}
+
+// Who publishes the airport: a third party, else nobody but the archive itself.
+static std::string lf_publisher(const WorldTable& thirdParties, const std::string& code)
+{
+    for (const std::vector<std::string>& row : thirdParties.rows) {
+        const std::vector<std::string_view> codes = gf_split(row[gf_columnOf(thirdParties, "arpts")], '|');
+        if (std::find(codes.begin(), codes.end(), code) != codes.end()) {
+            return row[gf_columnOf(thirdParties, "pub")];
+        }
+    }
+    return "stock";
 }
 
 std::vector<ArchivedAirport> gf_worldAirports(const std::filesystem::path& world)
 {
     const WorldTable stands = gf_readWorldTable(world, "stands.csv");
+    const WorldTable thirdParties = gf_readWorldTable(world, "thirdparties.csv");
     std::vector<ArchivedAirport> airports = lf_airports(world);
     for (ArchivedAirport& airport : airports) {
         airport.stands =
             airport.code == kDayAirportCode ? gf_dayWeek(world) : lf_stands(stands, airport.code);
+        airport.publisher = lf_publisher(thirdParties, airport.code);
     }
     return airports;
 }

@@ -40,6 +40,7 @@ struct ArchivedAirport {
     double lon = 0;
     int elevation = 0;  // feet
     std::vector<ArchivedStand> stands;
+    std::string publisher = "stock";
 };
 
 }  // namespace vlt

@@ -1,6 +1,7 @@
 // velatra-tool: opens the engine's parts to people and tests.
 //
 // The command lines stand here; what a subcommand does stands in the file of its name beside this one.
+#include "tools/bgl.h"
 #include "tools/decode.h"
 #include "tools/match.h"
 #include "tools/picture.h"
@@ -149,6 +150,8 @@ static void lf_addPublish(CLI::App& tool)
                        gf_publishLiveries);
     lf_addWorldCommand(publish, "livery-tree", "the same liveries as an add-on package, to be scanned",
                        gf_publishLiveryTree);
+    lf_addWorldCommand(publish, "scenery-tree", "the world's airports as add-on sceneries, to be scanned",
+                       gf_publishSceneryTree);
     lf_addWorldCommand(publish, "airport-files", "the archive of airport files, archive/stock",
                        gf_publishAirports);
     lf_addCatalogue(publish);
@@ -166,12 +169,19 @@ static void lf_addScanKind(CLI::App& scan, const char* name, const char* what, i
     app.add_flag("--prioritize", options->prioritize, "liveries: earlier folders win");
 }
 
+static void lf_addBgl(CLI::App& tool)
+{
+    const auto [app, options] = lf_add(tool, "bgl", "what a scenery file decodes to, as JSON lines", gf_bgl);
+    app.add_option("file", options->file, "the BGL file")->required();
+}
+
 static void lf_addScan(CLI::App& tool)
 {
     CLI::App& scan = *tool.add_subcommand("scan", "scan folders as the program does at its start");
     scan.require_subcommand(1);
     lf_addScanKind(scan, "liveries", "LiveriesScanned.xml and the reports on aircraft.cfg files",
                    gf_scanLiveries);
+    lf_addScanKind(scan, "scenery", "links and generated airport files of add-on sceneries", gf_scanScenery);
 }
 
 static void lf_addReplayPlace(CLI::App& app, ReplayToolOptions& options)
@@ -236,6 +246,7 @@ int main(int argc, char** argv)
         lf_addPicture(tool);
         lf_addPublish(tool);
         lf_addScan(tool);
+        lf_addBgl(tool);
         lf_addReplay(tool);
         lf_addStand(tool);
         CLI11_PARSE(tool, argc, argv);

@@ -8,6 +8,7 @@
 #include "standin/airport_files.h"
 #include "standin/livery_tree.h"
 #include "standin/publisher.h"
+#include "standin/scenery_tree.h"
 
 #include <nlohmann/json.hpp>
 
@@ -16,6 +17,7 @@
 #include <iostream>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace vlt {
 
@@ -74,6 +76,14 @@ int gf_publishLiveryTree(const PublishOptions& options)
     return 0;
 }
 
+int gf_publishSceneryTree(const PublishOptions& options)
+{
+    gf_writeSceneryTree(options.world, options.out);
+    const nlohmann::json line = {{"written", options.out}};
+    std::cout << line.dump() << '\n';
+    return 0;
+}
+
 int gf_publishCatalogue(const PublishOptions& options)
 {
     if (!options.base.empty()) {
@@ -90,12 +100,22 @@ int gf_publishCatalogue(const PublishOptions& options)
     return 0;
 }
 
+static void lf_writeArchived(const std::filesystem::path& folder, const ArchivedAirport& airport)
+{
+    std::filesystem::create_directories(folder);
+    lf_write(folder / (airport.code + ".xml"), gf_archivedText(airport));
+}
+
 int gf_publishAirports(const PublishOptions& options)
 {
-    const std::filesystem::path folder = std::filesystem::path(options.out) / "archive" / "stock";
-    std::filesystem::create_directories(folder);
-    for (const ArchivedAirport& airport : gf_worldAirports(options.world)) {
-        lf_write(folder / (airport.code + ".xml"), gf_archivedText(airport));
+    const std::filesystem::path archive = std::filesystem::path(options.out) / "archive";
+    for (ArchivedAirport& airport : gf_worldAirports(options.world)) {
+        const std::string publisher = std::exchange(airport.publisher, "stock");
+        lf_writeArchived(archive / "stock", airport);
+        if (publisher != "stock") {
+            airport.publisher = publisher;
+            lf_writeArchived(archive / "thirdparty" / publisher, airport);
+        }
     }
     return 0;
 }

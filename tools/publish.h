@@ -25,6 +25,9 @@ int gf_publishLiveries(const PublishOptions& options);
 // The user's side of them: an add-on package whose scan gives the same.
 int gf_publishLiveryTree(const PublishOptions& options);
 
+// The user's add-on sceneries with the world's airports.
+int gf_publishSceneryTree(const PublishOptions& options);
+
 // From a JSON list of airports, or from `base` and the world's airports.
 int gf_publishCatalogue(const PublishOptions& options);
 

@@ -6,6 +6,7 @@
 #include "core/base/paths.h"
 #include "core/base/text.h"
 #include "liveries/scan_store.h"
+#include "scenery/airports_scan.h"
 #include "tools/dbase_source.h"
 
 #include <nlohmann/json.hpp>
@@ -51,6 +52,16 @@ int gf_scanLiveries(const ScanOptions& options)
                                  {"results", fs::absolute(kOutputFolder).string()}};
     std::cout << line.dump() << '\n';
     return result == LiveryScan::Stored ? 0 : 2;
+}
+
+int gf_scanScenery(const ScanOptions& options)
+{
+    const std::vector<std::string> folders = lf_begin(options);
+    const bool done = gf_scanSceneries(folders);
+    gf_logEnd();
+    const nlohmann::json line = {{"done", done}, {"results", fs::absolute(kAirportsFolder).string()}};
+    std::cout << line.dump() << '\n';
+    return done ? 0 : 1;
 }
 
 }  // namespace vlt

@@ -3,14 +3,44 @@
 // Any thread; a section's state lives as long as its reading.
 #pragma once
 
-#include "liveries/aircraft_cfg.h"
+#include "liveries/liveries.h"
 
+#include <cstdint>
+#include <filesystem>
 #include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace vlt {
+
+// A line each, as the reports for the user have them.
+struct CfgReports {
+    std::vector<std::string> withoutSections;  // files
+    std::vector<std::string> invalidFiles;
+    std::vector<std::string> incomplete;  // sections
+    std::vector<std::string> airlineCodes;
+    std::vector<std::string> modelCodes;
+    std::vector<std::string> fixes;
+};
+
+// A livery with the line that is due if its title belongs to another.
+struct ScannedLivery {
+    Livery livery;
+    std::string doubled;
+};
+
+struct CfgScan {
+    std::vector<ScannedLivery> found;
+    CfgReports reports;
+    std::vector<std::string> log;
+};
+
+// The file's path, as the system calls it and in the Windows form.
+struct CfgPlace {
+    std::filesystem::path path;
+    std::string shown;
+};
 
 // What the sections of one file share.
 struct CfgFile {
