@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 
@@ -196,6 +197,22 @@ std::list<Livery> gf_worldLiveries(const std::filesystem::path& world)
     for (const std::vector<std::string>& row : table.rows) {
         all.push_back({row[airl], row[type], row[title], row[atcid], 1, gf_isTrue(row[cargo])});
     }
+    return all;
+}
+
+std::list<Livery> gf_scannedWorldLiveries(const std::filesystem::path& world)
+{
+    const WorldTable table = gf_readWorldTable(world, "regcodes.csv");
+    const size_t title = gf_columnOf(table, "title");
+    const size_t reg = gf_columnOf(table, "reg");
+    std::set<std::string> unused;
+    for (const std::vector<std::string>& row : table.rows) {
+        if (row[reg].empty()) {
+            unused.insert(row[title]);
+        }
+    }
+    std::list<Livery> all = gf_worldLiveries(world);
+    std::erase_if(all, [&unused](const Livery& livery) { return unused.contains(livery.title); });
     return all;
 }
 

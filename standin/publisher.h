@@ -24,6 +24,9 @@ std::string gf_regcodesText(const std::filesystem::path& world);
 // The liveries of liveries.csv.
 std::list<Livery> gf_worldLiveries(const std::filesystem::path& world);
 
+// Those of them that a scan takes: without the titles that regcodes.csv says not to use.
+std::list<Livery> gf_scannedWorldLiveries(const std::filesystem::path& world);
+
 // The catalogue of airports from a JSON list of objects with icao, iata, lat, lon and elevation in feet:
 // those whose code is four letters, by code, each code once. An airport without an elevation lies at 0.
 std::string gf_catalogueText(std::string_view airportsJson);

@@ -27,6 +27,8 @@ def prepare(world: Path) -> Machine:
     shutil.rmtree(DEMO, ignore_errors=True)
     machine = Machine(DEMO, INSTALL, world)
     machine.publish(INSTALL / "airports_p3d.xml")
+    (machine.program / "output" / "LiveriesScanned.xml").rename(DEMO / "LiveriesPublished.xml")
+    machine.install_addons()
     (machine.program / "airports").mkdir()
     (machine.program / "airports" / "my_park_airports.txt").write_text("XVEL\n")
     return machine
@@ -80,6 +82,11 @@ def judge(code: int, builtin_day: bool) -> int:
         problems.append(f"only {len(objects)} objects were created")
     if builtin_day and airport != {"airport": "XVEL", "airportName": "Velatra Field", "stands": 62, "quality": "60"}:
         problems.append(f"the park airport was not loaded: {airport}")
+    if (DEMO / "program/output/LiveriesScanned.xml").read_bytes() != (DEMO / "LiveriesPublished.xml").read_bytes():
+        problems.append("the scan has found other liveries than are published")
+    scanned = {p.name for p in (DEMO / "program/airports/my_thirdparty").iterdir()}
+    if scanned != {"XVEL.txt", "XSEE.xml", "XBRG.xml"}:
+        problems.append(f"the scan has found other airports than are installed: {sorted(scanned)}")
     if late:
         problems.append(f"{len(late)} objects were moved before their release and three freezes")
     unclaimed = [o for o in objects if o["firstPosition"] is None and o["removed"] - o["created"] > SET_UP_SECONDS]

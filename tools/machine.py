@@ -6,7 +6,8 @@ import shutil
 import subprocess
 from pathlib import Path
 
-FOLDERS = ("appdata", "documents", "public", "runtime", "server", "drive_c/Prepar3D v5/Scenery", "program/docs",
+FOLDERS = ("appdata/Velatra", "appdata/Lockheed Martin/Prepar3D v5", "documents", "public", "runtime", "server",
+           "drive_c/Prepar3D v5/Scenery", "drive_c/ProgramData/Lockheed Martin/Prepar3D v5", "program/docs",
            "program/input/my_regcodes", "program/output")
 PUBLISHED = ("server", "program/output", "program/airports_p3d.xml")
 REGISTRY = "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Lockheed Martin\\Prepar3D v5]\nSetupPath=C:\\Prepar3D v5\n"
@@ -27,6 +28,31 @@ class Machine:
             VELATRA_PUBLIC_DOCUMENTS=str(folder / "public"), VELATRA_RUNTIME=str(folder / "runtime"),
             VELATRA_DRIVE_C=str(folder / "drive_c"))
 
+        self.set_parameters(SCAN_LIVERIES="false", SCAN_AIRPORTS="false")
+
+    def set_parameters(self, **values: str):
+        """The user's settings; what isn't named is as by default."""
+        rows = "".join(f'<parameter name="{name}" value="{value}"/>' for name, value in values.items())
+        (self.folder / "appdata" / "Velatra" / "parameters.xml").write_text(f"<parameters>{rows}</parameters>")
+
+    def install_addons(self):
+        """What the world's users have installed: an aircraft package and sceneries, in the simulator's lists; the next
+        start scans them."""
+        addons = self.folder / "drive_c" / "Addons"
+        for what, out in (("livery-tree", "Velatra World"), ("scenery-tree", "Sceneries")):
+            self.publish_one(what, addons / out)
+        simulator = Path("Lockheed Martin", "Prepar3D v5")
+        (self.folder / "appdata" / simulator / "add-ons.cfg").write_text(
+            "[Package.0]\nPATH=C:\\Addons\\Velatra World\nTITLE=Velatra World\nACTIVE=true\nREQUIRED=false\n")
+        (self.folder / "drive_c" / "ProgramData" / simulator / "scenery_add-ons.xml").write_text(
+            "<List>\n <Path>C:\\Addons\\Sceneries</Path>\n</List>\n")
+        (self.program / "output" / "LiveriesScanned.xml").unlink(missing_ok=True)
+        self.set_parameters()
+
+    def publish_one(self, what: str, out: Path, *more):
+        subprocess.run([self.programs / "velatra-tool", "publish", what, "--world", self.world, "--out", out, *more],
+                       check=True, stdout=subprocess.DEVNULL)
+
     def install_realtraffic(self):
         folder = self.folder / "appdata" / "InsideSystems"
         folder.mkdir()
@@ -37,8 +63,7 @@ class Machine:
         for what, out, *more in (("dbase", "server"), ("regcodes", "server"), ("airport-files", "server"),
                                  ("liveries", "program/output"),
                                  ("catalogue", "program/airports_p3d.xml", "--base", catalogue)):
-            subprocess.run([self.programs / "velatra-tool", "publish", what, "--world", self.world, "--out",
-                            self.folder / out, *more], check=True, stdout=subprocess.DEVNULL)
+            self.publish_one(what, self.folder / out, *more)
 
     def copy_published(self, other: Path):
         """Takes over what was published on another machine."""

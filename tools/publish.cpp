@@ -59,7 +59,7 @@ int gf_publishRegcodes(const PublishOptions& options)
 int gf_publishLiveries(const PublishOptions& options)
 {
     std::filesystem::create_directories(options.out);
-    liveries = gf_worldLiveries(options.world);
+    liveries = gf_scannedWorldLiveries(options.world);
     gf_sortLiveries();
     const std::filesystem::path path = std::filesystem::path(options.out) / "LiveriesScanned.xml";
     if (!writeLiveriesScanned(path)) {

@@ -13,11 +13,13 @@
 #include "core/base/text.h"
 #include "core/run.h"
 #include "link/position_server.h"
+#include "liveries/discovery.h"
 #include "liveries/liveries.h"
 #include "liveries/matching.h"
-#include "liveries/scan_results.h"
 #include "platform/paths_form.h"
 #include "platform/user_messages.h"
+#include "scenery/airports_scan.h"
+#include "scenery/generated_airports.h"
 #include "sim/dispatch.h"
 #include "traffic/auto_range.h"
 #include "traffic/flight_plan.h"
@@ -84,7 +86,16 @@ static void lf_runThrough()
     }
     lf_testStockAirports();
     lf_testScannedLiveries();
-    processScannedLiveries();
+    scanDriver();
+    if (gf_stopping()) {
+        return;
+    }
+    gf_recoverResults();
+    if (SCAN_AIRPORTS.value) {
+        display.thirdPartyCount = 0;
+        display.orbxCount = 0;
+        scanAirports();
+    }
     if (gf_stopping()) {
         return;
     }

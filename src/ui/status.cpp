@@ -38,6 +38,9 @@ std::string gf_statusLine()
     status["weatherFeed"] = lf_feedWord(qnhReader.state);
     status["qnh"] = currentQnh.load();
     status["liveries"] = display.liveriesCount.load();
+    status["scanFolder"] = display.scan.folder.load();
+    status["scanFiles"] = display.scan.files.load();
+    status["scanFound"] = display.scan.found.load();
     status["live"] = display.liveCount.load();
     status["airport"] = display.airport.code.load();
     status["airportName"] = display.airport.name.load();

@@ -5,9 +5,11 @@ usage: end_to_end.py SOURCE_DIR BINARY_DIR [SCENARIO PUBLISHED_DIR]
 Each scenario is a process of its own, on a machine of its own. The feed's ports are fixed by the feed, so each gets a
 network of its own, too; where the system allows none they run one after the other.
 """
+import csv
 import fcntl
 import json
 import os
+import re
 import resource
 import signal
 import socket
@@ -210,9 +212,7 @@ def a_simulator_killed_before_its_flight_runs_is_waited_for_again(machine: Machi
     """It hangs up while it starts, then opens the conversation, and goes while nothing would be asked of it."""
     opening = struct.pack("<III256s10I", 308, 4, 2, b"Lockheed Martin Prepar3D v5", 5, 4, 9, 1, 5, 4, 9, 1, 0, 0)
     machine.start_world(*NO_FEED, "--no-simulator-for", 600)
-    (machine.folder / "appdata" / "Velatra").mkdir()
-    (machine.folder / "appdata" / "Velatra" / "parameters.xml").write_text(
-        '<parameters><parameter name="BLOCK_CALLSIGN" value="ANY1"/></parameters>')
+    machine.set_parameters(SCAN_LIVERIES="false", SCAN_AIRPORTS="false", BLOCK_CALLSIGN="ANY1")
     with simulators_pipe(machine) as server:
         velatra = machine.start_velatra()
         for _ in range(2):
@@ -367,6 +367,48 @@ def the_flight_survives_what_the_simulator_and_the_feed_do(machine: Machine):
     expect_log(machine, "Teleport", "Exiting: NEW FLIGHT")
 
 
+def scan_results(machine: Machine) -> dict:
+    """The bytes of all results and reports of both scans, without the date of a file's making."""
+    files = [p for folder in ("output", "airports/my_thirdparty", "airports/my_ORBX")
+             for p in (machine.program / folder).rglob("*") if p.is_file()]
+    return {str(p.relative_to(machine.program)): re.sub(rb'<info name="date".*', b"", p.read_bytes()) for p in files}
+
+
+def what_the_user_has_installed_is_found_and_a_stop_leaves_it_as_it_was(machine: Machine):
+    published = (machine.program / "output" / "LiveriesScanned.xml").read_bytes()
+    machine.install_addons()
+    faulty = machine.folder / "drive_c" / "Addons" / "Velatra World" / "SimObjects" / "Airplanes" / "Faulty"
+    faulty.mkdir()
+    (faulty / "aircraft.cfg").write_text("[fltsim.0]\ntitle=Nobody's\nmodel=x\n[General]\natc_model=A320\n")
+    machine.start_world(*NO_FEED)
+    velatra = machine.start_velatra()
+    wait_for_status(velatra, lambda status: status["simRunning"])
+    stop(velatra)
+    results = scan_results(machine)
+    assert results["output/LiveriesScanned.xml"] == published
+    assert results["output/errors/IncompleFltsimSections.txt"].decode() == (
+        "C:\\Addons\\Velatra World\\SimObjects\\Airplanes\\Faulty\\model.x "
+        "C:\\Addons\\Velatra World\\SimObjects\\Airplanes\\Faulty\\aircraft.cfg does not exist\n")
+    assert results["airports/my_thirdparty/XVEL.txt"] == b"archive/thirdparty/Velatra%20Sceneries/XVEL.xml\n"
+    with (WORLD / "stands.csv").open() as file:
+        rows = [row for row in csv.DictReader(file) if row["airport"] == "XSEE"]
+    stands = re.findall(r'<parkpos id="(.+?)" latitude="(.+?)" longitude="(.+?)" heading="(.+?)" radius="(.+?)"',
+                        results["airports/my_thirdparty/XSEE.xml"].decode())
+    assert stands == sorted((r["id"], f'{float(r["lat"]):.6f}', f'{float(r["lon"]):.6f}', f'{float(r["heading"]):.1f}',
+                             f'{float(r["radius_m"]):.1f}') for r in rows), stands
+    # A list of very many folders holds the next scan in its middle, whoever ends it.
+    lists = machine.folder / "drive_c" / "ProgramData" / "Lockheed Martin" / "Prepar3D v5"
+    many = "".join(f"<Path>C:\\Addons\\{n}</Path>\n" for n in range(200000))
+    (lists / "scenery_add-ons.xml").write_text(f"<List>{many}<Path>C:\\Addons</Path></List>")
+    for end in (stop, lambda process: (process.kill(), process.wait())):
+        machine.set_parameters(SCAN_LIVERIES="false")
+        velatra = machine.start_velatra()
+        wait_for_line(velatra, "Scanning for addon airports")
+        end(velatra)
+        assert scan_results(machine) == results, scan_results(machine).keys()
+        assert 'SCAN_AIRPORTS" value="true' in (machine.folder / "appdata/Velatra/parameters.xml").read_text()
+
+
 # The longest first.
 SCENARIOS = (
     the_flight_survives_what_the_simulator_and_the_feed_do,
@@ -376,6 +418,7 @@ SCENARIOS = (
     a_simulator_killed_before_its_flight_runs_is_waited_for_again,
     a_server_that_errs_leaves_an_error_until_the_user_closes_and_no_files,
     without_its_file_the_park_airport_has_no_stands,
+    what_the_user_has_installed_is_found_and_a_stop_leaves_it_as_it_was,
     after_a_simulators_goodbye_it_stays_until_the_user_closes,
     over_the_network_the_configuration_leads_to_the_simulator,
     a_setting_begins_the_work_anew_while_realtraffic_is_waited_for,
