@@ -119,7 +119,8 @@ static void lf_scanSections(const CfgSections& cut, CfgFile& file, CfgScan& scan
     }
 }
 
-CfgScan gf_scanCfgText(int32_t folderNumber, const CfgPlace& place, std::string_view text, bool ivao)
+CfgScan gf_scanCfgText(int32_t folderNumber, const CfgPlace& place, std::string_view text, bool ivao,
+                       const PathSet& onDisk)
 {
     CfgScan scan;
     const std::vector<std::string_view> lines = gf_cfgLines(text);
@@ -131,6 +132,7 @@ CfgScan gf_scanCfgText(int32_t folderNumber, const CfgPlace& place, std::string_
         return scan;
     }
     CfgFile file{.place = place,
+                 .onDisk = onDisk,
                  .folder = place.path.parent_path(),
                  .shownFolder = place.shown.substr(0, std::min(place.shown.rfind('\\'), place.shown.size())),
                  .folderNumber = folderNumber,
@@ -143,14 +145,14 @@ CfgScan gf_scanCfgText(int32_t folderNumber, const CfgPlace& place, std::string_
     return scan;
 }
 
-static CfgScan lf_scanFile(int32_t folderNumber, const CfgPlace& place, bool ivao)
+static CfgScan lf_scanFile(int32_t folderNumber, const CfgPlace& place, bool ivao, const PathSet& onDisk)
 {
     CfgScan scan;
+    const CfgText text = gf_readCfgText(place.path);
     std::error_code error;
-    if (!std::filesystem::exists(place.path, error)) {
+    if (!text.readable && !std::filesystem::exists(place.path, error)) {
         return scan;
     }
-    const CfgText text = gf_readCfgText(place.path);
     if (!text.readable && ivao) {
         scan.log.push_back(format("no character set found for {}", place.shown));
     }
@@ -161,17 +163,17 @@ static CfgScan lf_scanFile(int32_t folderNumber, const CfgPlace& place, bool iva
     if (!text.readable || text.tooLong) {
         return scan;
     }
-    scan = gf_scanCfgText(folderNumber, place, text.text, ivao);
+    scan = gf_scanCfgText(folderNumber, place, text.text, ivao, onDisk);
     if (!text.forUser.empty()) {
         scan.log.push_back(format("{}: {}", place.shown, text.forUser));
     }
     return scan;
 }
 
-static CfgScan lf_scanCaught(int32_t folderNumber, const CfgPlace& place, bool ivao)
+static CfgScan lf_scanCaught(int32_t folderNumber, const CfgPlace& place, bool ivao, const PathSet& onDisk)
 {
     try {
-        return lf_scanFile(folderNumber, place, ivao);
+        return lf_scanFile(folderNumber, place, ivao, onDisk);
     } catch (const std::exception& e) {
         CfgScan scan;
         scan.log.push_back(format("exception in lf_searchLiveriesinFile {}: {}", place.shown, e.what()));
@@ -179,14 +181,14 @@ static CfgScan lf_scanCaught(int32_t folderNumber, const CfgPlace& place, bool i
     }
 }
 
-CfgScan lf_searchLiveriesinFile(int32_t folderNumber, const CfgPlace& place)
+CfgScan lf_searchLiveriesinFile(int32_t folderNumber, const CfgPlace& place, const PathSet& onDisk)
 {
-    return lf_scanCaught(folderNumber, place, false);
+    return lf_scanCaught(folderNumber, place, false, onDisk);
 }
 
-CfgScan lf_searchLiveriesinIvaoFile(int32_t folderNumber, const CfgPlace& place)
+CfgScan lf_searchLiveriesinIvaoFile(int32_t folderNumber, const CfgPlace& place, const PathSet& onDisk)
 {
-    return lf_scanCaught(folderNumber, place, true);
+    return lf_scanCaught(folderNumber, place, true, onDisk);
 }
 
 bool gf_isIvaoFile(std::string_view shown)

@@ -13,14 +13,15 @@
 namespace vlt {
 
 // The liveries of one file; `folderNumber` goes into each. A file that is gone gives nothing.
-CfgScan lf_searchLiveriesinFile(int32_t folderNumber, const CfgPlace& place);
+CfgScan lf_searchLiveriesinFile(int32_t folderNumber, const CfgPlace& place, const PathSet& onDisk = {});
 
 // The same for packages of IVAO, whose files tell the type by the name of their folder, and the airline by
 // the first three letters of the title.
-CfgScan lf_searchLiveriesinIvaoFile(int32_t folderNumber, const CfgPlace& place);
+CfgScan lf_searchLiveriesinIvaoFile(int32_t folderNumber, const CfgPlace& place, const PathSet& onDisk = {});
 bool gf_isIvaoFile(std::string_view shown);
 
 // The same from a text in UTF-8.
-CfgScan gf_scanCfgText(int32_t folderNumber, const CfgPlace& place, std::string_view text, bool ivao);
+CfgScan gf_scanCfgText(int32_t folderNumber, const CfgPlace& place, std::string_view text, bool ivao,
+                       const PathSet& onDisk = {});
 
 }  // namespace vlt

@@ -58,9 +58,17 @@ static void searchFolder(int32_t folderNumber, const std::filesystem::path& fold
                          LiveryScanLists& lists, ScanProgress& progress)
 {
     progress.enter(shown);
+    PathSet onDisk;
     const TreeRules rules{lf_enters,
                           [](std::string_view name, std::string_view) { return lf_isAircraftCfg(name); },
-                          [&progress] { progress.seen(); }};
+                          [&](std::string_view path, bool isFolder) {
+                              if (isFolder || path.ends_with(".air")) {
+                                  onDisk.hashes.insert(gf_pathHash(path) + (isFolder ? 1 : 0));
+                              }
+                              if (!isFolder) {
+                                  progress.seen();
+                              }
+                          }};
     FoundFiles found = gf_walkTree(folder, rules);
     for (const std::string& line : found.unreadable) {
         logLine(format("liveries search in folder {} aborted because of iterator problem: {}", shown, line));
@@ -71,8 +79,8 @@ static void searchFolder(int32_t folderNumber, const std::filesystem::path& fold
     const auto scan = [&](size_t i) {
         const FoundFile& file = found.files[i];
         const CfgPlace place{file.path, file.shown};
-        return gf_isIvaoFile(file.shown) ? lf_searchLiveriesinIvaoFile(folderNumber, place)
-                                         : lf_searchLiveriesinFile(folderNumber, place);
+        return gf_isIvaoFile(file.shown) ? lf_searchLiveriesinIvaoFile(folderNumber, place, onDisk)
+                                         : lf_searchLiveriesinFile(folderNumber, place, onDisk);
     };
     gf_resultsInOrder(found.files.size(), scan,
                       [&](size_t, CfgScan& result) { lf_take(std::move(result), lists, progress); });

@@ -199,11 +199,27 @@ static bool lf_takeKey(LiverySection& section, const CfgKeyValue& line)
 
 // --- the end of a section
 
+uint64_t gf_pathHash(std::string_view shown)
+{
+    std::string text(shown);
+    while (text.ends_with('.') || text.ends_with(' ')) {
+        text.pop_back();
+    }
+    uint64_t hash = 0xcbf29ce484222325;
+    for (const char32_t c : gf_comparedForm(text)) {
+        hash = (hash ^ c) * 0x100000001b3;
+    }
+    return hash;
+}
+
 // Whether a folder, or a plain file, of this name lies below the file's folder.
 static bool lf_isThere(CfgFile& file, const std::string& name, bool folder)
 {
     if (const auto known = file.known.find(name); known != file.known.end()) {
         return known->second;
+    }
+    if (file.onDisk.hashes.contains(gf_pathHash(file.shownFolder + '\\' + name) + (folder ? 1 : 0))) {
+        return file.known.emplace(name, true).first->second;
     }
     const auto test = [folder](const std::filesystem::path& path) {
         std::error_code error;

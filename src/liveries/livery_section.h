@@ -10,6 +10,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace vlt {
@@ -42,9 +43,17 @@ struct CfgPlace {
     std::string shown;
 };
 
+// Folders and files that the walk of a livery folder has seen: the hashes of their paths as they are
+// compared. Asking it spares most questions to the disk.
+struct PathSet {
+    std::unordered_set<uint64_t> hashes;
+};
+uint64_t gf_pathHash(std::string_view shown);
+
 // What the sections of one file share.
 struct CfgFile {
     const CfgPlace& place;
+    const PathSet& onDisk;
     std::filesystem::path folder;
     std::string shownFolder;
     int32_t folderNumber = 0;

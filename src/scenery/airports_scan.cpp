@@ -81,7 +81,11 @@ static void searchFolder(const std::filesystem::path& folder, const std::string&
     showMessage(format("Scanning for addon airports in {}", shown), false);
     walk.progress.enter(shown);
     const TreeRules rules{[](std::string_view) { return true; }, lf_mayHoldAirports,
-                          [&walk] { walk.progress.seen(); }};
+                          [&walk](std::string_view, bool isFolder) {
+                              if (!isFolder) {
+                                  walk.progress.seen();
+                              }
+                          }};
     FoundFiles found = gf_walkTree(folder, rules);
     for (const std::string& line : found.unreadable) {
         gf_tell(walk.scan, format("===> airports search in folder {} aborted because of iterator problem: {}",

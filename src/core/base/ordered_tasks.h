@@ -5,11 +5,14 @@
 // `take` runs on the calling thread, one item after the other, so what it fills needs no lock.
 #pragma once
 
+#include "core/base/run_state.h"
 #include "core/base/shared_value.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <optional>
+#include <utility>
 #include <vector>
 
 namespace vlt {
@@ -25,18 +28,28 @@ bool gf_runInOrder(size_t count, const std::function<void(size_t)>& work,
 
 inline constexpr size_t kTasksAhead = 64;
 
-// The same with results: take(i, work(i)). No more than kTasksAhead of them wait.
+// The same with results: take(i, work(i)). Some items at a time make a task, since waking a thread costs more than
+// looking at a small file; no more than kTasksAhead tasks wait.
 template <typename Work, typename Take>
 bool gf_resultsInOrder(size_t count, const Work& work, const Take& take)
 {
+    constexpr size_t kItems = 16;
     using Result = decltype(work(size_t{0}));
-    std::vector<std::optional<Result>> waiting(kTasksAhead);
+    std::vector<std::vector<Result>> waiting(kTasksAhead);
+    const auto end = [count](size_t task) { return std::min(count, (task + 1) * kItems); };
     return gf_runInOrder(
-        count, [&](size_t i) { waiting[i % kTasksAhead].emplace(work(i)); },
-        [&](size_t i) {
-            Result result = std::move(*waiting[i % kTasksAhead]);
-            waiting[i % kTasksAhead].reset();
-            take(i, result);
+        (count + kItems - 1) / kItems,
+        [&](size_t task) {
+            std::vector<Result>& results = waiting[task % kTasksAhead];
+            for (size_t i = task * kItems; i < end(task) && !gf_stopping(); ++i) {
+                results.push_back(work(i));
+            }
+        },
+        [&](size_t task) {
+            std::vector<Result> results = std::exchange(waiting[task % kTasksAhead], {});
+            for (size_t n = 0; n < results.size(); ++n) {
+                take(task * kItems + n, results[n]);
+            }
         });
 }
 

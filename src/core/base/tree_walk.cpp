@@ -1,5 +1,6 @@
 #include "core/base/tree_walk.h"
 
+#include "core/base/ordered_tasks.h"
 #include "core/base/paths.h"
 #include "core/base/run_state.h"
 #include "core/base/text.h"
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 namespace vlt {
 
@@ -45,36 +47,54 @@ static bool lf_leadsOn(TreeWalk& walk, const fs::path& link)
     return true;
 }
 
-static void lf_look(TreeWalk& walk, const fs::directory_entry& entry, const std::string& shownFolder)
-{
+// An entry of a folder that counts.
+struct FolderEntry {
+    FoundFile file;
+    std::string name;
+    bool folder = false;
+    bool link = false;
+};
+
+struct FolderListing {
+    std::vector<FolderEntry> entries;
     std::error_code error;
-    const std::string native = entry.path().string();
-    const auto separator = static_cast<char>(fs::path::preferred_separator);
-    const std::string_view name = std::string_view(native).substr(native.rfind(separator) + 1);
-    std::string shown = shownFolder + '\\';
-    shown.append(name);
-    if (entry.is_directory(error)) {
-        if (walk.rules.enters(shown) && (!entry.is_symlink(error) || lf_leadsOn(walk, entry.path()))) {
-            walk.toDo.push_back({entry.path(), std::move(shown)});
+};
+
+static FolderListing lf_list(const FoundFile& folder)
+{
+    FolderListing listing;
+    fs::directory_iterator it(folder.path, listing.error);
+    while (!listing.error && it != fs::directory_iterator() && !gf_stopping()) {
+        std::error_code error;
+        const bool isFolder = it->is_directory(error);
+        if (isFolder || it->is_regular_file(error)) {
+            std::string name = it->path().filename().string();
+            std::string shown = folder.shown + '\\' + name;
+            listing.entries.push_back(
+                {{it->path(), std::move(shown)}, std::move(name), isFolder, it->is_symlink(error)});
         }
-    } else if (entry.is_regular_file(error)) {
-        walk.rules.seen();
-        if (walk.rules.wants(name, shown)) {
-            walk.found.files.push_back({entry.path(), std::move(shown)});
-        }
+        it.increment(listing.error);
     }
+    return listing;
 }
 
-static void lf_walkFolder(TreeWalk& walk, const FoundFile& folder)
+static void lf_take(TreeWalk& walk, const FoundFile& folder, FolderListing& listing)
 {
-    std::error_code error;
-    fs::directory_iterator it(folder.path, error);
-    while (!error && it != fs::directory_iterator() && !gf_stopping()) {
-        lf_look(walk, *it, folder.shown);
-        it.increment(error);
+    for (FolderEntry& entry : listing.entries) {
+        if (!entry.folder) {
+            walk.rules.seen(entry.file.shown, false);
+            if (walk.rules.wants(entry.name, entry.file.shown)) {
+                walk.found.files.push_back(std::move(entry.file));
+            }
+            continue;
+        }
+        walk.rules.seen(entry.file.shown, true);
+        if (walk.rules.enters(entry.file.shown) && (!entry.link || lf_leadsOn(walk, entry.file.path))) {
+            walk.toDo.push_back(std::move(entry.file));
+        }
     }
-    if (error) {
-        walk.found.unreadable.push_back(format("{}: {}", folder.shown, error.message()));
+    if (listing.error) {
+        walk.found.unreadable.push_back(format("{}: {}", folder.shown, listing.error.message()));
     }
 }
 
@@ -104,9 +124,10 @@ FoundFiles gf_walkTree(const fs::path& folder, const TreeRules& rules)
     TreeWalk walk{rules, {}, {{folder, shown}}, {}};
     walk.linked.insert(fs::canonical(folder, error).string());
     while (!walk.toDo.empty() && !gf_stopping()) {
-        const FoundFile next = std::move(walk.toDo.back());
-        walk.toDo.pop_back();
-        lf_walkFolder(walk, next);
+        const std::vector<FoundFile> level = std::exchange(walk.toDo, {});
+        gf_resultsInOrder(
+            level.size(), [&level](size_t i) { return lf_list(level[i]); },
+            [&](size_t i, FolderListing& listing) { lf_take(walk, level[i], listing); });
     }
     lf_sort(walk.found.files);
     std::sort(walk.found.unreadable.begin(), walk.found.unreadable.end());

@@ -1,6 +1,7 @@
 // The files below a folder, in an order that is the same on every machine.
 //
-// Any thread; no state. Links to folders are followed, each once and never back to where the walk has been.
+// Folders are listed several at once, as scanThreads tells; the rules are asked on the calling thread. No
+// state. Links to folders are followed, each once and never back to where the walk has been.
 #pragma once
 
 #include <filesystem>
@@ -20,7 +21,7 @@ struct FoundFile {
 struct TreeRules {
     std::function<bool(std::string_view shown)> enters;                        // a folder below the first one
     std::function<bool(std::string_view name, std::string_view shown)> wants;  // a regular file
-    std::function<void()> seen;                                                // for each file, wanted or not
+    std::function<void(std::string_view shown, bool folder)> seen;  // each file and folder, wanted or not
 };
 
 struct FoundFiles {
