@@ -48,7 +48,7 @@ static std::string lf_aircraft(int number)
 static std::string lf_scenery(bool airports)
 {
     BglAirportPlan plan{"EHAM", 3, false, {"An airport"}, {}, {}};
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < 100; ++i) {
         plan.parkings.push_back({format("g{}", i), 9, 30, 1, 47 + i * 0.001, 11, {}});
     }
     return gf_bglFile(airports ? std::vector(8, plan) : std::vector<BglAirportPlan>()) +

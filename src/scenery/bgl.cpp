@@ -8,10 +8,9 @@
 
 namespace vlt {
 
-constexpr size_t kWindow = 1 << 16;      // bytes read at a time
+constexpr size_t kWindow = 1 << 14;      // bytes read at a time
 constexpr size_t kHeadWindow = 1 << 12;  // of a file of which only the head may count
 constexpr uint64_t kLeastWords = 15;
-constexpr uint64_t kLeastBytes = 15;
 constexpr uint32_t kHeaderBytes = 56;
 constexpr uint64_t kTable = kHeaderBytes / 4;  // word at which the section table begins
 constexpr uint64_t kEntryWords = 5;
@@ -20,7 +19,7 @@ constexpr uint32_t kOtherEntries = 1U << 16;  // flag: the subsection entries ha
 
 static bool lf_hasHeader(BglWords& words)
 {
-    return words.size() >= kLeastWords && words[1] == kHeaderBytes;
+    return words.has(kLeastWords) && words[1] == kHeaderBytes;
 }
 
 // An airport section that can be used: the word at which its first subsection entry begins; 0 for none.
@@ -34,11 +33,11 @@ static uint64_t lf_subsection(BglWords& words, uint64_t section)
 bool gf_holdsAirports(std::istream& file)
 {
     BglWords words(file, kHeadWindow);
-    if (words.bytes() < kLeastBytes || !lf_hasHeader(words)) {
+    if (!lf_hasHeader(words)) {
         return false;
     }
     const uint64_t sections = words[5];
-    if (sections > (words.size() - kTable) / kEntryWords) {
+    if (!words.has(kTable + sections * kEntryWords)) {
         return false;
     }
     for (uint64_t i = 0; i < sections; ++i) {

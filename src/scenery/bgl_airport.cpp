@@ -231,6 +231,7 @@ static void lf_takeParkings(AirportWalk& walk, const BglRecord& record)
     }
     const uint32_t count = walk.words[record.at + 1] >> 16;
     uint64_t at = record.at + kFirst;
+    walk.airport.apf.stands.reserve(std::min<uint64_t>(count, (record.end - at) / words));
     for (uint32_t i = 0; i < count; ++i) {
         if (at + words > record.end) {
             lf_skip(walk, "", format("{} of {} parkings lie beyond the end of their list", count - i, count),

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <limits>
 #include <stdexcept>
 
 namespace vlt {
@@ -13,34 +14,51 @@ constexpr uint64_t kWord = 4;  // bytes
 
 BglWords::BglWords(std::istream& file, size_t window) : m_file(file), m_most(window / kWord)
 {
-    m_file.seekg(0, std::ios::end);
-    const std::streamoff end = m_file.tellg();
-    m_bytes = end > 0 ? static_cast<uint64_t>(end) : 0;
-    m_size = m_bytes / kWord;
+    read(0, m_most);
 }
 
-void BglWords::load(uint64_t index)
+uint64_t BglWords::size()
 {
-    if (index >= m_size) {
-        throw std::out_of_range(format("word {} of {}", index, m_size));
+    if (!m_size) {
+        m_file.clear();
+        m_file.seekg(0, std::ios::end);
+        const std::streamoff end = m_file.tellg();
+        m_size = end > 0 ? static_cast<uint64_t>(end) / kWord : 0;
+        m_place = std::numeric_limits<uint64_t>::max();
     }
-    if (gf_stopping()) {
-        throw std::out_of_range("the run is to stop");
+    return *m_size;
+}
+
+void BglWords::read(uint64_t index, size_t count)
+{
+    if (m_place != index * kWord) {
+        m_file.clear();
+        m_file.seekg(static_cast<std::streamoff>(index * kWord));
     }
-    const size_t count = std::min<uint64_t>(m_most, m_size - index);
     m_window.resize(count);
-    m_file.clear();
-    m_file.seekg(static_cast<std::streamoff>(index * kWord));
     m_file.read(reinterpret_cast<char*>(m_window.data()), static_cast<std::streamsize>(count * kWord));
-    m_window.resize(static_cast<size_t>(std::max<std::streamsize>(m_file.gcount(), 0)) / kWord);
+    const auto came = static_cast<uint64_t>(std::max<std::streamsize>(m_file.gcount(), 0));
+    m_window.resize(came / kWord);
     m_first = index;
-    if (m_window.empty()) {
-        throw std::out_of_range(format("word {} can't be read", index));
-    }
+    m_place = index * kWord + came;
     if constexpr (std::endian::native == std::endian::big) {
         for (uint32_t& word : m_window) {
             word = word >> 24 | (word >> 8 & 0xFF00) | (word << 8 & 0xFF0000) | word << 24;
         }
+    }
+}
+
+void BglWords::load(uint64_t index)
+{
+    if (index >= size()) {
+        throw std::out_of_range(format("word {} of {}", index, size()));
+    }
+    if (gf_stopping()) {
+        throw std::out_of_range("the run is to stop");
+    }
+    read(index, std::min<uint64_t>(m_most, size() - index));
+    if (m_window.empty()) {
+        throw std::out_of_range(format("word {} can't be read", index));
     }
 }
 
@@ -56,8 +74,8 @@ uint8_t BglWords::byte(uint64_t offset)
 
 void BglWords::step()
 {
-    if (++m_steps > m_size) {
-        throw std::out_of_range(format("more records than fit into {} words", m_size));
+    if (++m_steps > size()) {
+        throw std::out_of_range(format("more records than fit into {} words", size()));
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <istream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,13 +20,11 @@ public:
     BglWords(std::istream& file, size_t window);
 
     // Whole words in the file.
-    [[nodiscard]] uint64_t size() const
+    [[nodiscard]] uint64_t size();
+    // Whether it has so many; a small number is answered from the window.
+    [[nodiscard]] bool has(uint64_t words)
     {
-        return m_size;
-    }
-    [[nodiscard]] uint64_t bytes() const
-    {
-        return m_bytes;
+        return words <= m_window.size() || words <= size();
     }
     uint32_t operator[](uint64_t index)
     {
@@ -42,12 +41,13 @@ public:
 
 private:
     void load(uint64_t index);
+    void read(uint64_t index, size_t count);
 
     std::istream& m_file;
-    size_t m_most = 0;  // words of a window
-    uint64_t m_bytes = 0;
-    uint64_t m_size = 0;
-    uint64_t m_first = 0;  // word at which the window begins
+    size_t m_most = 0;               // words of a window
+    std::optional<uint64_t> m_size;  // words, once asked for
+    uint64_t m_place = 0;            // byte at which the file reads on
+    uint64_t m_first = 0;            // word at which the window begins
     uint64_t m_steps = 0;
     std::vector<uint32_t> m_window;
 };

@@ -4,6 +4,7 @@
 #include "core/base/text.h"
 
 #include <algorithm>
+#include <set>
 
 namespace vlt {
 

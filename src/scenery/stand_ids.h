@@ -6,14 +6,14 @@
 #include "airports/airports.h"
 
 #include <optional>
-#include <set>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace vlt {
 
 struct StandIds {
-    std::set<std::string> used;
+    std::unordered_set<std::string> used;
     std::vector<size_t> marked;  // places in the list of those that needed a letter
 };
 
