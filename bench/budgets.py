@@ -33,17 +33,18 @@ def main() -> int:
         ("standAtPosition among 400 stands", "50 us", times["airport/stand_at_position"] / 1e3, 50, "us"),
         ("closestAirport among 28,000", "1 ms", times["airport/closest"] / 1e6, 1, "ms"),
         ("start: 20,000 liveries, 400,000 registrations", "1.5 s", times["start/stored"] / 1e9, 1.5, "s"),
-        ("20,000 liveries in 2,000 files, beside cat", "x3", times["scan/liveries"] / times["scan/cat_liveries"], 3, "x"),
+        ("20,000 liveries in 22,000 folders, beside find and cat", "x3",
+         times["scan/liveries"] / times["scan/find_liveries"], 3, "x"),
         ("holdsAirports, beside opening and reading 4 KiB", "x2",
          times["scan/holds_airports"] / times["scan/open_and_read"], 2, "x"),
         ("decoding scenery files, beside cat", "x2", times["scan/decode"] / times["scan/cat_sceneries"], 2, "x"),
     ]
     exceeded = 0
-    print(f"{'what':52} {'budget':>8} {'measured':>12}")
+    print(f"{'what':55} {'budget':>8} {'measured':>12}")
     for what, budget, measured, limit, unit in rows:
         over = measured > limit
         exceeded += over
-        print(f"{what:52} {budget:>8} {measured:>9.2f} {unit}{'  EXCEEDED' if over else ''}")
+        print(f"{what:55} {budget:>8} {measured:>9.2f} {unit}{'  EXCEEDED' if over else ''}")
     return 1 if exceeded else 0
 
 

@@ -1,6 +1,6 @@
 // The scans of what the user has installed, beside what merely reading the same files costs. All files are in
 // the system's cache: every benchmark has run once before it is measured.
-#include "core/base/parameters.h"
+#include "core/base/ordered_tasks.h"
 #include "core/base/text.h"
 #include "liveries/livery_search.h"
 #include "scenery/bgl.h"
@@ -51,8 +51,9 @@ static std::string lf_scenery(bool airports)
     for (int i = 0; i < 100; ++i) {
         plan.parkings.push_back({format("g{}", i), 9, 30, 1, 47 + i * 0.001, 11, {}});
     }
-    return gf_bglFile(airports ? std::vector(8, plan) : std::vector<BglAirportPlan>()) +
-           std::string(8000, 'x');
+    // What a scenery has beside its stands, taxiways most of all, is many times their size.
+    const std::string others(airports ? 60000 : 8000, 'x');
+    return gf_bglFile(airports ? std::vector{plan} : std::vector<BglAirportPlan>()) + others;
 }
 
 // The user's installation, made once and removed at the end.
@@ -122,6 +123,19 @@ static void lf_catCfgs(benchmark::State& state)
 }
 BENCHMARK(lf_catCfgs)->Name("scan/cat_liveries")->Unit(benchmark::kMillisecond)->UseRealTime();
 
+// Most of the folders are textures, in which nothing is; a scan must look into them all the same.
+static void lf_findLiveries(benchmark::State& state)
+{
+    const std::string command = format("find '{}' -name aircraft.cfg -print0 | xargs -0 cat > /dev/null",
+                                       (lf_home() / "planes").string());
+    for (auto _ : state) {
+        if (std::system(command.c_str()) != 0) {
+            state.SkipWithError("find");
+        }
+    }
+}
+BENCHMARK(lf_findLiveries)->Name("scan/find_liveries")->Unit(benchmark::kMillisecond)->UseRealTime();
+
 static void lf_holds(benchmark::State& state)
 {
     std::vector<fs::path> files = lf_sceneryFiles("others");
@@ -153,12 +167,16 @@ static void lf_decode(benchmark::State& state)
 {
     const std::vector<fs::path> files = lf_sceneryFiles("airports");
     for (auto _ : state) {
-        for (const fs::path& file : files) {
-            benchmark::DoNotOptimize(decodeBglFile(file, "x"));
+        size_t airports = 0;
+        gf_resultsInOrder(
+            files.size(), [&files](size_t i) { return decodeBglFile(files[i], "x"); },
+            [&airports](size_t, const BglFile& file) { airports += file.airports.size(); });
+        if (airports != kAirportFiles) {
+            state.SkipWithError("not all airports were found");
         }
     }
 }
-BENCHMARK(lf_decode)->Name("scan/decode")->Unit(benchmark::kMillisecond);
+BENCHMARK(lf_decode)->Name("scan/decode")->Unit(benchmark::kMillisecond)->UseRealTime();
 
 static void lf_catSceneries(benchmark::State& state)
 {

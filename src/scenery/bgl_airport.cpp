@@ -177,9 +177,9 @@ static std::string lf_standId(const Parking& parking)
     constexpr std::array<std::string_view, 12> kPrefixes = {"",   "r",   "p",  "np",  "ep", "sep",
                                                             "sp", "swp", "wp", "nwp", "g",  ""};
     if (parking.nameCode < kPrefixes.size()) {
-        return format("{}{}", kPrefixes[parking.nameCode], parking.number);
+        return std::string(kPrefixes[parking.nameCode]) + std::to_string(parking.number);
     }
-    return format("{}{}", static_cast<char>(parking.nameCode + 53), parking.number);
+    return static_cast<char>(parking.nameCode + 53) + std::to_string(parking.number);
 }
 
 static void lf_takeParking(AirportWalk& walk, const Parking& parking)
@@ -210,7 +210,7 @@ static void lf_takeParking(AirportWalk& walk, const Parking& parking)
                 format("===> Warning more then 6 the same ids {}, in {}", id, shown));
         return;
     }
-    ParkPos stand;
+    ParkPos& stand = walk.airport.apf.stands.emplace_back();
     stand.id = *free;
     stand.lat = parking.place.lat;
     stand.lon = parking.place.lon;
@@ -218,7 +218,6 @@ static void lf_takeParking(AirportWalk& walk, const Parking& parking)
     stand.radius = parking.radiusM / kMetresPerNm;
     stand.cargo = parking.type == kCargo;
     stand.ramp = parking.type < kFirstGate;
-    walk.airport.apf.stands.push_back(std::move(stand));
 }
 
 static void lf_takeParkings(AirportWalk& walk, const BglRecord& record)
@@ -231,7 +230,9 @@ static void lf_takeParkings(AirportWalk& walk, const BglRecord& record)
     }
     const uint32_t count = walk.words[record.at + 1] >> 16;
     uint64_t at = record.at + kFirst;
-    walk.airport.apf.stands.reserve(std::min<uint64_t>(count, (record.end - at) / words));
+    const uint64_t likely = std::min<uint64_t>(count, (record.end - at) / words);
+    walk.airport.apf.stands.reserve(walk.airport.apf.stands.size() + likely);
+    walk.ids.used.reserve(likely);
     for (uint32_t i = 0; i < count; ++i) {
         if (at + words > record.end) {
             lf_skip(walk, "", format("{} of {} parkings lie beyond the end of their list", count - i, count),

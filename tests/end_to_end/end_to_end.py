@@ -11,6 +11,7 @@ import json
 import os
 import re
 import resource
+import shutil
 import signal
 import socket
 import struct
@@ -158,6 +159,7 @@ def what_is_wrong_at_the_start_is_told(machine: Machine):
         process = machine.start("velatra", *arguments)
         assert process.wait(10) == code and text in process.stdout.read(), arguments
         assert not (machine.program / "Log.txt").exists()
+    shutil.rmtree(machine.folder / "appdata" / "Velatra")
     (machine.folder / "appdata" / "Velatra").write_text("a file where the folder should be")
     process = machine.start_velatra()
     assert process.wait(10) == 4 and "Failed to create directory" in process.stdout.read()
