@@ -63,6 +63,7 @@ void gf_beginResults()
 
 void gf_recoverResults()
 {
+    gf_dropResults();
     for (const ResultFolder& folder : lf_resultFolders()) {
         std::error_code error;
         if (!fs::exists(folder.old, error)) {
@@ -87,8 +88,6 @@ static bool lf_swap(const ResultFolder& folder)
     }
     if (error) {
         logLine(format("{} can't be replaced: {}", gf_shown(folder.place), error.message()));
-        std::error_code ignored;
-        fs::rename(folder.old, folder.place, ignored);
     }
     return !error;
 }
@@ -105,8 +104,12 @@ bool gf_placeResults()
         placed = placed && lf_swap(folder);
     }
     for (const ResultFolder& folder : folders) {
-        std::error_code ignored;
-        fs::remove_all(folder.old, ignored);
+        std::error_code error;
+        if (!placed && fs::exists(folder.old, error)) {
+            fs::remove_all(folder.place, error);
+            fs::rename(folder.old, folder.place, error);
+        }
+        fs::remove_all(folder.old, error);
     }
     return placed;
 }

@@ -50,7 +50,7 @@ void gf_beginResults();
 bool gf_placeResults();
 // Removes the new results.
 void gf_dropResults();
-// After a program end in the middle of gf_placeResults: the old results come back.
+// After a program end in the middle of a scan: what it made goes, and the old results come back.
 void gf_recoverResults();
 
 // Links the airport to its file in the archive when there is one. The number of stands in that file, if

@@ -116,10 +116,18 @@ TEST_F(AirportsScanTest, aStopOrAnEndInTheMiddleLeavesTheOldResults)
     EXPECT_FALSE(std::filesystem::exists("airports/my_thirdparty.new"));
     // As an end between the two renames of the change leaves it, with the folder that the next start makes.
     std::filesystem::rename("airports/my_thirdparty", "airports/my_thirdparty.old");
+    std::filesystem::create_directory("airports/my_thirdparty.new");
     makeFolders();
     gf_recoverResults();
     EXPECT_EQ(1U, stands("my_thirdparty/LFPG.xml"));
     EXPECT_FALSE(std::filesystem::exists("airports/my_thirdparty.old"));
+    EXPECT_FALSE(std::filesystem::exists("airports/my_thirdparty.new"));
+    // A result that can't be put in place costs neither folder.
+    workplace.folder.write("airports/my_ORBX/OWN.xml", "x");
+    gf_beginResults();
+    std::filesystem::remove("airports/my_thirdparty.new");
+    EXPECT_FALSE(gf_placeResults());
+    EXPECT_EQ("x", made("my_ORBX/OWN.xml"));
 }
 
 TEST_F(AirportsScanTest, theListsTellTheFoldersOfAddOns)

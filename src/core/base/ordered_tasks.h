@@ -28,8 +28,8 @@ bool gf_runInOrder(size_t count, const std::function<void(size_t)>& work,
 
 inline constexpr size_t kTasksAhead = 64;
 
-// The same with results: take(i, work(i)). Some items at a time make a task, since waking a thread costs more than
-// looking at a small file; no more than kTasksAhead tasks wait.
+// The same with results: take(i, work(i)). Some items at a time make a task, since waking a thread costs more
+// than looking at a small file; no more than kTasksAhead tasks wait.
 template <typename Work, typename Take>
 bool gf_resultsInOrder(size_t count, const Work& work, const Take& take)
 {
@@ -37,20 +37,19 @@ bool gf_resultsInOrder(size_t count, const Work& work, const Take& take)
     using Result = decltype(work(size_t{0}));
     std::vector<std::vector<Result>> waiting(kTasksAhead);
     const auto end = [count](size_t task) { return std::min(count, (task + 1) * kItems); };
-    return gf_runInOrder(
-        (count + kItems - 1) / kItems,
-        [&](size_t task) {
-            std::vector<Result>& results = waiting[task % kTasksAhead];
-            for (size_t i = task * kItems; i < end(task) && !gf_stopping(); ++i) {
-                results.push_back(work(i));
-            }
-        },
-        [&](size_t task) {
-            std::vector<Result> results = std::exchange(waiting[task % kTasksAhead], {});
-            for (size_t n = 0; n < results.size(); ++n) {
-                take(task * kItems + n, results[n]);
-            }
-        });
+    return gf_runInOrder((count + kItems - 1) / kItems,
+                         [&](size_t task) {
+                             std::vector<Result>& results = waiting[task % kTasksAhead];
+                             for (size_t i = task * kItems; i < end(task) && !gf_stopping(); ++i) {
+                                 results.push_back(work(i));
+                             }
+                         },
+                         [&](size_t task) {
+                             std::vector<Result> results = std::exchange(waiting[task % kTasksAhead], {});
+                             for (size_t n = 0; n < results.size(); ++n) {
+                                 take(task * kItems + n, results[n]);
+                             }
+                         });
 }
 
 }  // namespace vlt
