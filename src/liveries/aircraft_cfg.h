@@ -5,7 +5,7 @@
 // the files' lists together, in their order, and decides who owns a title that several offer.
 #pragma once
 
-#include "liveries/livery_section.h"
+#include "liveries/cfg_scan.h"
 
 #include <cstdint>
 #include <string_view>

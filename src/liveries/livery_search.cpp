@@ -4,6 +4,7 @@
 #include "core/base/ordered_tasks.h"
 #include "core/base/text.h"
 #include "core/base/tree_walk.h"
+#include "liveries/section_judge.h"
 #include "platform/ini_text.h"
 #include "platform/paths_form.h"
 
