@@ -75,7 +75,7 @@ static std::string lf_placeText(LatLon place)
 
 static double lf_heading(float headingDeg)
 {
-    return headingDeg == 0.0F ? 2 * std::numbers::pi : headingDeg * kRadPerDeg;
+    return headingDeg == 0.0F ? 2 * std::numbers::pi : std::remainder(headingDeg, 720.0) * kRadPerDeg;
 }
 
 static void lf_skip(AirportWalk& walk, std::string id, std::string reason, std::string logged)
@@ -123,6 +123,7 @@ static void lf_takeName(AirportWalk& walk, const BglRecord& record)
 static void lf_takeHelipad(AirportWalk& walk, const BglRecord& record)
 {
     constexpr uint64_t kWords = 9;
+    constexpr float kLeastWidth = 0.2F;  // metres; the file would tell a radius of 0
     if (record.at + kWords > record.end) {
         lf_skip(walk, "helipad", "its record is too short", "");
         return;
@@ -136,7 +137,7 @@ static void lf_takeHelipad(AirportWalk& walk, const BglRecord& record)
                 "lat/lon helipad incorrect (skipped): " + text);
         return;
     }
-    if (!std::isfinite(heading) || !(width > 0) || !gf_isStandWidth(width)) {
+    if (!std::isfinite(heading) || !(width >= kLeastWidth) || !gf_isStandWidth(width)) {
         lf_skip(walk, "helipad", "its size or heading can't be",
                 format("helipad at {} incorrect (skipped), in {}", text, walk.file.shown));
         return;

@@ -85,7 +85,7 @@ TEST(Bgl, whatIsNoStandIsSkippedWithItsReason)
     nowhere.lat = nowhere.lon = 0.0005;
     BglAirportPlan plan = lf_airport({lf_parking("g1", 1.0), lf_parking("g2", 1.1), lf_parking("g3", 200),
                                       lf_parking("g4", 20, 12), lf_parking("g5", 20, 0), nowhere});
-    plan.helipads = {{20, 1, 5, 6}, {20, 1, 5, 6}};
+    plan.helipads = {{20, 1, 5, 6}, {20, 1, 5, 6}, {1e-40, 1, 5, 7}};
     plan.names = {"one", "two", "one"};
     const BglFile file = lf_decode(gf_bglFile({plan, {"XY", 0, false, {}, {}, {lf_parking("1")}}}));
     ASSERT_EQ(1U, file.airports.size()) << "a code of two letters is none";
@@ -95,7 +95,7 @@ TEST(Bgl, whatIsNoStandIsSkippedWithItsReason)
     for (const SkippedStand& s : file.airports[0].skipped) {
         skipped.push_back(s.id);
     }
-    EXPECT_EQ((std::vector<std::string>{"helipad", "g1", "g3", "g4", "g5", "g6"}), skipped);
+    EXPECT_EQ((std::vector<std::string>{"helipad", "helipad", "g1", "g3", "g4", "g5", "g6"}), skipped);
     EXPECT_THAT(file.log, testing::Contains("skipped position with radius 1.0 meters, in x.bgl"));
     EXPECT_EQ(328, file.airports[0].apf.altitude);
     plan.elevationM = -10;
