@@ -7,6 +7,7 @@
 #include "core/base/log.h"
 #include "core/base/run_state.h"
 #include "core/base/text.h"
+#include "liveries/discovery.h"
 #include "traffic/collision.h"
 #include "traffic/user_wishes.h"
 
@@ -52,6 +53,9 @@ static void lf_scanAtOnce(const Checkbox& box, const char* nowText, const char* 
 
 static void lf_scanLiveries()
 {
+    if (SCAN_LIVERIES.value && settingsOpen) {
+        gf_resetLiveriesAtNextRun();
+    }
     lf_scanAtOnce(SCAN_LIVERIES, "Your liveries will be scanned",
                   "Your liveries will be scanned at the next start of Velatra, recommended after you have "
                   "add/removed AI aircraft models/liveries");

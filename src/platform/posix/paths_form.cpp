@@ -34,7 +34,10 @@ static std::string lf_driveFolder(char letter)
 {
     const auto capital = static_cast<char>(letter & ~0x20);
     const char* value = std::getenv((std::string("VELATRA_DRIVE_") + capital).c_str());
-    std::string folder(value ? value : "");
+    if (value == nullptr) {
+        return {};
+    }
+    std::string folder = value;
     while (folder.size() > 1 && folder.back() == '/') {
         folder.pop_back();
     }
