@@ -317,8 +317,11 @@ def realtraffic_comes_and_goes(machine: Machine):
 
 def a_setting_begins_the_work_anew_while_realtraffic_is_waited_for(machine: Machine):
     machine.install_realtraffic()
-    machine.start_world(*NO_FEED)
+    for wrong in ("nonsense@1", "sim-dies", "sim-dies@soon"):
+        assert machine.start("velatra-standin", "--fault", wrong).wait(10) != 0, wrong
+    machine.start_world(*NO_FEED, "--fault", "sim-pauses@0", "--fault", f"sim-resumes@{5 * SLOWNESS}")
     velatra = machine.start_velatra()
+    wait_for_status(velatra, lambda status: status["simConnected"] and not status["simRunning"])
     wait_for_line(velatra, "Waiting for RealTraffic to connect to Velatra ...")
     for command in ("MAX_LIVE=17", "MAX_LIVE=a few", "SCAN_LIVERIES=off", "SCAN_LIVERIES=on"):
         say(velatra, command)
