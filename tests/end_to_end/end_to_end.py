@@ -317,6 +317,7 @@ def realtraffic_comes_and_goes(machine: Machine):
 
 def a_setting_begins_the_work_anew_while_realtraffic_is_waited_for(machine: Machine):
     machine.install_realtraffic()
+    machine.install_addons()
     for wrong in ("nonsense@1", "sim-dies", "sim-dies@soon"):
         assert machine.start("velatra-standin", "--fault", wrong).wait(10) != 0, wrong
     machine.start_world(*NO_FEED, "--fault", "sim-pauses@0", "--fault", f"sim-resumes@{5 * SLOWNESS}")

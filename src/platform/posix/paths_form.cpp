@@ -33,15 +33,15 @@ static std::optional<std::string_view> lf_restBelow(std::string_view path, std::
 static std::string lf_driveFolder(char letter)
 {
     const auto capital = static_cast<char>(letter & ~0x20);
-    const char* value = std::getenv((std::string("VELATRA_DRIVE_") + capital).c_str());
+    std::string name = "VELATRA_DRIVE_";
+    name += capital;
+    const char* value = std::getenv(name.c_str());
     if (value == nullptr) {
         return {};
     }
-    std::string folder = value;
-    while (folder.size() > 1 && folder.back() == '/') {
-        folder.pop_back();
-    }
-    return folder;
+    const std::string_view folder = value;
+    const size_t last = folder.find_last_not_of('/');
+    return std::string(folder.substr(0, last == std::string_view::npos ? 1 : last + 1));
 }
 
 static std::string lf_withDriveMapped(std::string path)
