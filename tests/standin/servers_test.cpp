@@ -86,7 +86,7 @@ TEST(FeedPlayer, playsARecordingInOrderAndPaceAndStopsAtOnce)
     EXPECT_EQ(lines, got);
     EXPECT_GE(when[1], 0.199) << "40 seconds";
     EXPECT_GE(when[4], 0.399);
-    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(20));
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(60)) << "the rest takes longer";
 }
 
 }  // namespace vlt
