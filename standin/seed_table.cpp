@@ -12,7 +12,7 @@ static void lf_append(std::vector<DueMeasure>& to, const std::vector<DueMeasure>
     to.insert(to.end(), from.begin(), from.end());
 }
 
-void SeedTable::add(uint64_t seed, ReplayResult result)
+void SeedTable::add(uint64_t seed, const ReplayResult& result)
 {
     m_rows.push_back({format("{}", seed), result.aircraftSeconds / 3600, result.findings.invariantBreakCount,
                       gf_runMotion(result.lives).byKind});

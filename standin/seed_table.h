@@ -11,7 +11,7 @@ namespace vlt {
 class SeedTable
 {
 public:
-    void add(uint64_t seed, ReplayResult result);
+    void add(uint64_t seed, const ReplayResult& result);
     int64_t invariantBreaks() const;
     // Plain text, a row per seed, one of all, and one per band of flight over all seeds.
     std::string text() const;

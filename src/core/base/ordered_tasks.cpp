@@ -32,7 +32,7 @@ struct TaskRun {
     std::exception_ptr failure;
 };
 
-static void lf_end(TaskRun& run, std::exception_ptr failure)
+static void lf_end(TaskRun& run, const std::exception_ptr& failure)
 {
     {
         const std::scoped_lock lock(run.mutex);
