@@ -1,7 +1,10 @@
 #include "standin/replay.h"
 
+#include "airports/learned_file.h"
+#include "airports/learned_save.h"
 #include "airports/loading.h"
 #include "airports/parking/park_airport.h"
+#include "airports/parking/static_parking.h"
 #include "core/base/clock.h"
 #include "core/base/locks.h"
 #include "core/base/parameters.h"
@@ -36,6 +39,23 @@ static LatLon lf_middleOf(const std::vector<ParkPos>& stands)
     return {(south.lat + north.lat) / 2, (west.lon + east.lon) / 2};
 }
 
+// Where the park airport's learned file lies in the folder.
+static std::filesystem::path lf_learnedFile(const ReplayOptions& options)
+{
+    return options.airportsFolder / (options.airportCode + ".xml");
+}
+
+static void lf_layLearnedOver(const ReplayOptions& options, AirportLoad& load)
+{
+    const std::filesystem::path file = lf_learnedFile(options);
+    if (options.airportsFolder.empty() || !std::filesystem::exists(file)) {
+        return;
+    }
+    load.learned = true;
+    lf_readLearned(file, file.string(), load.apf, load.settings);
+    gf_numberStands(load.apf.stands);
+}
+
 // The file becomes the park airport, whatever its publisher and wherever it lies.
 static void lf_loadAirport(const ReplayOptions& options)
 {
@@ -43,6 +63,7 @@ static void lf_loadAirport(const ReplayOptions& options)
     if (!load.failed.empty()) {
         throw std::runtime_error(format("{}: {}", options.airportFile.string(), load.failed));
     }
+    lf_layLearnedOver(options, load);
     const LatLon middle = lf_middleOf(load.apf.stands);
     gf_installParkAirport(std::move(load), middle);
 }
@@ -120,12 +141,17 @@ public:
     {
         const auto begun = std::chrono::steady_clock::now();
         m_result.clockAtStart = m_simulator.now();
+        constexpr int32_t kPlanAfter = 16 * kTicksPerSecond;  // as after an airport came in sight
+        gf_preparePlanning();
         const auto ticks = static_cast<int32_t>(std::lround(m_options.seconds * kTicksPerSecond));
         for (int32_t n = 0; n < ticks; ++n) {
             if (n % kTicksPerSecond == 0) {
                 fetchLines(n / kTicksPerSecond);
             }
             hearUntil(m_options.from + static_cast<double>(n) / kTicksPerSecond);
+            if (n == kPlanAfter && parkState == ParkState::Loaded) {
+                initialPlanning();
+            }
             step();
             if (tick % kTicksPerSecond == 0) {
                 second();
@@ -134,6 +160,9 @@ public:
         m_result.wallSeconds =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - begun).count();
         m_result.simulatedSeconds = m_options.seconds;
+        if (!m_options.airportsFolder.empty()) {
+            saveLearned(lf_learnedFile(m_options));
+        }
         return finish();
     }
 

@@ -22,7 +22,8 @@ struct ReplayOptions {
     std::filesystem::path world = gf_sampleWorld();  // types, liveries, titles
     std::filesystem::path airportFile;               // of the park airport; empty: none
     std::string airportCode = "XXXX";
-    std::filesystem::path planFolder;  // for flight plans, removed at the end; empty: none are made
+    std::filesystem::path airportsFolder;  // of learned files, laid over and written; empty: none
+    std::filesystem::path planFolder;      // for flight plans, removed at the end; empty: none are made
     UserState user;
     Terrain terrain;
     double from = 0;        // seconds of the feed to begin at

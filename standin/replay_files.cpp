@@ -105,6 +105,33 @@ static std::string lf_livesTable(const std::vector<ReplayLife>& lives)
     return table;
 }
 
+// A static aircraft in the same columns: its state is parked from its first tick on.
+static std::string lf_staticTable(const std::vector<StaticLife>& lives)
+{
+    std::string table;
+    for (const StaticLife& life : lives) {
+        table += format("{},{},{},{},{},{},{},{},{},{},{},static,{},0.00,,,,,,{}\n", life.hexid,
+                        gf_csvCell(life.callsign), gf_csvCell(life.airline), gf_csvCell(life.model),
+                        gf_csvCell(life.regcode), gf_csvCell(life.title), life.titleStep, life.firstTick,
+                        life.activeTick, life.goneTick, stateWord(life.fs), gf_csvCell(life.stand),
+                        gf_csvCell(life.why));
+    }
+    return table;
+}
+
+static Json lf_staticParking(const StaticFindings& statics)
+{
+    Json halfHours = Json::array();
+    for (const ParkedCount& c : statics.halfHours) {
+        halfHours.push_back({{"day", c.stamp.day},
+                             {"slot", c.stamp.slot},
+                             {"static", c.statics},
+                             {"liveParked", c.live},
+                             {"wanted", c.wanted}});
+    }
+    return {{"aircraft", statics.lives.size()}, {"updates", statics.updates}, {"halfHours", halfHours}};
+}
+
 static Json lf_breaks(const ReplayResult& result)
 {
     constexpr size_t kListed = 60;
@@ -195,6 +222,7 @@ static std::string lf_replayReport(const ReplayResult& result)
                          {"aircraftHours", result.aircraftSeconds / 3600},
                          {"feedLines", result.feedLines},
                          {"aircraft", lf_lives(result.findings.lives)},
+                         {"staticParking", lf_staticParking(result.findings.statics)},
                          {"objects",
                           {{"created", result.counts.created},
                            {"removed", result.counts.removed},
@@ -210,7 +238,8 @@ static std::string lf_replayReport(const ReplayResult& result)
 
 void gf_writeReplay(const ReplayResult& result, const std::filesystem::path& folder)
 {
-    gf_writeRunFile(folder / "aircraft.csv", lf_livesTable(result.findings.lives));
+    gf_writeRunFile(folder / "aircraft.csv",
+                    lf_livesTable(result.findings.lives) + lf_staticTable(result.findings.statics.lives));
     gf_writeRunFile(folder / "report.json", lf_replayReport(result));
 }
 

@@ -199,6 +199,7 @@ void ReplayJudge::onSecond(const VirtualSimulator& simulator)
         }
     }
     checkIdentities();
+    m_statics.onSecond([this](std::string what) { note(std::move(what)); });
     const SimulatorCounts counts = simulator.counts();
     if (counts.created - counts.removed != objects.size()) {
         note(format("{} objects created, {} removed, but {} alive", counts.created, counts.removed,
@@ -212,6 +213,7 @@ ReplayFindings ReplayJudge::finish()
         close(seen);
     }
     m_findings.due = m_due.finish();
+    m_findings.statics = m_statics.finish();
     return std::move(m_findings);
 }
 

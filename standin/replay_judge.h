@@ -4,6 +4,7 @@
 #pragma once
 
 #include "standin/due_judge.h"
+#include "standin/static_judge.h"
 #include "standin/virtual_simulator.h"
 #include "traffic/geodesy.h"
 #include "traffic/traffic.h"
@@ -57,6 +58,7 @@ struct ReplayFindings {
     int64_t invariantBreakCount = 0;
     std::vector<ReplayLife> lives;  // in the order of their appearance
     DueFindings due;
+    StaticFindings statics;
 };
 
 class ReplayJudge
@@ -110,6 +112,7 @@ private:
     std::map<uint32_t, Parked> m_parked;        // by object
     std::map<uint32_t, Reports> m_reports;      // by hexid
     DueJudge m_due;
+    StaticJudge m_statics;
     int64_t m_active = 0;
 };
 

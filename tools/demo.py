@@ -18,7 +18,8 @@ from machine import Machine
 ROOT = Path(__file__).resolve().parent.parent
 INSTALL = ROOT / "build" / "install"
 DEMO = ROOT / "build" / "demo"
-LEAST_OBJECTS = 15  # within the 10 nm that the automatic range leaves around the airport
+LEAST_STATIC_SHARE = 0.5  # of the wanted ones: a short run ends before all stand, and some stands get live ones
+LEAST_LIVE = 15  # within the 10 nm that the automatic range leaves around the airport
 SET_UP_SECONDS = 6  # from the creation of an object to its first move, at most
 
 
@@ -63,23 +64,33 @@ def airport_shown() -> dict:
     shown = {}
     for line in (DEMO / "velatra.out").read_text().splitlines():
         if line.startswith("{") and json.loads(line).get("stands"):
-            shown = {key: json.loads(line)[key] for key in ("airport", "airportName", "stands", "quality")}
+            shown = json.loads(line)
     return shown
 
 
 def judge(code: int, builtin_day: bool) -> int:
-    airport = airport_shown()
+    shown = airport_shown()
+    airport = {key: shown[key] for key in ("airport", "airportName", "stands", "quality")} if shown else {}
     summary = json.loads((DEMO / "summary.json").read_text())
     objects = [o for o in summary["objects"] if o["byProgram"]]
-    positioned = [o for o in objects if o["firstPosition"] is not None]
+    statics = [o for o in objects if o["callsign"].endswith("*")]
+    live = [o for o in objects if o not in statics]
+    positioned = [o for o in live if o["firstPosition"] is not None]
     late = [o for o in positioned
             if o["released"] is None or o["frozen"] is None or o["frozen"] > o["firstPosition"]]
     complaints = summary["complaintList"]
     problems = []
     if code != 0:
         problems.append(f"Velatra ended with {code}")
-    if len(objects) < LEAST_OBJECTS:
-        problems.append(f"only {len(objects)} objects were created")
+    if len(live) < LEAST_LIVE:
+        problems.append(f"only {len(live)} live aircraft were created")
+    if builtin_day and len(statics) < shown.get("wanted", 0) * LEAST_STATIC_SHARE:
+        problems.append(f"only {len(statics)} static aircraft were created, {shown['wanted']} are wanted")
+    moved = [o["callsign"] for o in statics if o["positions"] or o["firstPosition"] is not None]
+    if moved:
+        problems.append(f"static aircraft were moved: {moved}")
+    if shown.get("updates") and not list((DEMO / "program/airports/learned").rglob("XVEL.xml")):
+        problems.append("what was learned at the airport was not saved")
     if builtin_day and airport != {"airport": "XVEL", "airportName": "Velatra Field", "stands": 62, "quality": "60"}:
         problems.append(f"the park airport was not loaded: {airport}")
     if (DEMO / "program/output/LiveriesScanned.xml").read_bytes() != (DEMO / "LiveriesPublished.xml").read_bytes():
@@ -89,7 +100,7 @@ def judge(code: int, builtin_day: bool) -> int:
         problems.append(f"the scan has found other airports than are installed: {sorted(scanned)}")
     if late:
         problems.append(f"{len(late)} objects were moved before their release and three freezes")
-    unclaimed = [o for o in objects if o["firstPosition"] is None and o["removed"] - o["created"] > SET_UP_SECONDS]
+    unclaimed = [o for o in live if o["firstPosition"] is None and o["removed"] - o["created"] > SET_UP_SECONDS]
     if unclaimed:
         problems.append(f"{len(unclaimed)} objects were created and never moved")
     if complaints:
@@ -97,6 +108,7 @@ def judge(code: int, builtin_day: bool) -> int:
     if shutil.which("rsvg-convert"):
         subprocess.run(["rsvg-convert", "-w", "1600", DEMO / "traffic.svg", "-o", DEMO / "traffic.png"], check=True)
     print(f"objects: {len(objects)}, moved: {len(positioned)}, wrong packets: {len(complaints)}")
+    print(f"static aircraft: {len(statics)} of {shown.get('wanted')} wanted, learned: {shown.get('updates')} updates")
     print(f"park airport: {airport}")
     print(f"picture and summary: {DEMO.relative_to(ROOT)}/traffic.svg, {DEMO.relative_to(ROOT)}/summary.json")
     for problem in problems:

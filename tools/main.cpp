@@ -5,6 +5,7 @@
 #include "tools/decode.h"
 #include "tools/match.h"
 #include "tools/picture.h"
+#include "tools/plan.h"
 #include "tools/publish.h"
 #include "tools/replay.h"
 #include "tools/scan.h"
@@ -215,6 +216,8 @@ static void lf_addReplay(CLI::App& tool)
     app.add_option("--airport-file", replay.airportFile, "the park airport's; else none, or the day's own")
         ->check(CLI::ExistingFile);
     app.add_option("--airport", replay.airportCode, "its code")->capture_default_str();
+    app.add_option("--airports", replay.airportsFolder,
+                   "folder of learned files: read, and written at the end");
     app.add_option("--from", replay.from, "seconds of the feed to begin at")->capture_default_str();
     app.add_option("--seconds", replay.seconds, "of the replay")->capture_default_str();
     lf_addReplayPlace(app, options);
@@ -222,6 +225,26 @@ static void lf_addReplay(CLI::App& tool)
     app.add_option("--seeds", options.seeds, "the built-in day with the seeds 1 to this, and one table");
     app.add_option("--every", options.every, "ticks between the rows of tracks.csv")->capture_default_str();
     app.add_flag("--no-events", options.noEvents, "no events.csv");
+}
+
+static void lf_addPlan(CLI::App& tool)
+{
+    const auto [app, options] = lf_add(
+        tool, "plan",
+        "the static aircraft that an airport gets at a half hour, and why other stands stay empty", gf_plan);
+    app.add_option("--airport-file", options->airportFile, "the airport file")->required();
+    app.add_option("--day", options->day, "1 Monday to 7 Sunday")->required()->check(CLI::Range(1, 7));
+    app.add_option("--slot", options->slot, "half hour of the UTC day")->required()->check(CLI::Range(0, 47));
+    app.add_option("--percentage", options->percentage, "wanted share of the stands")->capture_default_str();
+    app.add_option("--max-fit", options->maxFit, "half hours to search back")
+        ->check(CLI::Range(0, 47))
+        ->capture_default_str();
+    app.add_flag("--week", options->week, "weekdays don't count");
+    app.add_flag("--soft", options->soft, "inferred options too");
+    app.add_flag("--in-order", options->inOrder, "no chance: the first option of a stand");
+    app.add_option("--heard", options->heard, "call signs of flights in the air, one a line");
+    app.add_option("--world", options->world, "folder of the plain tables")->capture_default_str();
+    app.add_option("--seed", options->seed)->capture_default_str();
 }
 
 static void lf_addStand(CLI::App& tool)
@@ -244,6 +267,7 @@ int main(int argc, char** argv)
         lf_addDecode(tool);
         lf_addMatch(tool);
         lf_addPicture(tool);
+        lf_addPlan(tool);
         lf_addPublish(tool);
         lf_addScan(tool);
         lf_addBgl(tool);

@@ -9,6 +9,7 @@ std::list<ParkListEntry> parkAirports;
 Apf parkApf;
 std::string reservedStand;
 bool softLearningAllowed = true;
+std::vector<PlanEntry> parkPlan;
 SharedValue<int32_t> updateCount = 0;
 SharedValue<ParkState> parkState = ParkState::None;
 

@@ -13,6 +13,7 @@
 #include <list>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace vlt {
@@ -40,6 +41,25 @@ struct StandOption {
     bool real = true;      // seen there; false: inferred
 };
 
+// Where and when a live aircraft was last recorded at a stand.
+struct Sighting {
+    HourStamp stamp;
+    int32_t sequence = 0;  // of the option that it was recorded in; 0: it stood in one already
+};
+
+// 64-bit FNV-1a over the four bytes of a hexid, low byte first.
+struct HexidHash {
+    size_t operator()(uint32_t hexid) const
+    {
+        uint64_t hash = 0xcbf29ce484222325;
+        for (int shift = 0; shift < 32; shift += 8) {
+            hash = (hash ^ (hexid >> shift & 0xff)) * 0x100000001b3;
+        }
+        return hash;
+    }
+};
+using Sightings = std::unordered_map<uint32_t, Sighting, HexidHash>;  // by hexid
+
 inline constexpr double kAirportRadius = 5.0;             // nm around the reference point: at the airport
 inline constexpr double kStandReach = 55 / kMetresPerNm;  // nm off its centre: at a stand, looked at widely
 
@@ -51,6 +71,8 @@ inline constexpr uint32_t kNobody = 0;  // no live aircraft has this hexid
 // A stand.
 struct ParkPos {
     std::vector<StandOption> options;  // in file order
+    Sightings realSightings;           // of this visit
+    Sightings softSightings;
     std::string id;
     std::vector<uint32_t> neighbours;  // indices of the stands whose circles reach this one, ascending
     double lat = 0;
@@ -63,6 +85,8 @@ struct ParkPos {
     bool radiusChanged = false;         // learned; overrides the archived radius
     bool cargoChanged = false;          // learned; overrides the archived flag
     bool reserved = false;              // closed to static parking: for the user
+    bool planned = false;               // the planning under way has an aircraft for it
+    bool neighbourPlanned = false;      // or for a neighbour
     bool cargo = false;
     bool ramp = false;  // not a gate
     bool heli = false;
@@ -103,6 +127,20 @@ extern Apf parkApf;  // [worker] the park airport; an empty code: there is none
 // The stand with this index of the park airport, nullptr for kNoStand and an index beyond the list. Good
 // until the list is built anew.
 ParkPos* gf_stand(uint32_t index);
+
+// An aircraft that is to be placed on a stand.
+struct PlanEntry {
+    uint32_t stand = kNoStand;
+    int32_t offset = 0;  // half hours back at which the stand's history knows it; 0: now
+    std::string airline;
+    std::string type;
+    std::string callsign;
+    std::string coupledCs;
+    std::string reg;
+    bool real = true;   // seen there; false: inferred
+    bool stays = true;  // it is still there in the next half hour
+};
+extern std::vector<PlanEntry> parkPlan;  // [worker] to be placed; taken from its back
 
 extern std::string reservedStand;         // [worker] id of the stand that stays free for the user, or empty
 extern bool softLearningAllowed;          // [worker] the park airport's real data aren't good enough

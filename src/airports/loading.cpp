@@ -163,17 +163,6 @@ static void lf_layLearnedOver(AirportLoad& load)
     }
 }
 
-static void lf_finishStands(std::vector<ParkPos>& stands)
-{
-    stands.shrink_to_fit();
-    uint32_t index = kNoStand;
-    for (ParkPos& stand : stands) {
-        stand.index = ++index;
-        stand.options.shrink_to_fit();
-    }
-    gf_findNeighbours(stands);
-}
-
 static void lf_logLoad(const AirportLoad& load)
 {
     const Apf& apf = load.apf;
@@ -199,7 +188,7 @@ static std::string lf_read(const pugi::xml_document& document, const pugi::xml_p
     if (learned == Learned::LaidOver) {
         lf_layLearnedOver(load);
     }
-    lf_finishStands(load.apf.stands);
+    gf_numberStands(load.apf.stands);
     lf_logLoad(load);
     return load.apf.stands.empty() ? "no stands found" : "";
 }
@@ -265,6 +254,17 @@ AirportLoad gf_readApfAlone(const std::filesystem::path& file, const std::string
     AirportLoad load = lf_newLoad(file.string(), code);
     lf_readLocal(file, Learned::LeftOut, load);
     return load;
+}
+
+void gf_numberStands(std::vector<ParkPos>& stands)
+{
+    stands.shrink_to_fit();
+    uint32_t index = kNoStand;
+    for (ParkPos& stand : stands) {
+        stand.index = ++index;
+        stand.options.shrink_to_fit();
+    }
+    gf_findNeighbours(stands);
 }
 
 }  // namespace vlt

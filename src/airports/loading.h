@@ -42,6 +42,9 @@ bool gf_hasGoodQuality(const Apf& apf);
 // "45" of real and soft, for people; two blanks when unknown.
 std::string gf_qualityText(Quality quality);
 
+// Numbers the stands and lists for each its neighbours.
+void gf_numberStands(std::vector<ParkPos>& stands);
+
 // Lists for each stand those whose circles reach it.
 void gf_findNeighbours(std::vector<ParkPos>& stands);
 

@@ -182,6 +182,12 @@ void gf_keepUsersSettings()
 void gf_keepAirportsSettings()
 {
     lf_keep(airportsOwn);
+    parkingChanged = false;
+}
+
+bool gf_airportsSettingsChanged()
+{
+    return usersOwn[0] && parkingChanged;
 }
 
 void gf_takeUsersSettingsBack()

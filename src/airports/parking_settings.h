@@ -44,6 +44,8 @@ void gf_applyParkingSettings(const ParkingSettings& settings);
 void gf_keepUsersSettings();
 // and those that the load has put in their place.
 void gf_keepAirportsSettings();
+// The user has changed one of them since.
+bool gf_airportsSettingsChanged();
 // Puts back what was kept, if anything was, but for what was changed since the load: that is the user's own.
 void gf_takeUsersSettingsBack();
 

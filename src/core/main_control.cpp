@@ -1,5 +1,6 @@
 #include "core/main_control.h"
 
+#include "airports/learned_save.h"
 #include "airports/parking/list_wishes.h"
 #include "airports/parking/park_list.h"
 #include "airports/parking/reserved_stand.h"
@@ -189,6 +190,7 @@ static void lf_closeDown()
     }
     gf_requestNoteStand();  // the SimClient may not have come to its own end yet
     gf_noteUserStand();
+    gf_saveIfLearned();
     lf_forgetForNextRun();
     writeMatchingSummary();
     writeUnmatchedList();

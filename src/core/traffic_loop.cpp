@@ -2,7 +2,9 @@
 
 #include "airports/parking/list_wishes.h"
 #include "airports/parking/park_airport.h"
+#include "airports/parking/renewal.h"
 #include "airports/parking/reserved_stand.h"
+#include "airports/parking/static_parking.h"
 #include "core/base/clock.h"
 #include "core/base/display.h"
 #include "core/base/locks.h"
@@ -15,6 +17,7 @@
 #include "liveries/liveries.h"
 #include "liveries/matching.h"
 #include "platform/timer.h"
+#include "sim/dispatch.h"
 #include "sim/requests.h"
 #include "traffic/auto_range.h"
 #include "traffic/collision.h"
@@ -49,6 +52,18 @@ static void lf_setIntake(bool open)
     intakeOpen = open;
 }
 
+static constexpr int32_t kPlaceEvery = 50;  // ticks
+
+// Live aircraft come first.
+static void lf_placeParked()
+{
+    if (tooManyObjects.exchange(false)) {
+        gf_pausePlanning();
+    } else if (liveCreateQueue.empty()) {
+        planStep();
+    }
+}
+
 void trafficTick()
 {
     gf_handleSimMessages();
@@ -56,6 +71,9 @@ void trafficTick()
     gf_updateLiveAcs();
     gf_handOverPositions();
     gf_meterRequests();
+    if (tick % kPlaceEvery == 0) {
+        lf_placeParked();
+    }
     gf_takeFeed();
     gf_makeNextRequest();
     gf_requestObjectData();
@@ -69,6 +87,8 @@ void trafficTick()
 static void lf_refreshCounters()
 {
     display.liveCount = static_cast<int32_t>(gf_activeCount());
+    display.airport.staticCount =
+        static_cast<int32_t>(std::ranges::count(staticAcs, FsState::Active, &StaticAc::fs));
     gf_displaySecond();
 }
 
@@ -86,6 +106,8 @@ void secondTick()
     gf_noteUserStand();
     gf_serviceStandChange();
     gf_checkCollisions();
+    gf_serviceFlush();
+    gf_serviceRenewal();
     gf_serviceBlock();
     gf_serviceWishes();
     gf_serviceDestination();
@@ -139,9 +161,17 @@ struct Job {
 // The periodic job, in this order, in seconds that are multiples of 15; the day's end last, since it begins
 // to count anew.
 static constexpr Job kPeriodicJobs[] = {
-    {15, lf_moveCentre},      {15, gf_tellTime},      {15, clearReservedStand},
-    {15, lf_wakeSilentFeeds}, {15, gf_serviceReRead}, {30, gf_serviceNoMatchList},
-    {30, gf_adaptRange},      {60, lf_showRenewal},   {kRenewal, writeUnmatchedList},
+    {15, lf_moveCentre},
+    {15, gf_tellTime},
+    {15, clearReservedStand},
+    {15, lf_wakeSilentFeeds},
+    {15, gf_serviceReRead},
+    {30, gf_serviceNoMatchList},
+    {30, gf_adaptRange},
+    {60, lf_showRenewal},
+    {15, gf_renewIfRequested},
+    {kRenewal, gf_requestRenewal},
+    {kRenewal, writeUnmatchedList},
     {86400, lf_endDay},
 };
 

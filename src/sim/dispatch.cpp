@@ -31,6 +31,7 @@ static constexpr uint32_t kFramesPerLook = 30;
 std::atomic<int32_t> wantedSimVersion{5};
 std::atomic<bool> userOnGroundKnown{false};
 std::atomic<bool> noteStandRequested{false};
+std::atomic<bool> tooManyObjects{false};
 std::vector<uint32_t> addedObjects;
 bool simHasOpened = false;
 
@@ -183,6 +184,7 @@ static void lf_onException(PacketReader& body)
     case kExceptionVersionMismatch:
         throw UserErrorException(kPlainUserError, format("Simconnect Version Mismatch, dwindex: {} ", index));
     case kExceptionTooManyObjects:
+        tooManyObjects = true;
         showMessage("SimConnect: too many objects (max 1000)", true);
         break;
     case kExceptionCreateFailed:
@@ -416,6 +418,7 @@ void gf_resetDispatch()
     addedObjects.clear();
     userOnGroundKnown = false;
     noteStandRequested = false;
+    tooManyObjects = false;
     framesSeen = 0;
     userPrevPosition = {};
 }

@@ -15,6 +15,7 @@ namespace vlt {
 extern std::atomic<int32_t> wantedSimVersion;  // [atomic] worker: 5 or 6
 extern std::atomic<bool> userOnGroundKnown;    // [atomic] SimClient: the first report has arrived
 extern std::atomic<bool> noteStandRequested;   // [atomic] SimClient: the user's stand is to be noted
+extern std::atomic<bool> tooManyObjects;       // [atomic] SimClient sets, the worker clears
 extern std::vector<uint32_t> addedObjects;     // [simClient] announced, not yet seen in a data reply
 
 extern bool simHasOpened;  // [simClient] the connection's opening message has come

@@ -1,5 +1,6 @@
 #include "traffic/arrival.h"
 
+#include "airports/learning.h"
 #include "airports/stand_search.h"
 #include "core/base/log.h"
 #include "core/base/talkative_log.h"
@@ -135,10 +136,11 @@ static void lf_park(LiveAc& ac)
     }
     ac.stream.front().stationary = true;
     gf_restartStandWatch(ac);
+    noteCargoStand(ac);
     parkedConfig(ac);
     logTalkative(format("{:8}: {:8} arrived at stand", gf_standName(ac), ac.callsign));
     standChangeList.push_back(ac.hexid);
-    if (!ac.airline.empty() && ac.soft == ac.cargo) {
+    if (gf_registerStandUse(ac, false)) {
         maxParkCheck(0);
     }
 }
@@ -183,6 +185,7 @@ void leaveStand(LiveAc& ac)
         }
         ac.extendCount = 0;
     }
+    gf_registerStandUse(ac, true);
     gf_releaseStand(ac);
 }
 

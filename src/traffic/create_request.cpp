@@ -48,6 +48,19 @@ void makeCreateRequest(uint32_t hexid)
     liveCreateQueue.push_back(std::move(request));
 }
 
+void gf_requestStatic(const StaticAc& ac)
+{
+    CreateRequest request;
+    request.lat = ac.standLat;
+    request.lon = ac.standLon;
+    request.heading = ac.standHeading * kDegPerRad;
+    request.onGround = true;
+    request.tailNumber = lf_tailNumber(ac.callsign);
+    request.title = ac.title;
+    request.hexid = ac.hexid;
+    staticCreateQueue.push_back(std::move(request));
+}
+
 // Takes the aircraft's request back while it still waits for its turn.
 static bool lf_cancelCreation(std::deque<CreateRequest>& queue, const StaticAc& ac)
 {

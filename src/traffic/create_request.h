@@ -11,6 +11,9 @@ namespace vlt {
 // Builds the request for the live aircraft's object and queues it.
 void makeCreateRequest(uint32_t hexid);
 
+// Queues the request for a static aircraft on its stand.
+void gf_requestStatic(const StaticAc& ac);
+
 // Takes the aircraft's request back while it still waits for its turn. False if the simulator has it already.
 bool gf_takeRequestBack(const StaticAc& ac);
 

@@ -1,5 +1,6 @@
 #include "traffic/legs.h"
 
+#include "airports/learning.h"
 #include "core/base/log.h"
 #include "core/base/text.h"
 #include "traffic/air_motion.h"
@@ -82,6 +83,9 @@ static void lf_nextPosMain(LiveAc& ac)
             }
             ac.stream.erase(ac.stream.begin() + 1);
         } else if (!extendStream(ac)) {
+            if (ac.st != StState::Parked) {
+                offerSoftLearning(ac, ac.st != StState::Flying);
+            }
             removeAircraftFromSim(ac, "reports ended");
             return;
         }

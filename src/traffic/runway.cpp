@@ -1,5 +1,6 @@
 #include "traffic/runway.h"
 
+#include "airports/learning.h"
 #include "core/base/log.h"
 #include "core/base/text.h"
 #include "sim/wire/ids.h"
@@ -34,6 +35,9 @@ void takeOffStart(LiveAc& ac)
         logLine(format("towed aircraft takes-off? {}", logName(ac)));
     }
     lf_beginTakeOff(ac, kThrottleIdle, 0);
+    if (!ac.airline.empty()) {
+        offerSoftLearning(ac, true);
+    }
 }
 
 void gf_throttleOfTakeOffRun(LiveAc& ac)

@@ -31,6 +31,7 @@ static void lf_parks(LiveAc& ac)
 {
     ac.stamp = hourNow;
     logLine(format("{:8}: {:8} parks", gf_standName(ac), ac.callsign));
+    std::erase_if(parkPlan, [&ac](const PlanEntry& entry) { return entry.stand == ac.standId; });
     if (StaticAc* parked = gf_staticHolder(ac.standId)) {
         logLine(format("{:8}: {:8} parks over static {} ? static will be removed ...", gf_standName(ac),
                        ac.callsign, parked->callsign));

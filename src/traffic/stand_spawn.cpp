@@ -1,5 +1,6 @@
 #include "traffic/stand_spawn.h"
 
+#include "airports/learning.h"
 #include "airports/stand_search.h"
 #include "traffic/arrival.h"
 #include "traffic/geodesy.h"
@@ -48,6 +49,8 @@ static void lf_standAt(LiveAc& ac, const ParkPos& stand)
     front.lat = stand.lat;
     front.lon = stand.lon;
     front.track = stand.heading * kDegPerRad;
+    noteCargoStand(ac);
+    gf_registerStandUse(ac, false);
     maxParkCheck(1);
 }
 

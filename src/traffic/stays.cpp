@@ -78,7 +78,7 @@ std::vector<ParkedStay> oldParkedRound()
         if (stay > longest && !INITIAL_LOAD_ONLY.value) {
             removeAircraftFromSim(ac, "parked for long enough");
         } else {
-            stays.push_back({ac.standId, stay / kTicksPerMinute, gf_flightText(ac)});
+            stays.push_back({ac.standId, stay / kTicksPerMinute, gf_flightText(ac), ac.callsign, ac.hexid});
         }
     }
     std::ranges::stable_sort(stays, {}, &ParkedStay::minutes);

@@ -24,6 +24,8 @@ struct ParkedStay {
     uint32_t standId = kNoStand;
     int32_t minutes = 0;  // parked so far; 0 while it still reports from its stand
     std::string flight;
+    std::string callsign;
+    uint32_t hexid = 0;
 };
 
 // Removes the live aircraft that have been parked for too long, unless parking isn't renewed, and gives

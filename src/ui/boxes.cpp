@@ -1,5 +1,6 @@
 #include "ui/boxes.h"
 
+#include "airports/airports.h"
 #include "airports/catalogue.h"
 #include "airports/parking/list_wishes.h"
 #include "airports/parking_settings.h"
@@ -22,6 +23,14 @@ namespace vlt {
 
 // --- numbers
 
+// Without an airport to renew, the message that tells the new value stays.
+static void lf_renewParking()
+{
+    if (parkState == ParkState::Loaded) {
+        gf_respondSoon();
+    }
+}
+
 static void lf_afterInt(const IntTextbox& box, int32_t before)
 {
     if (&box == &LATERAL_RANGE) {
@@ -30,6 +39,8 @@ static void lf_afterInt(const IntTextbox& box, int32_t before)
     } else if (&box == &MAX_LIVE) {
         gf_notePerAirport();
         maxLiveChanged = true;
+    } else if (&box == &CUSTOM_MAX_PARK || &box == &parking_percentage) {
+        lf_renewParking();
     } else if (&box == &MATCHING_DEPTH && box.value > before) {
         clearNoMatchList = true;
     }
@@ -101,6 +112,7 @@ Typed lf_processTbFloat(FloatTextbox& box, std::string_view text)
         saveParameter(MAX_FIT);
         gf_applyMaxFit();
         showMessage(format("The new {} is {:.1F}", box.name, box.value.load()), false);
+        lf_renewParking();
         return Typed::Stored;
     } catch (const std::exception& e) {
         logLine(format("lf_processTbFloat exception {}", e.what()));

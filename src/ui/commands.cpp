@@ -2,6 +2,8 @@
 
 #include "airports/airports.h"
 #include "airports/parking/list_wishes.h"
+#include "airports/parking/park_airport.h"
+#include "airports/parking/renewal.h"
 #include "airports/parking_settings.h"
 #include "core/base/display.h"
 #include "core/base/log.h"
@@ -35,6 +37,19 @@ void gf_notePerAirport()
     if (parkState == ParkState::Loaded) {
         parkingChanged = true;
     }
+}
+
+void gf_respondSoon()
+{
+    constexpr int32_t kPeriod = 15;  // seconds
+    gf_notePerAirport();
+    if (parkState != ParkState::Loaded || INITIAL_LOAD_ONLY.value) {
+        clearMessage();
+        return;
+    }
+    renewalWanted = true;
+    const int32_t left = kPeriod - display.secondsCounter % kPeriod;
+    showMessage(format("{} will respond in {} second{} ...", kProgramName, left, gf_plural(left)), false);
 }
 
 // A scan switched on before RealTraffic is there can still happen in this start of the work.
@@ -78,12 +93,15 @@ struct BoxEffect {
 };
 
 // clang-format off
-static constexpr std::array<BoxEffect, 16> kBoxEffects{{
+static constexpr std::array<BoxEffect, 19> kBoxEffects{{
     {&NAV_LIGHTS_WHILE_PARKED, lf_switchNavLights, nullptr, nullptr},
     {&AUTO_RANGE, lf_switchRange, nullptr, nullptr},
     {&SCAN_LIVERIES, lf_scanLiveries, nullptr, nullptr},
     {&SCAN_AIRPORTS, lf_scanAirports, nullptr, nullptr},
     {&LEARN_SOFT, gf_notePerAirport, nullptr, nullptr},
+    {&PARK_FAKE, gf_respondSoon, nullptr, nullptr},
+    {&PARK_SOFT, gf_respondSoon, nullptr, nullptr},
+    {&WEEK, gf_respondSoon, nullptr, nullptr},
     {&LIG_AUTOMATIC, nullptr, nullptr, "The liveries defined by your lfolder parameters will be scanned"},
     {&LIG_PRIORITIZE, nullptr, "Liveries in lower lfolders that are already available will be skipped", nullptr},
     {&AFG_AUTOMATIC, nullptr, nullptr, "The airports defined by your afolder parameters will be scanned"},
@@ -160,11 +178,19 @@ static void lf_unblock()
     showMessage(format("no more blocking of live aircraft \"{}\"", callsign), false);
 }
 
+static void lf_flushStatic()
+{
+    showMessage("All static parked aircraft will be removed ...", false);
+    flushStaticRequested = true;
+    display.airport.flushStaticEnabled = false;
+}
+
 struct ButtonAct {
     const Button* button;
     void (*act)();
 };
-static constexpr std::array<ButtonAct, 2> kButtonActs{{{&UNBLOCK, lf_unblock}, {&RE_READ, lf_reRead}}};
+static constexpr std::array<ButtonAct, 3> kButtonActs{
+    {{&UNBLOCK, lf_unblock}, {&RE_READ, lf_reRead}, {&FLUSH_STATIC, lf_flushStatic}}};
 
 const Button* gf_findButton(std::string_view name)
 {
@@ -193,14 +219,22 @@ bool gf_isEnabled(const Parameter& control)
         const Parameter* control;
         bool (*now)();
     };
-    static constexpr std::array<Enabled, 7> kSometimes{{
+    static constexpr auto whileNotPlanning = [] { return display.airport.parkingEnabled.load(); };
+    static constexpr std::array<Enabled, 14> kSometimes{{
         {&LATERAL_RANGE, [] { return !AUTO_RANGE.value; }},
         {&AUTO_RANGE_ABOVE_HEIGHT, [] { return AUTO_RANGE.value.load(); }},
-        {&parking_percentage, [] { return display.airport.percentageEnabled.load(); }},
+        {&parking_percentage, [] { return whileNotPlanning() && display.airport.percentageEnabled; }},
+        {&FLUSH_STATIC, [] { return whileNotPlanning() && display.airport.flushStaticEnabled; }},
+        {&PARK_FAKE, whileNotPlanning},
+        {&PARK_SOFT, whileNotPlanning},
+        {&INITIAL_LOAD_ONLY, whileNotPlanning},
+        {&WEEK, whileNotPlanning},
+        {&MAX_FIT_FL, whileNotPlanning},
+        {&CUSTOM_MAX_PARK, whileNotPlanning},
         {&LEARN_SOFT, [] { return display.airport.learnSoftEnabled.load(); }},
         {&ALL_INSTALL_PATH, [] { return display.installPathEnabled.load(); }},
         {&DESTINATION, [] { return listWishesAllowed.load(); }},
-        {&RE_READ, [] { return listWishesAllowed.load(); }},
+        {&RE_READ, [] { return whileNotPlanning() && listWishesAllowed; }},
     }};
     for (const Enabled& row : kSometimes) {
         if (row.control == &control) {

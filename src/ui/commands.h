@@ -18,6 +18,10 @@ bool gf_isEnabled(const Parameter& control);
 // airport.
 void gf_notePerAirport();
 
+// A setting that static parking is planned by: a renewal follows within 15 s, and the message line tells
+// when.
+void gf_respondSoon();
+
 // Turns the box round, with all that follows.
 void gf_clickCheckbox(Checkbox& box);
 

@@ -51,6 +51,12 @@ std::string gf_statusLine()
     status["airportAltitude"] = display.airport.altitude.load();
     status["trafficWeek"] = display.airport.trafficWeek.load();
     status["handmade"] = display.airport.handmade.load();
+    status["static"] = display.airport.staticCount.load();
+    status["wanted"] = display.airport.wanted.load();
+    status["wantedPercent"] = display.airport.wantedPercent.load();
+    status["maxFitReal"] = display.airport.maxFitReal.load();
+    status["maxFitSoft"] = display.airport.maxFitSoft.load();
+    status["parkingEnabled"] = display.airport.parkingEnabled.load();
     status["updates"] = updateCount.load();
     status["minutesToRenewal"] = display.minutesToRenewal.load();
     status["thirdParty"] = display.thirdPartyCount.load();

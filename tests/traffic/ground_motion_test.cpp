@@ -144,7 +144,7 @@ TEST_F(GroundMotion, whoArrivesParksWhereNobodyElseIs)
         {"the claim is its own",      "parking: 0",    20001,   2, false, "parked",       true},
         {"another has a claim",       "parking: 0",    20009,   2, false, "parking extended goes", false},
         {"another is parked there",   "parking: 0",    kNobody, 1, false, "parking extended goes", false},
-        {"a freighter doesn't count", "parking: 0",    kNobody, 2, true,  "parked",       false},
+        {"it's a freighter's now",    "parking: 0",    kNobody, 2, true,  "parked",       true},
     };
     // clang-format on
     for (const auto& c : afresh(cases)) {

@@ -2,9 +2,13 @@
 
 #include "airports/airport_lookup.h"
 #include "airports/catalogue.h"
+#include "airports/learned_save.h"
+#include "airports/learning.h"
 #include "airports/loading.h"
 #include "airports/parking/park_list.h"
+#include "airports/parking/renewal.h"
 #include "airports/parking/reserved_stand.h"
+#include "airports/parking/static_parking.h"
 #include "airports/server_files.h"
 #include "airports/stand_search.h"
 #include "core/base/clock.h"
@@ -25,6 +29,8 @@
 #include <utility>
 
 namespace vlt {
+
+std::atomic<bool> flushStaticRequested{false};
 
 static LatLon lastPosition;  // [worker] of the user at the last look
 
@@ -60,13 +66,33 @@ bool setParkAirport(std::string_view code)
     return true;
 }
 
-void closeAirport()
+static bool toldThatItCalculates = false;  // [worker] in this run
+
+// Its place is known; until the next look the flights in the air are noted.
+static void lf_comeInSight(std::string_view code)
+{
+    if (!setParkAirport(code)) {
+        return;
+    }
+    gf_preparePlanning();
+    if (!toldThatItCalculates) {
+        toldThatItCalculates = true;
+        showMessage("Calculating static parked aircraft ...", false);
+    }
+}
+
+// Nothing of it is saved.
+static void lf_forgetAirport()
 {
     const bool wasLoaded = parkState == ParkState::Loaded;
     updateCount = 0;
     parkState = ParkState::None;
     softLearningAllowed = true;
     reservedStand.clear();
+    parkPlan.clear();
+    trafficReader.collectCallsigns = false;
+    gf_endPlanning();
+    gf_forgetSoftLearning();
     parkApf = Apf{};
     parkAirport.reset();
     trafficReader.setParkAirport(std::nullopt);
@@ -79,9 +105,32 @@ void closeAirport()
     }
 }
 
+void closeAirport()
+{
+    gf_saveIfLearned();
+    lf_forgetAirport();
+}
+
+void flushStatic()
+{
+    parkPlan.clear();
+    gf_flushParked();
+    closeAirport();
+}
+
+void gf_serviceFlush()
+{
+    if (flushStaticRequested.exchange(false)) {
+        flushStatic();
+    }
+}
+
 void gf_resetParkAirport()
 {
-    closeAirport();
+    flushStaticRequested = false;
+    gf_forgetRenewal();
+    toldThatItCalculates = false;
+    lf_forgetAirport();
     parkAirports.clear();
     lastPosition = {};
     fruitlessLook.reset();
@@ -170,6 +219,9 @@ static void lf_loadNow()
             return;
         }
         failed = lf_readParkedFile(source);
+        if (failed.empty()) {
+            initialPlanning();
+        }
     } catch (const std::exception& e) {
         failed = e.what();
     }
@@ -227,7 +279,7 @@ static void lf_findAirportAround()
     } else {
         logLine(format("User aircraft on the ground at {}", airport->code));
         fruitlessLook.reset();
-        setParkAirport(airport->code);
+        lf_comeInSight(airport->code);
     }
 }
 
@@ -263,7 +315,8 @@ static void checkInSight()
         return;
     }
     const ParkListEntry* first = lf_firstUseful();
-    if (first != nullptr && lf_isInSight(first->distance) && setParkAirport(first->code)) {
+    if (first != nullptr && lf_isInSight(first->distance) && findAirport(first->code) != nullptr) {
+        lf_comeInSight(first->code);
         logLine(format("{} in sight at {:.1F} nm", first->code, first->distance));
         lf_tried([first] { findAirportFile(first->code); });  // so that the server has answered by then
     }
@@ -289,8 +342,7 @@ static void lf_lookUnderWheels()
         fruitlessLook.reset();
         logLine(format("\n{} User aircraft on the ground at {}, parked aircraft at {} will be removed first",
                        timeOfDayString(), field->code, parkApf.code));
-        gf_flushParked();
-        closeAirport();
+        flushStatic();
     }
 }
 
@@ -305,8 +357,7 @@ static void checkOutOfSight()
     if (!lf_isInSight(distance)) {
         logLine(format("\n{} {} is out of sight ({:.1F} nm), parked aircraft will be removed",
                        timeOfDayString(), code, distance));
-        gf_flushParked();
-        closeAirport();
+        flushStatic();
         return;
     }
     const ParkListEntry* first = lf_firstUseful();
@@ -314,8 +365,7 @@ static void checkOutOfSight()
         first->distance < distance) {
         logLine(format("\n{} {} is in sight ({:.1F} nm), parked aircraft at {} will be removed first",
                        timeOfDayString(), first->code, first->distance, code));
-        gf_flushParked();
-        closeAirport();
+        flushStatic();
     }
 }
 
@@ -329,6 +379,9 @@ bool gf_goOnLooking()
 
 void parkAirportCheck()
 {
+    if (gf_endIfPlaced()) {
+        return;
+    }
     waitsForServer = false;
     if (parkState == ParkState::InSight) {
         lf_loadNow();

@@ -7,6 +7,7 @@
 #include "airports/loading.h"
 #include "traffic/geodesy.h"
 
+#include <atomic>
 #include <string_view>
 
 namespace vlt {
@@ -23,8 +24,15 @@ bool setParkAirport(std::string_view code);
 // window. `place` is the airport's reference point; the load hasn't failed.
 void gf_installParkAirport(AirportLoad load, LatLon place);
 
-// There is no park airport any more; the user's own settings are back in force.
+// Saves what was learned. There is no park airport any more; the user's own settings are back in force.
 void closeAirport();
+
+// Takes all parked aircraft away and closes the airport.
+void flushStatic();
+
+extern std::atomic<bool> flushStaticRequested;  // [atomic] the user sets, the worker clears
+// Once a second: does what the user has asked for.
+void gf_serviceFlush();
 
 // As at the start of a run.
 void gf_resetParkAirport();

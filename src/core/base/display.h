@@ -34,6 +34,12 @@ struct ShownAirport {
     SharedText userStand;      // at which the user is
     SharedValue<int32_t> standCount = 0;
     SharedValue<int32_t> altitude = 0;             // feet
+    SharedValue<int32_t> wanted = 0;               // parked aircraft
+    SharedValue<int32_t> wantedPercent = 0;        // of the stands
+    SharedValue<int32_t> maxFitReal = -1;          // half hours back that the planning went; -1 not yet
+    SharedValue<int32_t> maxFitSoft = -1;          // the same for inferred options
+    SharedValue<int32_t> staticCount = 0;          // static aircraft that stand
+    SharedValue<bool> parkingEnabled = true;       // the boxes of the parking settings
     SharedValue<int32_t> trafficWeek = 0;          // of the data behind its file
     SharedValue<bool> handmade = false;            // its stands are the user's own
     SharedValue<bool> learnSoftEnabled = true;     // the box of LEARN_SOFT takes input

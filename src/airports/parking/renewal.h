@@ -1,0 +1,25 @@
+// The renewal of static parking every 20 minutes: who has stood for too long goes, who leaves next gets its
+// next call sign, and stands that history fills by now are filled.
+//
+// Worker thread. State: whether a renewal is due.
+#pragma once
+
+#include <atomic>
+
+namespace vlt {
+
+extern std::atomic<bool> renewalWanted;  // [atomic] the user has changed what is planned by
+// Once a second: what the user wants is requested.
+void gf_serviceRenewal();
+// As at the start of a run.
+void gf_forgetRenewal();
+
+// The 20 minutes have passed: the flights in the air are noted from now on.
+void gf_requestRenewal();
+// A period later: renews the parking if that was requested.
+void gf_renewIfRequested();
+
+// The renewal itself.
+void parkingAdjustments();
+
+}  // namespace vlt
