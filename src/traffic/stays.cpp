@@ -30,12 +30,11 @@ static LiveAc* lf_longestParked()
     return longest;
 }
 
-// Half hours since a stamp, the week running round.
-static uint32_t lf_age(HourStamp stamp)
+int32_t gf_halfHoursSince(HourStamp stamp, HourStamp now)
 {
     constexpr uint32_t kSlotsPerWeek = 7 * kSlotsPerDay;
     const auto place = [](HourStamp s) { return s.day * static_cast<uint32_t>(kSlotsPerDay) + s.slot; };
-    return (place(hourNow) + kSlotsPerWeek - place(stamp) % kSlotsPerWeek) % kSlotsPerWeek;
+    return static_cast<int32_t>((place(now) + kSlotsPerWeek - place(stamp) % kSlotsPerWeek) % kSlotsPerWeek);
 }
 
 static void lf_removeOldestStatic(int64_t parked)
@@ -46,8 +45,8 @@ static void lf_removeOldestStatic(int64_t parked)
     if (present + parked <= maxPark || staticAcs.empty()) {
         return;
     }
-    const auto oldest =
-        std::ranges::max_element(staticAcs, {}, [](const StaticAc& s) { return lf_age(s.stamp); });
+    const auto oldest = std::ranges::max_element(
+        staticAcs, {}, [](const StaticAc& s) { return gf_halfHoursSince(s.stamp, hourNow); });
     if (oldest->fs == FsState::Active) {
         removeAircraftFromSim(*oldest, "a live aircraft parks in its place");
     }

@@ -28,6 +28,9 @@ struct ParkedStay {
     uint32_t hexid = 0;
 };
 
+// The half hours that have passed since a stamp, the week running round.
+int32_t gf_halfHoursSince(HourStamp stamp, HourStamp now);
+
 // Removes the live aircraft that have been parked for too long, unless parking isn't renewed, and gives
 // the others, the latest first.
 std::vector<ParkedStay> oldParkedRound();

@@ -92,6 +92,7 @@ static void lf_forgetAirport()
     parkPlan.clear();
     trafficReader.collectCallsigns = false;
     gf_endPlanning();
+    gf_forgetRenewal();
     gf_forgetSoftLearning();
     parkApf = Apf{};
     parkAirport.reset();
@@ -128,7 +129,6 @@ void gf_serviceFlush()
 void gf_resetParkAirport()
 {
     flushStaticRequested = false;
-    gf_forgetRenewal();
     toldThatItCalculates = false;
     lf_forgetAirport();
     parkAirports.clear();

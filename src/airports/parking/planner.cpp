@@ -48,11 +48,6 @@ static int32_t lf_place(HourStamp stamp)
     return (static_cast<int32_t>(stamp.day) - 1) * kSlots + static_cast<int32_t>(stamp.slot);
 }
 
-int32_t gf_halfHoursSince(HourStamp stamp, HourStamp now)
-{
-    return (lf_place(now) - lf_place(stamp) + kWeek) % kWeek;
-}
-
 HourStamp gf_halfHoursBefore(HourStamp stamp, int32_t halfHours)
 {
     const int32_t place = ((lf_place(stamp) - halfHours) % kWeek + kWeek) % kWeek;

@@ -52,8 +52,6 @@ std::string lf_detcs(const PlanEntry& entry);
 // The two call signs name one flight; the "*" of a static aircraft doesn't count, and empty ones name none.
 bool gf_isSameCallsign(std::string_view a, std::string_view b);
 
-// The half hours that have passed since a stamp, the week running round.
-int32_t gf_halfHoursSince(HourStamp stamp, HourStamp now);
 // The stamp so many half hours before.
 HourStamp gf_halfHoursBefore(HourStamp stamp, int32_t halfHours);
 // The option is one of that day, or days don't count.

@@ -11,7 +11,7 @@ namespace vlt {
 extern std::atomic<bool> renewalWanted;  // [atomic] the user has changed what is planned by
 // Once a second: what the user wants is requested.
 void gf_serviceRenewal();
-// As at the start of a run.
+// There is no airport any more whose parking could be renewed.
 void gf_forgetRenewal();
 
 // The 20 minutes have passed: the flights in the air are noted from now on.
