@@ -55,11 +55,11 @@ static void lf_setIntake(bool open)
 static constexpr int32_t kPlaceEvery = 50;  // ticks
 
 // Live aircraft come first.
-static void lf_placeParked()
+static void lf_placeParked(bool liveOnesWait)
 {
     if (tooManyObjects.exchange(false)) {
         gf_pausePlanning();
-    } else if (liveCreateQueue.empty()) {
+    } else if (!liveOnesWait) {
         planStep();
     }
 }
@@ -71,11 +71,12 @@ void trafficTick()
     gf_updateLiveAcs();
     gf_handOverPositions();
     gf_meterRequests();
-    if (tick % kPlaceEvery == 0) {
-        lf_placeParked();
-    }
     gf_takeFeed();
+    const bool liveOnesWait = !liveCreateQueue.empty();
     gf_makeNextRequest();
+    if (tick % kPlaceEvery == 0) {
+        lf_placeParked(liveOnesWait);
+    }
     gf_requestObjectData();
     if (tick % kTicksPerSecond == 0) {
         gf_tellPosition();
