@@ -1,6 +1,5 @@
 #include "standin/replay.h"
 
-#include "airports/learned_file.h"
 #include "airports/learned_save.h"
 #include "airports/loading.h"
 #include "airports/parking/park_airport.h"
@@ -20,6 +19,7 @@
 #include "sim/requests.h"
 #include "standin/direct.h"
 #include "standin/installed_titles.h"
+#include "standin/learned_folder.h"
 #include "standin/world.h"
 #include "traffic/flight_plan.h"
 
@@ -39,23 +39,6 @@ static LatLon lf_middleOf(const std::vector<ParkPos>& stands)
     return {(south.lat + north.lat) / 2, (west.lon + east.lon) / 2};
 }
 
-// Where the park airport's learned file lies in the folder.
-static std::filesystem::path lf_learnedFile(const ReplayOptions& options)
-{
-    return options.airportsFolder / (options.airportCode + ".xml");
-}
-
-static void lf_layLearnedOver(const ReplayOptions& options, AirportLoad& load)
-{
-    const std::filesystem::path file = lf_learnedFile(options);
-    if (options.airportsFolder.empty() || !std::filesystem::exists(file)) {
-        return;
-    }
-    load.learned = true;
-    lf_readLearned(file, file.string(), load.apf, load.settings);
-    gf_numberStands(load.apf.stands);
-}
-
 // The file becomes the park airport, whatever its publisher and wherever it lies.
 static void lf_loadAirport(const ReplayOptions& options)
 {
@@ -63,7 +46,7 @@ static void lf_loadAirport(const ReplayOptions& options)
     if (!load.failed.empty()) {
         throw std::runtime_error(format("{}: {}", options.airportFile.string(), load.failed));
     }
-    lf_layLearnedOver(options, load);
+    gf_layLearnedOver(options.airportsFolder, options.airportCode, load);
     const LatLon middle = lf_middleOf(load.apf.stands);
     gf_installParkAirport(std::move(load), middle);
 }
@@ -73,6 +56,7 @@ static SimulatorOptions lf_simulatorOptions(const ReplayOptions& options)
     SimulatorOptions simulator;
     simulator.user = options.user;
     simulator.terrain = options.terrain;
+    simulator.zuluStart += std::llround(options.from);  // the weekday and half hour of the feed
     simulator.titles = gf_readTitles(options.world / "titles.csv");
     simulator.keepCalls = true;
     return simulator;
@@ -161,7 +145,7 @@ public:
             std::chrono::duration<double>(std::chrono::steady_clock::now() - begun).count();
         m_result.simulatedSeconds = m_options.seconds;
         if (!m_options.airportsFolder.empty()) {
-            saveLearned(lf_learnedFile(m_options));
+            saveLearned(gf_learnedIn(m_options.airportsFolder, m_options.airportCode));
         }
         return finish();
     }

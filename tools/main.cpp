@@ -233,6 +233,8 @@ static void lf_addPlan(CLI::App& tool)
         tool, "plan",
         "the static aircraft that an airport gets at a half hour, and why other stands stay empty", gf_plan);
     app.add_option("--airport-file", options->airportFile, "the airport file")->required();
+    app.add_option("--airports", options->airports,
+                   "folder of learned files; its file of that name is laid over");
     app.add_option("--day", options->day, "1 Monday to 7 Sunday")->required()->check(CLI::Range(1, 7));
     app.add_option("--slot", options->slot, "half hour of the UTC day")->required()->check(CLI::Range(0, 47));
     app.add_option("--percentage", options->percentage, "wanted share of the stands")->capture_default_str();

@@ -7,6 +7,7 @@
 #include "liveries/liveries.h"
 #include "liveries/match_index.h"
 #include "liveries/matching.h"
+#include "standin/learned_folder.h"
 #include "standin/world.h"
 #include "traffic/performance.h"
 
@@ -78,8 +79,9 @@ int gf_plan(const PlanOptions& options)
     gf_loadWorld(options.world);
     AirportLoad load = gf_readApfAlone(options.airportFile, "XXXX");
     if (!load.failed.empty()) {
-        throw std::runtime_error(options.airportFile + ": " + load.failed);
+        throw std::runtime_error(options.airportFile.string() + ": " + load.failed);
     }
+    gf_layLearnedOver(options.airports, options.airportFile.stem().string(), load);
     parkApf = std::move(load.apf);
     Planning planning = lf_planning(options);
     parkPlan.clear();

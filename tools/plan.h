@@ -11,8 +11,9 @@
 namespace vlt {
 
 struct PlanOptions {
-    std::string airportFile;
-    std::string heard;  // a file of call signs of flights in the air, one a line; empty: none
+    std::filesystem::path airportFile;
+    std::string heard;               // a file of call signs of flights in the air, one a line; empty: none
+    std::filesystem::path airports;  // folder of learned files, laid over; empty: none
     std::filesystem::path world = gf_sampleWorld();
     uint32_t day = 1;   // 1 Monday to 7 Sunday
     uint32_t slot = 0;  // 0 to 47
