@@ -246,6 +246,8 @@ static void lf_addPlan(CLI::App& tool)
     app.add_flag("--in-order", options->inOrder, "no chance: the first option of a stand");
     app.add_option("--heard", options->heard, "call signs of flights in the air, one a line");
     app.add_option("--world", options->world, "folder of the plain tables")->capture_default_str();
+    app.add_option("--plans", options->plans, "so many, with the seeds that follow: how often each is chosen")
+        ->check(CLI::PositiveNumber);
     app.add_option("--seed", options->seed)->capture_default_str();
 }
 

@@ -16,7 +16,9 @@
 #include <algorithm>
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <stdexcept>
+#include <vector>
 
 namespace vlt {
 
@@ -72,9 +74,45 @@ static nlohmann::ordered_json lf_row(const ParkPos& stand, const Planning& plann
             {"stays", entry->stays}};
 }
 
+static Planning lf_planOnce(const PlanOptions& options, uint64_t seed)
+{
+    gf_seedRandom(seed);
+    Planning planning = lf_planning(options);
+    parkPlan.clear();
+    gf_renumberOptions();
+    gf_planPasses(planning, wantedCount(), 0);
+    return planning;
+}
+
+static void lf_print(const nlohmann::ordered_json& row)
+{
+    std::cout << row.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+}
+
+static void lf_printOnePlan(const PlanOptions& options)
+{
+    const Planning planning = lf_planOnce(options, options.seed);
+    for (const ParkPos& stand : parkApf.stands) {
+        lf_print(lf_row(stand, planning));
+    }
+}
+
+static void lf_printCounts(const PlanOptions& options)
+{
+    std::vector<std::map<std::string, int32_t>> chosen(parkApf.stands.size());
+    for (int32_t n = 0; n < options.plans; ++n) {
+        lf_planOnce(options, options.seed + static_cast<uint64_t>(n));
+        for (const PlanEntry& entry : parkPlan) {
+            ++chosen[entry.stand - 1][entry.reg];
+        }
+    }
+    for (const ParkPos& stand : parkApf.stands) {
+        lf_print({{"stand", stand.id}, {"chosen", chosen[stand.index - 1]}});
+    }
+}
+
 int gf_plan(const PlanOptions& options)
 {
-    gf_seedRandom(options.seed);
     lf_setParameters(options);
     gf_loadWorld(options.world);
     AirportLoad load = gf_readApfAlone(options.airportFile, "XXXX");
@@ -83,13 +121,10 @@ int gf_plan(const PlanOptions& options)
     }
     gf_layLearnedOver(options.airports, options.airportFile.stem().string(), load);
     parkApf = std::move(load.apf);
-    Planning planning = lf_planning(options);
-    parkPlan.clear();
-    gf_renumberOptions();
-    gf_planPasses(planning, wantedCount(), 0);
-    for (const ParkPos& stand : parkApf.stands) {
-        std::cout << lf_row(stand, planning).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)
-                  << '\n';
+    if (options.plans > 1) {
+        lf_printCounts(options);
+    } else {
+        lf_printOnePlan(options);
     }
     return 0;
 }

@@ -20,12 +20,14 @@ struct PlanOptions {
     int32_t percentage = 30;
     int32_t maxFit = 47;  // half hours
     uint64_t seed = 1;
+    int32_t plans = 1;     // with the seeds that follow; more than one are counted
     bool week = false;     // weekdays don't count
     bool soft = false;     // inferred options too
     bool inOrder = false;  // no chance: the first option of the file
 };
 
-// Prints a JSON line for each stand. The exit code; throws if the file holds no stands.
+// Prints a JSON line for each stand: its aircraft, or of several plans how often each was chosen. The exit
+// code; throws if the file holds no stands.
 int gf_plan(const PlanOptions& options);
 
 }  // namespace vlt
