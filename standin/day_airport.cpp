@@ -62,13 +62,18 @@ static void lf_addRamp(std::vector<DayStand>& stands)
     }
 }
 
-static void lf_addCargo(std::vector<DayStand>& stands)
+double gf_cargoAlong(int n)
 {
     constexpr double kFirst = 620;  // metres along
     constexpr double kSpacing = 80;
+    return kFirst + n * kSpacing;
+}
+
+static void lf_addCargo(std::vector<DayStand>& stands)
+{
     for (int n = 0; n < kCargoStands; ++n) {
         stands.push_back({format("C{}", n + 1),
-                          {kFirst + n * kSpacing, -kStandsLeft},
+                          {gf_cargoAlong(n), -kStandsLeft},
                           lf_noseDeg(-1),
                           n % 3 == 2 ? kNarrowRadius : kWideRadius,
                           StandKind::Cargo});

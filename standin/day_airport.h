@@ -65,6 +65,7 @@ EastNorth gf_eastNorth(FieldPoint point);
 
 // The along value of the nth stand of a row, n from 0.
 double gf_standAlong(int n);
+double gf_cargoAlong(int n);  // of the cargo stands
 
 // Northern row first, then the southern row, ramp, cargo, helipads.
 std::vector<DayStand> gf_dayStands();

@@ -88,7 +88,9 @@ struct FleetBuilder {
 static void lf_add(FleetBuilder& builder, Airframe airframe, FleetUse use)
 {
     auto& list = builder.fleet.airframes[static_cast<size_t>(use)];
-    if (list.size() >= lf_wanted(static_cast<size_t>(use)) || !builder.regs.insert(airframe.reg).second) {
+    const bool misplaced = airframe.cargo && use == FleetUse::Arrival;  // the gates are for passengers
+    if (misplaced || list.size() >= lf_wanted(static_cast<size_t>(use)) ||
+        !builder.regs.insert(airframe.reg).second) {
         return;
     }
     uint64_t draw = Fnv1a()(airframe.reg);
@@ -115,6 +117,7 @@ static std::set<std::string> lf_paintedPairs(const std::filesystem::path& file)
 
 static void lf_addFromTable(FleetBuilder& builder, const std::filesystem::path& world)
 {
+    constexpr size_t kCargoColumn = 4;
     const std::set<std::string> painted = lf_paintedPairs(world / "liveries.csv");
     std::ifstream in(world / "registrations.csv");
     std::string line;
@@ -128,7 +131,8 @@ static void lf_addFromTable(FleetBuilder& builder, const std::filesystem::path& 
             const bool airliner = row->use == kAirliner;
             const bool ofAirline = cells[1].size() == 3 && cells[1] != "PVT";
             if (airliner == ofAirline) {
-                rows.push_back({0, cells[0], ofAirline ? cells[1] : "", cells[2], row->emitter});
+                const bool cargo = cells.size() > kCargoColumn && cells[kCargoColumn] == "1";
+                rows.push_back({0, cells[0], ofAirline ? cells[1] : "", cells[2], row->emitter, cargo});
             }
         }
     }
@@ -158,7 +162,7 @@ static void lf_addMadeUp(FleetBuilder& builder, size_t n)
 {
     const uint64_t draw = gf_mixed(builder.seed, n + 1000);
     const TypeRow& row = kTypes[draw % kTypes.size()];
-    Airframe airframe{0, "", "", row.type, row.emitter};
+    Airframe airframe{0, "", "", row.type, row.emitter, false};
     if (row.use == kAirliner) {
         airframe.airline = kAirlines[(draw >> 16) % kAirlines.size()];
         airframe.reg = "D-A" + lf_letters(draw >> 24, 3);

@@ -19,6 +19,7 @@ struct Airframe {
     std::string airline;  // ICAO code, empty for a private aircraft
     std::string type;     // ICAO designator
     std::string emitter;  // emitter category such as "A3"
+    bool cargo = false;   // a freighter: of the uses it has the overflights and departures only
 };
 
 // The uses of the day, each with airframes of its own, so that no aircraft flies twice at once.

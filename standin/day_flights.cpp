@@ -123,12 +123,20 @@ static std::vector<RouteLeg> lf_arrival(Chance& chance, int64_t number)
     return {leg};
 }
 
-static std::vector<RouteLeg> lf_departure(Chance& chance, int64_t number)
+// Where a departure stands: a freighter on one of the cargo stands that lie before the runway's end.
+static double lf_departureStand(int64_t number, bool cargo)
+{
+    constexpr int kBeforeTheEnd = 8;
+    return cargo ? gf_cargoAlong(static_cast<int>(lf_modulo(number * 3, kBeforeTheEnd)))
+                 : gf_standAlong(gf_gateOfFlight(FlightKind::Departure, number));
+}
+
+static std::vector<RouteLeg> lf_departure(Chance& chance, int64_t number, bool cargo)
 {
     constexpr double kNm = kMetresPerNm;
     const double left = kDayRunways[1].east.left;
     const double lineUp = kDayRunways[1].east.along - 60;
-    const double stand = gf_standAlong(gf_gateOfFlight(FlightKind::Departure, number));
+    const double stand = lf_departureStand(number, cargo);
     const double rotate = chance.between(135, 152);
     const double run = chance.between(1300, 1600);  // metres
     const RoutePoint pushed = lf_field({stand - 80, -kTaxilaneLeft}, 0, 0, 0);
@@ -226,7 +234,7 @@ static std::vector<RouteLeg> lf_patrol(Chance& chance)
     return {leg};
 }
 
-static std::vector<RouteLeg> lf_route(FlightKind kind, int64_t number, Chance& chance)
+static std::vector<RouteLeg> lf_route(FlightKind kind, int64_t number, bool cargo, Chance& chance)
 {
     switch (kind) {
     case FlightKind::Overflight:
@@ -234,7 +242,7 @@ static std::vector<RouteLeg> lf_route(FlightKind kind, int64_t number, Chance& c
     case FlightKind::Arrival:
         return lf_arrival(chance, number);
     case FlightKind::Departure:
-        return lf_departure(chance, number);
+        return lf_departure(chance, number, cargo);
     case FlightKind::Crossing:
         return lf_crossing(chance);
     case FlightKind::Circuits:
@@ -312,7 +320,7 @@ DayFlight gf_dayFlight(FlightKind kind, int64_t number, const Fleet& fleet, uint
     const auto index = static_cast<size_t>(kind);
     Chance chance{gf_mixed(gf_mixed(seed, index), static_cast<uint64_t>(number))};
     DayFlight flight = gf_namedFlight(kind, number, fleet);
-    flight.journey = gf_journey(lf_route(kind, number, chance));
+    flight.journey = gf_journey(lf_route(kind, number, flight.airframe.cargo, chance));
     flight.begin = static_cast<double>(number) * kSchedules[index].interval;
     const double offset = kind == FlightKind::Departure ? kSlot / 2 : 0;
     flight.begin += offset - lf_keyTime(kind, flight.journey);
