@@ -254,6 +254,31 @@ static PlanEntry lf_entry(const ParkPos& stand, const StandOption& option, HourS
             option.coupledCs, option.reg, option.real,    stays};
 }
 
+// So that a pass looks through a stand's options once, and not again at every offset.
+static std::vector<KnownHours> lf_knownHours(HourStamp now, bool real)
+{
+    const uint32_t yesterday = gf_halfHoursBefore(now, kSlots).day;
+    std::vector<KnownHours> known(parkApf.stands.size());
+    for (const ParkPos& stand : parkApf.stands) {
+        KnownHours& hours = known[stand.index - 1];
+        for (const StandOption& option : stand.options) {
+            if (option.real == real && gf_isOfDay(option, now.day)) {
+                hours.today |= option.hours;
+            }
+            if (option.real == real && gf_isOfDay(option, yesterday)) {
+                hours.yesterday |= option.hours;
+            }
+        }
+    }
+    return known;
+}
+
+static bool lf_knowsAnyone(const Planning& planning, const ParkPos& stand, HourStamp when)
+{
+    const KnownHours& hours = planning.known[stand.index - 1];
+    return (when.day == planning.now.day ? hours.today : hours.yesterday).test(when.slot);
+}
+
 static void lf_searchStand(Planning& planning, ParkPos& stand, bool real, int32_t offset,
                            std::vector<PlanEntry>& out)
 {
@@ -263,6 +288,9 @@ static void lf_searchStand(Planning& planning, ParkPos& stand, bool real, int32_
         return;
     }
     const HourStamp when = gf_halfHoursBefore(planning.now, offset);
+    if (!lf_knowsAnyone(planning, stand, when)) {
+        return;
+    }
     std::vector<StandOption*> candidates = lf_candidates(stand, real, when, why);
     if (candidates.empty()) {
         return;
@@ -281,7 +309,8 @@ static void lf_searchStand(Planning& planning, ParkPos& stand, bool real, int32_
     gf_markPlanned(stand);
 }
 
-void lf_searchStands(Planning& planning, bool real, int32_t offset, std::vector<PlanEntry>& out)
+// One search over all stands that are open, at an offset in half hours. Appends to `out`.
+static void lf_searchStands(Planning& planning, bool real, int32_t offset, std::vector<PlanEntry>& out)
 {
     try {
         for (ParkPos& stand : parkApf.stands) {
@@ -336,6 +365,7 @@ static std::vector<PlanEntry> fitPass(Planning& planning, int32_t wanted, int32_
 void planPass(Planning& planning, int32_t wanted, int32_t have, bool real)
 {
     planning.why.resize(parkApf.stands.size(), "no history within Max fit");
+    planning.known = lf_knownHours(planning.now, real);
     std::vector<PlanEntry> last = fitPass(planning, wanted, have, real);
     const auto surplus = std::ssize(parkPlan) + std::ssize(last) + have - wanted;
     if (surplus > 0 && !last.empty()) {

@@ -18,6 +18,12 @@
 
 namespace vlt {
 
+// The half hours in which a stand's history knows anyone at all, of the two days that a search reaches.
+struct KnownHours {
+    HoursSet today;
+    HoursSet yesterday;
+};
+
 // One planning.
 struct Planning {
     HourStamp now;
@@ -26,6 +32,7 @@ struct Planning {
     int32_t maxFitReal = -1;  // the furthest offset that was searched; -1: not searched
     int32_t maxFitSoft = -1;
     std::vector<std::string_view> why;  // by stand: why it has no aircraft, a literal
+    std::vector<KnownHours> known;      // by stand, in the pass under way
 };
 
 // How many parked aircraft are wanted; shown, and taken over as the limit for live ones. 0 without stands.
@@ -35,9 +42,6 @@ int32_t wantedCount();
 void gf_renumberOptions();
 // The stand has an aircraft, so its neighbours get none.
 void gf_markPlanned(ParkPos& stand);
-
-// One search over all stands that are open, at an offset in half hours. Appends to `out`.
-void lf_searchStands(Planning& planning, bool real, int32_t offset, std::vector<PlanEntry>& out);
 
 // Searches offset by offset and adds to the plan until that and the `have` aircraft that stand already are
 // as many as wanted. Of the offset that brought too many the surplus goes, by chance.
