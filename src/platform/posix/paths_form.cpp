@@ -44,9 +44,14 @@ static std::string lf_driveFolder(char letter)
     return std::string(folder.substr(0, last == std::string_view::npos ? 1 : last + 1));
 }
 
-static std::string lf_withDriveMapped(std::string path)
+static bool lf_beginsWithDrive(std::string_view path)
 {
-    if (path.size() < 2 || !lf_isLetter(path[0]) || path[1] != ':') {
+    return path.size() >= 2 && lf_isLetter(path[0]) && path[1] == ':';
+}
+
+static std::string lf_withDriveMapped(const std::string& path)
+{
+    if (!lf_beginsWithDrive(path)) {
         return path;
     }
     const std::string_view front = std::string_view(path).substr(0, kProgramData.size());
