@@ -6,6 +6,7 @@
 #include <asio/io_context.hpp>
 #include <asio/ip/udp.hpp>
 #include <charconv>
+#include <cmath>
 #include <deque>
 #include <fstream>
 #include <future>
@@ -70,7 +71,34 @@ FeedSource::FeedSource(const std::filesystem::path& recording)
 
 FeedSource::FeedSource(const DayOptions& day) : m_day(std::make_unique<BuiltinDay>(day)) {}
 
+void FeedSource::repeat(double from, double every, double silent)
+{
+    if (!(every > silent && silent >= 0)) {
+        throw std::invalid_argument("nothing would be heard of a stretch that is repeated");
+    }
+    m_repeatFrom = from;
+    m_repeatEvery = every;
+    m_silentAtEnd = silent;
+}
+
 std::vector<DayLine> FeedSource::lines(double from, double to, const std::stop_token& stop) const
+{
+    if (m_repeatEvery == 0) {
+        return linesOnce(from, to, stop);
+    }
+    std::vector<DayLine> all;
+    const auto roundAt = [this](double time) { return std::floor((time - m_repeatFrom) / m_repeatEvery); };
+    for (double round = std::max(roundAt(from), 0.0); round <= roundAt(to); ++round) {
+        const double later = round * m_repeatEvery;
+        const double end = std::min(to - later, m_repeatFrom + m_repeatEvery - m_silentAtEnd);
+        for (DayLine& line : linesOnce(std::max(from - later, round > 0 ? m_repeatFrom : from), end, stop)) {
+            all.push_back({line.time + later, lf_withClockOff(line.text, later)});
+        }
+    }
+    return all;
+}
+
+std::vector<DayLine> FeedSource::linesOnce(double from, double to, const std::stop_token& stop) const
 {
     if (m_day) {
         return m_day->lines(from, to, stop);
@@ -83,7 +111,7 @@ std::vector<DayLine> FeedSource::lines(double from, double to, const std::stop_t
 
 double FeedSource::end() const
 {
-    if (m_day) {
+    if (m_day || m_repeatEvery > 0) {
         return std::numeric_limits<double>::infinity();
     }
     return m_recorded.empty() ? 0 : std::nextafter(m_recorded.back().time, m_recorded.back().time + 1);

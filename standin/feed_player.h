@@ -30,14 +30,23 @@ public:
     explicit FeedSource(const std::filesystem::path& recording);
     explicit FeedSource(const DayOptions& day);
 
+    // From now on the stretch that begins at `from` comes again every so many seconds, its time stamps going
+    // on; the last `silent` of these are without lines, so that nobody leaps to where he was at the
+    // beginning. Throws std::invalid_argument unless `every` is above `silent`.
+    void repeat(double from, double every, double silent);
     // The lines of `from` up to, but without, `to`.
     std::vector<DayLine> lines(double from, double to, const std::stop_token& stop = {}) const;
-    // No line comes at or after this; infinite for the built-in day.
+    // No line comes at or after this; infinite for the built-in day, and if it is repeated.
     double end() const;
 
 private:
+    std::vector<DayLine> linesOnce(double from, double to, const std::stop_token& stop) const;
+
     std::vector<DayLine> m_recorded;
     std::unique_ptr<BuiltinDay> m_day;
+    double m_repeatFrom = 0;
+    double m_repeatEvery = 0;  // seconds; 0: nothing comes again
+    double m_silentAtEnd = 0;  // seconds of each round
 };
 
 struct FeedOptions {

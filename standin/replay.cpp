@@ -59,6 +59,9 @@ static SimulatorOptions lf_simulatorOptions(const ReplayOptions& options)
     simulator.zuluStart += std::llround(options.from);  // the weekday and half hour of the feed
     simulator.titles = gf_readTitles(options.world / "titles.csv");
     simulator.keepCalls = true;
+    if (options.forgets) {
+        simulator.trackPeriod = 0;
+    }
     return simulator;
 }
 
@@ -184,6 +187,10 @@ private:
     {
         m_judge.onSecond(m_simulator);
         m_result.aircraftSeconds += static_cast<double>(m_judge.active());
+        if (m_options.forgets && tick % (60 * kTicksPerMinute) == 0) {
+            m_judge.forget();
+            m_simulator.forgetRemoved();
+        }
         if (m_observer != nullptr) {
             m_observer->onSecond(tick, m_simulator);
         } else {

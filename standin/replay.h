@@ -32,6 +32,7 @@ struct ReplayOptions {
     int32_t qnh = kStandardQnh;      // hPa
     bool pressureAltitudes = false;  // turn the recording's altitudes into pressure altitudes
     uint64_t seed = 1;
+    bool forgets = false;  // keeps no tracks, and every hour forgets what is over; breaks and counts stay
 };
 
 // What looks on while the replay runs.

@@ -207,6 +207,15 @@ void ReplayJudge::onSecond(const VirtualSimulator& simulator)
     }
 }
 
+void ReplayJudge::forget()
+{
+    ReplayJudge next;
+    next.m_findings.invariantBreaks = std::move(m_findings.invariantBreaks);
+    next.m_findings.invariantBreakCount = m_findings.invariantBreakCount;
+    next.m_active = m_active;
+    *this = std::move(next);
+}
+
 ReplayFindings ReplayJudge::finish()
 {
     for (const auto& [hexid, seen] : m_seen) {

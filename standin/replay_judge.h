@@ -70,6 +70,8 @@ public:
     void onReport(const FeedRecord& record);
     void onTick();
     void onSecond(const VirtualSimulator& simulator);
+    // Forgets everybody's past, so that a long replay doesn't fill the memory; breaks stay.
+    void forget();
     // Everything found. The replay is over.
     ReplayFindings finish();
 

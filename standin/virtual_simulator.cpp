@@ -416,6 +416,12 @@ std::vector<ObjectLife> VirtualSimulator::lives() const
     return all;
 }
 
+void VirtualSimulator::forgetRemoved()
+{
+    const std::scoped_lock lock(m_mutex);
+    std::erase_if(m_lives, [](const auto& entry) { return entry.second.removedAt != kNeverInLife; });
+}
+
 std::vector<Complaint> VirtualSimulator::complaints() const
 {
     const std::scoped_lock lock(m_mutex);

@@ -127,6 +127,7 @@ public:
     std::vector<SimObject> objects() const;     // without the user's, by rising id
     std::vector<ObjectLife> lives() const;      // of all that ever were, by rising id
     std::vector<Complaint> complaints() const;  // the first kMaxComplaints
+    void forgetRemoved();                       // the lives that are over
     SimulatorCounts counts() const;
     std::vector<SimCall> takeCalls();  // since the last call
 

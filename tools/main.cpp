@@ -222,7 +222,12 @@ static void lf_addReplay(CLI::App& tool)
     app.add_option("--seconds", replay.seconds, "of the replay")->capture_default_str();
     lf_addReplayPlace(app, options);
     app.add_option("--seed", replay.seed)->capture_default_str();
-    app.add_option("--seeds", options.seeds, "the built-in day with the seeds 1 to this, and one table");
+    CLI::Option* seeds =
+        app.add_option("--seeds", options.seeds, "the built-in day with the seeds 1 to this, and one table");
+    app.add_option("--repeat", options.repeat,
+                   "times that the stretch is played in one run, which is watched for what grows")
+        ->check(CLI::Range(1, 200))
+        ->excludes(seeds);
     app.add_option("--every", options.every, "ticks between the rows of tracks.csv")->capture_default_str();
     app.add_flag("--no-events", options.noEvents, "no events.csv");
 }

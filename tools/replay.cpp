@@ -4,12 +4,14 @@
 #include "standin/airport_files.h"
 #include "standin/day_airport.h"
 #include "standin/feed_player.h"
+#include "standin/long_run.h"
 #include "standin/replay_files.h"
 #include "standin/seed_table.h"
 #include "traffic/geodesy.h"
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -58,14 +60,22 @@ ReplayOptions gf_replayOptions(const ReplayToolOptions& options)
     return replay;
 }
 
+static FeedSource lf_feed(const ReplayToolOptions& options)
+{
+    if (!options.recording.empty()) {
+        return FeedSource(options.recording);
+    }
+    DayOptions day;
+    day.seed = options.replay.seed;
+    day.world = options.replay.world;
+    return FeedSource(day);
+}
+
 static ReplayResult lf_replayInto(const ReplayToolOptions& options)
 {
     ReplayOptions replay = gf_replayOptions(options);
-    DayOptions day;
-    day.seed = replay.seed;
-    day.world = replay.world;
     replay.planFolder = options.out / "orig_dest";
-    const FeedSource feed = options.recording.empty() ? FeedSource(day) : FeedSource(options.recording);
+    const FeedSource feed = lf_feed(options);
     ReplayRecorder recorder(options.out, options.every, !options.noEvents);
     ReplayResult result = gf_replay(feed, replay, &recorder);
     gf_writeReplay(result, options.out);
@@ -85,12 +95,8 @@ static int lf_replaySeeds(const ReplayToolOptions& options)
     return table.invariantBreaks() == 0 ? 0 : 2;
 }
 
-int gf_replayToFiles(const ReplayToolOptions& options)
+static void lf_printResult(const ReplayToolOptions& options, const ReplayResult& result)
 {
-    if (options.seeds > 0) {
-        return lf_replaySeeds(options);
-    }
-    const ReplayResult result = lf_replayInto(options);
     const nlohmann::ordered_json told = {
         {"out", options.out.string()},
         {"seconds", result.simulatedSeconds},
@@ -99,6 +105,43 @@ int gf_replayToFiles(const ReplayToolOptions& options)
         {"aircraftHours", result.aircraftSeconds / 3600},
         {"invariantBreaks", result.findings.invariantBreakCount}};
     std::cout << told.dump() << std::endl;
+}
+
+// Many hours in one run; of what was, only what is wrong is kept.
+static int lf_replayAgain(const ReplayToolOptions& options)
+{
+    ReplayOptions replay = gf_replayOptions(options);
+    replay.planFolder = options.out / "orig_dest";
+    replay.forgets = true;
+    FeedSource feed = lf_feed(options);
+    constexpr double kSilent = 300;  // seconds, after which all but the parked have gone
+    feed.repeat(replay.from, replay.seconds, std::min(kSilent, replay.seconds / 2));
+    replay.seconds *= options.repeat;
+    LongRunRecorder recorder(options.out);
+    const ProcessUse before = gf_processUse();
+    const ReplayResult result = gf_replay(feed, replay, &recorder);
+    std::vector<std::string> faults = gf_longRunFaults(recorder.minutes(), before, gf_processUse());
+    for (const InvariantBreak& b : result.findings.invariantBreaks) {
+        faults.push_back(format("tick {}: {}", b.tick, b.what));
+    }
+    std::cout << gf_hoursText(recorder.minutes());
+    for (const std::string& fault : faults) {
+        std::cout << fault << "\n";
+    }
+    lf_printResult(options, result);
+    return faults.empty() ? 0 : 2;
+}
+
+int gf_replayToFiles(const ReplayToolOptions& options)
+{
+    if (options.seeds > 0) {
+        return lf_replaySeeds(options);
+    }
+    if (options.repeat > 0) {
+        return lf_replayAgain(options);
+    }
+    const ReplayResult result = lf_replayInto(options);
+    lf_printResult(options, result);
     return result.findings.invariantBreakCount == 0 ? 0 : 2;
 }
 

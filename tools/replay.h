@@ -23,15 +23,17 @@ struct ReplayToolOptions {
     bool noEvents = false;
     uint64_t seeds =
         0;  // replays of the built-in day with the seeds 1 to this, each into a folder of its own
+    int32_t repeat =
+        0;  // times that the stretch is played in one run, watched for what grows; 0: once, as usual
 };
 
 // What the replay itself needs. Writes the built-in day's airport file to the folder `out` where none is
 // given. Throws if a recording comes without the user's place.
 ReplayOptions gf_replayOptions(const ReplayToolOptions& options);
 
-// Writes the results to the folder `out` and prints one JSON line, or for several seeds one table. The exit
-// code: 2 if something was that must never be. Throws as gf_replayOptions does, and if a file can't be
-// written.
+// Writes the results to the folder `out` and prints one JSON line, or for several seeds or hours one table.
+// The exit code: 2 if something was that must never be. Throws as gf_replayOptions does, and if a file can't
+// be written.
 int gf_replayToFiles(const ReplayToolOptions& options);
 
 }  // namespace vlt

@@ -1,6 +1,7 @@
 // The replay itself: the same twice, and hostile recordings, after which the engine still stands.
 #include "core/base/text.h"
 #include "standin/day_airport.h"
+#include "standin/long_run.h"
 #include "standin/replay_files.h"
 #include "support/road.h"
 #include "traffic/geodesy.h"
@@ -80,6 +81,60 @@ TEST_F(Replays, theSameInputGivesTheSameBytes)
         const std::string first = lf_textOf(out.path() / "a" / name);
         EXPECT_GT(first.size(), 1000U) << name;
         EXPECT_TRUE(first == lf_textOf(out.path() / "b" / name)) << name;
+    }
+}
+
+TEST_F(Replays, aLongOneForgetsWhatIsOverAndTellsWhatIsLeft)
+{
+    std::string lines;
+    for (int i = 0; i < 60; ++i) {
+        const double north = i * 0.0039 - 0.1;  // degrees
+        lines += gf_roadLine(100001, "OVER1", stage.options.user.lat + north, stage.options.user.lon + 0.1,
+                             i * 3.0) +
+                 "\n";
+    }
+    FeedSource feed(out.write("fly-by.txt", lines));
+    feed.repeat(0, 1200, 300);
+    stage.options.seconds = 4800;
+    stage.options.forgets = true;
+    LongRunRecorder recorder(out.path());
+    const ReplayResult result = gf_replay(feed, stage.options, &recorder);
+    EXPECT_EQ(1U, result.lives.size()) << "those of the first hour are forgotten";
+    EXPECT_EQ(1U, result.findings.lives.size());
+    ASSERT_EQ(80U, recorder.minutes().size());
+    const LongRunMinute& last = recorder.minutes().back();
+    EXPECT_EQ(std::tuple(80, 4U, 4U, 0U), std::tuple(last.minute, last.created, last.removed, last.alive));
+    EXPECT_GT(last.use.memoryMb, 5);
+}
+
+TEST(LongRun, itsFaultsAreLostObjectsGrowthAndWhatIsLeftOver)
+{
+    const auto minute = [](int32_t n, uint64_t alive, double mb) {
+        return LongRunMinute{n, 9, 4, alive, {mb, 1, 7}};
+    };
+    const ProcessUse before{10, 1, 7};
+    const struct {
+        const char* what;
+        std::vector<LongRunMinute> minutes;
+        ProcessUse after;
+        std::vector<std::string> expected;
+    } cases[] = {
+        {"all well, and growth within the first hour",
+         {minute(1, 5, 10), minute(60, 5, 30), minute(90, 5, 90), minute(120, 5, 35)},
+         {35, 1, 7},
+         {}},
+        {"an object too many",
+         {minute(1, 6, 10)},
+         before,
+         {"minute 1: 9 objects created, 4 removed, but 6 alive"}},
+        {"it grows",
+         {minute(60, 5, 30), minute(120, 5, 35.1)},
+         before,
+         {"hour 2: memory has grown by 5.1 MB since the first"}},
+        {"left over", {}, {10, 3, 8}, {"2 threads are left over", "1 descriptors are left over"}},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.expected, gf_longRunFaults(c.minutes, before, c.after)) << c.what;
     }
 }
 

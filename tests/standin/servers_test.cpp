@@ -89,4 +89,26 @@ TEST(FeedPlayer, playsARecordingInOrderAndPaceAndStopsAtOnce)
     EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(60)) << "the rest takes longer";
 }
 
+TEST(FeedSource, aRepeatedStretchGoesOnInTimeAndIsSilentAtItsEnd)
+{
+    const std::string front = "RTTFC,20001,47.6,11.5,0,0,1,90,0,null,A320,D-AIXX,null,null,";
+    const TempFolder folder;
+    FeedSource source(folder.write("recording.txt", front + "970.0\n" + front + "1000.0,x\n" + front +
+                                                        "1040.5,x\n" + front + "1080.0,x\n"));
+    EXPECT_THROW(source.repeat(30, 20, 20), std::invalid_argument);
+    source.repeat(30, 100, 50);
+    std::vector<std::pair<double, std::string>> got;
+    for (const auto& [from, to] : {std::pair(30, 70), std::pair(70, 131), std::pair(131, 270)}) {
+        for (const DayLine& line : source.lines(from, to)) {
+            got.emplace_back(line.time, line.text.substr(front.size()));
+        }
+    }
+    const std::vector<std::pair<double, std::string>> expected{{30, "1000.0,x"},
+                                                               {70.5, "1040.5,x"},
+                                                               {130, "1100.000,x"},
+                                                               {170.5, "1140.500,x"},
+                                                               {230, "1200.000,x"}};
+    EXPECT_EQ(expected, got);
+}
+
 }  // namespace vlt
