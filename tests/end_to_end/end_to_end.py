@@ -71,13 +71,14 @@ def wait_for_objects(machine: Machine, world: subprocess.Popen, fits, count: int
     assert len(found) >= count, f"only {len(found)} objects"
 
 
-def stop(process: subprocess.Popen):
+def stop(process: subprocess.Popen) -> float:
     """Velatra ends in time and in good order."""
     begin = time.monotonic()
     process.send_signal(signal.SIGTERM)
     assert process.wait(20) == 0
     took = time.monotonic() - begin
     assert took <= STOP_LIMIT, f"the end took {took:.1f} s"
+    return took
 
 
 def end_world(machine: Machine, world: subprocess.Popen, excused: str = "-") -> dict:
@@ -373,6 +374,48 @@ def the_flight_survives_what_the_simulator_and_the_feed_do(machine: Machine):
     expect_log(machine, "Teleport", "Exiting: NEW FLIGHT")
 
 
+def a_stop_ends_every_state_of_a_run_in_time_and_a_full_disk_spoils_nothing(machine: Machine):
+    """A run for each state that no other scenario stops in."""
+    machine.install_realtraffic()
+    world, _ = machine.start_world("--user-lat", 47.602509, "--user-lon", 11.509576, "--user-on-ground",
+                                   "--ground-elevation", 1600, "--realtraffic-port", 10747)
+    learned = machine.program / "airports" / "learned" / "stock" / "XVEL.xml"
+    learned.parent.mkdir(parents=True)
+    before = '<parameters><parameter name="AUTO_RANGE" value="false"/></parameters><parkpositions/>'
+    learned.write_text(before)
+    velatra = machine.start_velatra()
+    wait_for_status(velatra, lambda status: status["stands"] == 62)
+    say(velatra, "AUTO_RANGE=on")
+    with socket.create_connection(("127.0.0.1", 10747)) as second:
+        assert second.recv(100) == b""
+    expect_log(machine, "a second client of the position server is turned away")
+    room = resource.prlimit(velatra.pid, resource.RLIMIT_FSIZE)
+    resource.prlimit(velatra.pid, resource.RLIMIT_FSIZE, (len(before), room[1]))  # a full disk
+    stop(velatra)
+    assert 'XVEL.xml" did not succeed' in velatra.stdout.read()
+    assert learned.read_text() == before and len(list(learned.parent.iterdir())) == 1
+    all_goes_on = lambda status: True
+    for faults, becomes, ends in (
+            (["sim-pauses"], lambda status: not status["simRunning"], ["sim-resumes"]),
+            (["realtraffic-leaves"], lambda status: not status["realTraffic"], ["realtraffic-back"]),
+            (["server-silent", "objects-never-come", "realtraffic-half-open", "frames-stop", "sim-stalls"], all_goes_on,
+             ["server-well", "objects-come", "frames-go-on", "realtraffic-leaves", "realtraffic-back"]),
+            (["titles-refused"], all_goes_on, ["titles-accepted"]),
+            (["flight-loaded"], lambda status: status["message"].startswith("New flight detected"), [])):
+        velatra = machine.start_velatra()
+        wait_for_status(velatra, lambda status: status["trafficFeed"] == "receiving")
+        say(velatra, "DESTINATION=EDDM")
+        for fault in faults:
+            say(world, fault)
+        wait_for_status(velatra)  # one from before may still be on its way
+        wait_for_status(velatra, becomes)
+        print(f"    {', '.join(faults)}: the end took {stop(velatra):.1f} s")
+        for word in ends:
+            say(world, word)
+    end_world(machine, world)
+    expect_log(machine, "Simconnect: flight loaded event", "Exiting: NEW FLIGHT")
+
+
 def scan_results(machine: Machine) -> dict:
     """The bytes of all results and reports of both scans, without the date of a file's making."""
     files = [p for folder in ("output", "airports/my_thirdparty", "airports/my_ORBX")
@@ -419,6 +462,7 @@ def what_the_user_has_installed_is_found_and_a_stop_leaves_it_as_it_was(machine:
 SCENARIOS = (
     the_flight_survives_what_the_simulator_and_the_feed_do,
     realtraffic_comes_and_goes,
+    a_stop_ends_every_state_of_a_run_in_time_and_a_full_disk_spoils_nothing,
     traffic_appears_at_the_airport_around_the_user,
     a_simulator_killed_in_traffic_is_waited_for_again,
     a_simulator_killed_before_its_flight_runs_is_waited_for_again,
