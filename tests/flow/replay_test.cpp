@@ -30,6 +30,13 @@ static std::vector<PathState> lf_flyBy(double from, double to, double north, dou
     return gf_journey({{{gf_at(from, north, 420, feet), gf_at(to, north, 420, feet)}, false, 0, 0}});
 }
 
+static void lf_shiftStamp(std::string& line, double seconds)
+{
+    const size_t at = line.find("1717");
+    const size_t end = line.find(',', at);
+    line.replace(at, end - at, format("{:.2f}", std::stod(line.substr(at, end - at)) + seconds));
+}
+
 class Replays : public ::testing::Test
 {
 public:
@@ -243,13 +250,19 @@ TEST_F(Replays, hostileRecordings)
              // The lines come in their order, but say other times.
              t.stage.editLines([n = 0](std::string& line) mutable {
                  constexpr double kShifts[] = {0, -7, 0, 180, -600};
-                 const size_t at = line.find("1717");
-                 const size_t end = line.find(',', at);
-                 const double stamp = std::stod(line.substr(at, end - at)) + kShifts[++n % 5];
-                 line.replace(at, end - at, format("{:.2f}", stamp));
+                 lf_shiftStamp(line, kShifts[++n % 5]);
              });
          },
          2},
+        {"a clock that is two hours off for a minute",
+         [](Replays& t) {
+             t.fill();
+             t.stage.editLines([](std::string& line) {
+                 const int second = std::stoi(line.substr(line.find("1717665") + 7));
+                 lf_shiftStamp(line, second > 700 && second < 760 ? 7200 : 0);
+             });
+         },
+         3},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);

@@ -415,6 +415,36 @@ TEST_F(Roads, oneThatLeavesTheRangeWhileItIsCreatedIsTakenOverAndRemoved)
     EXPECT_EQ(1U, result.counts.removed);
 }
 
+TEST_F(Roads, comesAsSoonAsTheSimulatorLetsItAndFollowsItsReportsThen)
+{
+    const struct {
+        const char* what;
+        SimulatorFaults faults;
+        int32_t until;  // second
+        int32_t firstDriven, lastDriven;
+        bool refused;
+    } cases[] = {{"all is well", {}, 0, 30, 36, false},
+                 {"no title can be created", {.refuseTitles = true}, 60, 60, 70, true},
+                 {"objects come 20 s late", {.acknowledgeAfter = 20}, 150, 50, 56, false},
+                 {"objects don't come", {.acknowledgeAfter = kNeverInLife}, 100, 100, 106, false},
+                 {"no frames", {.noFrames = true}, 80, 80, 86, false}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        stage.clear();
+        stage.add({}, overflight());
+        stage.onSecond = [&](int32_t now, VirtualSimulator& simulator) {
+            simulator.setFaults(now < c.until * kTicksPerSecond ? c.faults : SimulatorFaults{});
+        };
+        const ReplayResult result = play(180);
+        const auto active = std::ranges::find(stage.looks, FsState::Active, &RoadLook::fs);
+        ASSERT_NE(stage.looks.end(), active);
+        EXPECT_GE(active->tick, c.firstDriven * kTicksPerSecond);
+        EXPECT_LE(active->tick, c.lastDriven * kTicksPerSecond);
+        EXPECT_EQ(1U, result.counts.created);
+        EXPECT_EQ(c.refused, result.counts.refused > 0);
+    }
+}
+
 TEST_F(Roads, standsStillWhileTheFlightIsPausedAndGoesOnWhereItWas)
 {
     stage.add({}, overflight());
