@@ -1,17 +1,22 @@
 #include "link/traffic_reader.h"
 
 #include "core/base/clock.h"
+#include "core/base/locks.h"
 #include "core/base/random.h"
 #include "core/base/run_state.h"
 #include "support/feed_line.h"
 #include "support/fresh_run.h"
 
+#include <asio.hpp>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -221,6 +226,42 @@ TEST_F(TrafficReaderTest, leavesOutEmptyAndGiantDatagramsAndWhereRealTrafficIsEl
         gf_hear(std::string(size, ','));
         EXPECT_EQ(size == kDatagramLimit - 1 ? 1 : 0, trafficReader.packets);
     }
+}
+
+TEST_F(TrafficReaderTest, aThousandReportsASecondAllComeInWithTheirMoment)
+{
+    using std::chrono::steady_clock, std::chrono::milliseconds;
+    asio::io_context context;
+    asio::ip::udp::socket sender(context, {asio::ip::address_v4::loopback(), 0});
+    asio::ip::udp::endpoint there{asio::ip::address_v4::loopback(), 0};
+    there.port(asio::ip::udp::socket(context, there).local_endpoint().port());  // one that is free
+    std::jthread reader = startTrafficReader(there.port());
+    while (trafficReader.state != FeedState::Receiving) {
+        std::this_thread::yield();
+    }
+    constexpr int kLines = 2000;
+    FeedLine line;
+    const auto begin = steady_clock::now();
+    for (int i = 0; i < kLines; ++i) {
+        std::this_thread::sleep_until(begin + milliseconds(i));
+        tick = static_cast<int32_t>((steady_clock::now() - begin) / milliseconds(10));
+        line.timestamp = tick;
+        sender.send_to(asio::buffer(gf_feedText(line)), there);
+    }
+    const auto taken = [] {
+        const std::scoped_lock lock(feedMutex);
+        return feedQueue.size();
+    };
+    while (taken() < kLines && steady_clock::now() < begin + std::chrono::seconds(30)) {
+        std::this_thread::yield();
+    }
+    reader = {};
+    ASSERT_EQ(kLines, feedQueue.size());
+    const auto late = std::ranges::count_if(feedQueue, [](const FeedRecord& record) {
+        return record.sample.time - kReplayDelayTicks > record.timestamp + 2;
+    });
+    EXPECT_LE(late, kLines / 20) << "20 ms, where others leave us the time";
+    EXPECT_EQ(FeedState::Stopped, trafficReader.state);
 }
 
 TEST_F(TrafficReaderTest, dropsEveryTruncatedReportInSilence)
