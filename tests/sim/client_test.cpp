@@ -6,6 +6,7 @@
 #include "core/base/parameters.h"
 #include "core/base/run_state.h"
 #include "core/base/text.h"
+#include "link/position_server.h"
 #include "liveries/liveries.h"
 #include "sim/detection.h"
 #include "sim/dispatch.h"
@@ -185,6 +186,19 @@ TEST_F(ClientTest, eachMessageHasItsEffect)
             EXPECT_EQ("", told({Message(last.begin(), end)})) << c.what << ", cut";
         }
     }
+}
+
+TEST_F(ClientTest, theUsersStateGoesOnToRealTrafficFieldByField)
+{
+    auto w = lf_data(SimMessageId::ObjectData, kReqUser, 7);
+    for (const double value : {47.5, -8.25, 0.1, -0.2, 3.1, 5000.25, 12.0, 140.5}) {
+        w.f64(value);
+    }
+    told({w.i64(45296).i64(60).i64(2024).i64(0x11).finish()});
+    const UserAc user = gf_userRaw();
+    EXPECT_EQ("Qs121=10000;-20000;3.100000;5000250;140500;0.829031;-0.143990\r\n", gf_positionText(user));
+    EXPECT_EQ(1709210096, gf_simTime(user)) << "29 February 2024, 12:34:56";
+    EXPECT_EQ(12, user.agl);
 }
 
 TEST_F(ClientTest, keepsTheUsersLatestFiniteDataAndEachThirtiethFrameRate)
