@@ -24,7 +24,10 @@ FITS = (0, 4, 12, 47)
 
 def tool(bin_folder, *arguments):
     command = [str(bin_folder / "velatra-tool"), *map(str, arguments)]
-    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+    done = subprocess.run(command, capture_output=True, text=True)
+    if done.returncode not in (0, 2):  # 2: a replay in which something was that must never be, told below
+        raise RuntimeError(f"{' '.join(command)}: {done.stderr}")
+    return done.stdout
 
 
 def stands_of(file):

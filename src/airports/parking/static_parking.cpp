@@ -107,16 +107,26 @@ static void lf_log(const std::string& line)
     }
 }
 
+// A live aircraft that parks at the stand, or is about to appear there.
+static const LiveAc* lf_liveAt(uint32_t standId)
+{
+    const auto parks = [standId](const LiveAc& ac) {
+        return ac.standId == standId && (ac.st == StState::Parked || ac.st == StState::Parking);
+    };
+    const auto found = std::ranges::find_if(liveAcs, parks);
+    return found == liveAcs.end() ? nullptr : &*found;
+}
+
 static StandWay lf_liveInWay(const ParkPos& stand, const PlanEntry& entry)
 {
     const std::string flight = format("{} {}", entry.callsign, entry.reg);
-    if (const LiveAc* live = gf_liveHolder(stand.index, kParked | kParks)) {
+    if (const LiveAc* live = lf_liveAt(stand.index)) {
         lf_log(format("{:8}: no static parking for {}, live aircraft {} standing here", stand.id, flight,
                       live->callsign));
         return StandWay::Taken;
     }
     for (const uint32_t index : stand.neighbours) {
-        if (const LiveAc* live = gf_liveHolder(index, kParked | kParks)) {
+        if (const LiveAc* live = lf_liveAt(index)) {
             lf_log(format("{:8}: no static parking for {}, live aircraft {} is adjacent at {}, possibly "
                           "colliding",
                           stand.id, flight, live->callsign, gf_standName(*live)));
