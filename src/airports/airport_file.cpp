@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <set>
 
 namespace vlt {
@@ -68,6 +69,14 @@ StandOption gf_readOption(const pugi::xml_node& node, bool archived, int32_t seq
     return option;
 }
 
+// A number with a decimal point, or with the comma of people's own country.
+static double lf_number(const pugi::xml_node& node, const char* name)
+{
+    std::string text = node.attribute(name).as_string();
+    std::ranges::replace(text, ',', '.');
+    return std::strtod(text.c_str(), nullptr);
+}
+
 bool gf_isStandRadius(double radius)
 {
     constexpr double kWidest = 1.0;  // nm, far beyond every aircraft
@@ -84,13 +93,13 @@ bool readParkPos(const pugi::xml_node& node, const std::string& id, bool archive
                  std::vector<ParkPos>& stands)
 {
     ParkPos stand;
-    stand.lat = node.attribute("latitude").as_double();
-    stand.lon = node.attribute("longitude").as_double();
+    stand.lat = lf_number(node, "latitude");
+    stand.lon = lf_number(node, "longitude");
     if (stand.lat == 0 && stand.lon == 0) {
         return false;
     }
-    stand.radius = node.attribute("radius").as_double() / kMetresPerNm;
-    stand.heading = node.attribute("heading").as_double() * kRadPerDeg;
+    stand.radius = lf_number(node, "radius") / kMetresPerNm;
+    stand.heading = lf_number(node, "heading") * kRadPerDeg;
     if (!lf_hasPossibleNumbers(stand)) {
         logLine(format("Parking position {} has impossible numbers, skipped", id));
         return false;
@@ -118,6 +127,19 @@ std::vector<pugi::xml_node> gf_parkPositions(const pugi::xml_document& document)
                                                          nodes.size(), kMostStands));
     }
     return nodes;
+}
+
+std::string gf_decimalComma(const pugi::xml_document& document)
+{
+    for (const pugi::xml_node& node : document.child("parkpositions").children("parkpos")) {
+        for (const char* name : {"latitude", "longitude", "heading", "radius"}) {
+            const std::string text = node.attribute(name).as_string();
+            if (text.find(',') != std::string::npos) {
+                return format("{}=\"{}\" of {}", name, text, node.attribute("id").as_string());
+            }
+        }
+    }
+    return {};
 }
 
 void gf_readParkPositions(const pugi::xml_document& document, std::vector<ParkPos>& stands)

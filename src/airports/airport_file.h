@@ -43,6 +43,10 @@ std::vector<pugi::xml_node> gf_parkPositions(const pugi::xml_document& document)
 // and for more than kMostStands.
 void gf_readParkPositions(const pugi::xml_document& document, std::vector<ParkPos>& stands);
 
+// The first number of a stand that has a decimal comma, as `latitude="51,47" of A1`; empty for none. Such
+// numbers are read as they are meant.
+std::string gf_decimalComma(const pugi::xml_document& document);
+
 // Writes the document with the stands of `apf`. False when that fails, which the caller reports.
 // Learned mode writes the parking settings in force, and of a stand only what was learned, unless the file
 // is handmade.

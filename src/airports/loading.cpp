@@ -185,6 +185,7 @@ static std::string lf_read(const pugi::xml_document& document, const pugi::xml_p
     }
     lf_readParameters(document, load.apf);
     lf_readStands(document, load.apf);
+    load.decimalComma = gf_decimalComma(document);
     if (learned == Learned::LaidOver) {
         lf_layLearnedOver(load);
     }

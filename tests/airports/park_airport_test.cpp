@@ -92,6 +92,23 @@ TEST_F(ParkAirportTest, aStoredStandKeepsTheOtherLines)
     EXPECT_EQ(broken, listFile()) << "what can't be read isn't overwritten";
 }
 
+TEST_F(ParkAirportTest, decimalCommasAreReadAsTheyAreMeantAndTold)
+{
+    std::string text = gf_airportText(gf_standText("A1", 0) + gf_standText("A2", 60));
+    text.replace(text.find("8.00079"), 2, "8,");
+    place.folder.write("airports/my_thirdparty/XAAA.xml", text);
+    list("XAAA");
+    lf_readMyParkAirports();
+    put(0, 0, std::nullopt);
+    for (int i = 0; i < 3 && parkState != ParkState::Loaded; ++i) {
+        look();
+    }
+    ASSERT_EQ(2u, parkApf.stands.size());
+    EXPECT_GT(parkApf.stands[1].lon, 8.0007);
+    EXPECT_EQ("airports/my_thirdparty/XAAA.xml has decimal commas, the first is longitude=\"8,000792\" of A2",
+              display.message.load());
+}
+
 // --- the whole life of it
 
 // A user who walks and flies about while list and server change: what should be, told in few words.

@@ -189,8 +189,8 @@ void gf_installParkAirport(AirportLoad load, LatLon place)
     gf_adaptRange();
 }
 
-// What is wrong with the park airport's file; empty: it is loaded.
-static std::string lf_readParkedFile(const AirportSource& source)
+// What is wrong with the park airport's file; empty: it is loaded. `comma` is the first number with one.
+static std::string lf_readParkedFile(const AirportSource& source, std::string& comma)
 {
     const std::string& code = parkApf.code;
     if (source.path.empty()) {
@@ -200,6 +200,7 @@ static std::string lf_readParkedFile(const AirportSource& source)
         return format("lf_readParkedFile {} has publisher:unknown, {}", code, source.path);
     }
     AirportLoad load = gf_readApf(source, code);
+    comma = load.decimalComma;
     if (!load.failed.empty()) {
         return format("{}, {}: {}", code, source.path, load.failed);
     }
@@ -218,9 +219,13 @@ static void lf_loadNow()
             waitsForServer = true;
             return;
         }
-        failed = lf_readParkedFile(source);
+        std::string comma;
+        failed = lf_readParkedFile(source, comma);
         if (failed.empty()) {
             initialPlanning();
+        }
+        if (!comma.empty()) {
+            showMessage(format("{} has decimal commas, the first is {}", source.path, comma), true);
         }
     } catch (const std::exception& e) {
         failed = e.what();
