@@ -16,9 +16,12 @@
 
 namespace vlt {
 
+// The day's second 0 where no other is told: a Thursday, 09:20 UTC. The week of history begins with it.
+inline constexpr int64_t kDayStart = 1717665600;  // seconds since 1970
+
 struct DayOptions {
     uint64_t seed = 1;
-    double startTime = 1717665600;  // seconds since 1970 of the day's second 0
+    double startTime = static_cast<double>(kDayStart);  // seconds since 1970 of the day's second 0
     std::filesystem::path world = gf_sampleWorld();
 };
 

@@ -48,6 +48,19 @@ static void lf_addGates(std::vector<DayStand>& stands, int side)
     }
 }
 
+static void lf_addApron(std::vector<DayStand>& stands)
+{
+    constexpr double kFirst = -640;  // metres along
+    constexpr double kSpacing = 50;
+    for (int n = 0; n < kApronStands; ++n) {
+        stands.push_back({format("W{}", n + 1),
+                          {kFirst - n * kSpacing, kStandsLeft},
+                          lf_noseDeg(1),
+                          kWideRadius,
+                          StandKind::Gate});
+    }
+}
+
 static void lf_addRamp(std::vector<DayStand>& stands)
 {
     constexpr double kFirst = 620;  // metres along
@@ -98,6 +111,7 @@ std::vector<DayStand> gf_dayStands()
     std::vector<DayStand> stands;
     lf_addGates(stands, 1);
     lf_addGates(stands, -1);
+    lf_addApron(stands);
     lf_addRamp(stands);
     lf_addCargo(stands);
     lf_addHelipads(stands);

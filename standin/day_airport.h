@@ -48,7 +48,8 @@ inline constexpr double kStandSpacing = 65;   // metres
 inline constexpr double kStandsLeft = 150;    // of the northern row; the southern row lies at the negative
 inline constexpr double kTaxilaneLeft = 300;  // of the lane before the northern row
 inline constexpr int kRampStands = 16;        // R1 to R16, east of the northern row, for light aircraft
-inline constexpr int kCargoStands = 10;       // C1 to C10, east of the southern row
+inline constexpr int kApronStands = 6;   // W1 to W6, west of the northern row: too near for two wide aircraft
+inline constexpr int kCargoStands = 10;  // C1 to C10, east of the southern row
 inline constexpr FieldPoint kDayHelipad{950, 0};  // H1; H2 lies beside it
 
 LatLon gf_fieldPosition(FieldPoint point);
@@ -67,7 +68,7 @@ EastNorth gf_eastNorth(FieldPoint point);
 double gf_standAlong(int n);
 double gf_cargoAlong(int n);  // of the cargo stands
 
-// Northern row first, then the southern row, ramp, cargo, helipads.
+// Northern row first, then the southern row, apron, ramp, cargo, helipads.
 std::vector<DayStand> gf_dayStands();
 
 }  // namespace vlt

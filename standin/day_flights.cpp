@@ -65,7 +65,8 @@ static RoutePoint lf_far(double bearingDeg, double nm, double radius, double kno
     return {metres * std::sin(angle), metres * std::cos(angle), radius, knots, feet};
 }
 
-int gf_gateOfFlight(FlightKind kind, int64_t number)
+// The place in its row of the gate that an arrival or a departure uses, from 0.
+static int lf_gate(FlightKind kind, int64_t number)
 {
     const int64_t step = kind == FlightKind::Arrival ? 7 : 5;
     return static_cast<int>(lf_modulo(number * step, kStandsPerSide));
@@ -93,7 +94,7 @@ static std::vector<RouteLeg> lf_arrival(Chance& chance, int64_t number)
     const double threshold = kDayRunways[0].east.along;
     const double left = kDayRunways[0].east.left;
     const double touchdown = threshold - 400;
-    const double stand = gf_standAlong(gf_gateOfFlight(FlightKind::Arrival, number));
+    const double stand = gf_standAlong(lf_gate(FlightKind::Arrival, number));
     const double finalKnots = chance.between(130, 142);
     RouteLeg leg;
     switch (lf_modulo(number, 3)) {
@@ -123,12 +124,28 @@ static std::vector<RouteLeg> lf_arrival(Chance& chance, int64_t number)
     return {leg};
 }
 
-// Where a departure stands: a freighter on one of the cargo stands that lie before the runway's end.
-static double lf_departureStand(int64_t number, bool cargo)
+// A freighter's stand in its row, from 0: one of those that lie before the runway's end.
+static int lf_cargoStand(int64_t number)
 {
     constexpr int kBeforeTheEnd = 8;
-    return cargo ? gf_cargoAlong(static_cast<int>(lf_modulo(number * 3, kBeforeTheEnd)))
-                 : gf_standAlong(gf_gateOfFlight(FlightKind::Departure, number));
+    return static_cast<int>(lf_modulo(number * 3, kBeforeTheEnd));
+}
+
+static double lf_departureStand(int64_t number, bool cargo)
+{
+    return cargo ? gf_cargoAlong(lf_cargoStand(number))
+                 : gf_standAlong(lf_gate(FlightKind::Departure, number));
+}
+
+std::string gf_standOfFlight(const DayFlight& flight)
+{
+    if (flight.kind == FlightKind::Departure && flight.airframe.cargo) {
+        return format("C{}", lf_cargoStand(flight.number) + 1);
+    }
+    const bool arrival = flight.kind == FlightKind::Arrival;
+    return arrival || flight.kind == FlightKind::Departure
+               ? format("{}{}", arrival ? 'N' : 'S', lf_gate(flight.kind, flight.number) + 1)
+               : "";
 }
 
 static std::vector<RouteLeg> lf_departure(Chance& chance, int64_t number, bool cargo)

@@ -38,11 +38,11 @@ struct DayFlight {
     std::vector<PathState> journey;
 };
 
-// The place in its row of the gate that an arrival (northern row) or a departure (southern row) uses, from 0.
-int gf_gateOfFlight(FlightKind kind, int64_t number);
-
 // The same flight as gf_dayFlight gives, with neither times nor journey: who flies it, and its call sign.
 DayFlight gf_namedFlight(FlightKind kind, int64_t number, const Fleet& fleet);
+
+// The stand that an arrival comes to or a departure leaves, as `gf_dayStands` names it; empty for other kinds.
+std::string gf_standOfFlight(const DayFlight& flight);
 
 // The flight of a kind with this number; numbers below 0 began before the day.
 DayFlight gf_dayFlight(FlightKind kind, int64_t number, const Fleet& fleet, uint64_t seed);

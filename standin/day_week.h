@@ -11,7 +11,7 @@
 namespace vlt {
 
 // The stands with a week of options: arrivals at the northern gates and departures at the southern ones, as
-// the day's timetable has them when it begins on a Monday at 00:00 UTC, light aircraft on the ramp,
+// the day's timetable has them, some of them towed to the western apron, light aircraft on the ramp,
 // freighters on the cargo stands and helicopters on their pads.
 std::vector<ArchivedStand> gf_dayWeek(const std::filesystem::path& world);
 

@@ -85,7 +85,8 @@ public:
         }
         if (!m_options.noFeed) {
             m_player = std::make_unique<FeedPlayer>(
-                lf_source(m_options, static_cast<double>(std::time(nullptr))), m_options.feed);
+                lf_source(m_options, static_cast<double>(std::time(nullptr)) - m_options.feed.from),
+                m_options.feed);
             m_player->start();
             ready["feed"] = m_options.feed.port;
         }

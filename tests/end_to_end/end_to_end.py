@@ -122,7 +122,7 @@ def traffic_appears_at_the_airport_around_the_user(machine: Machine):
                                    "--ground-elevation", 1600, "--user-model", "B350", "--user-title", "A user's own")
     velatra = machine.start_velatra()
     status = wait_for_status(velatra, lambda status: status["airport"] == "XVEL" and status["userStand"])
-    expected = {"stands": 62, "airportName": "Velatra Field", "quality": "60", "userStand": "R4", "reservedStand": "R4",
+    expected = {"stands": 68, "airportName": "Velatra Field", "quality": "60", "userStand": "R4", "reservedStand": "R4",
                 "title": "A user's own", "model": "B350"}
     assert expected.items() <= status.items(), status
     wait_for_objects(machine, world, lambda o: o.get("track", {}).get("first", {}).get("onGround"), 2)
