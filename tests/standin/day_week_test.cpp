@@ -18,9 +18,12 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <map>
 
 namespace vlt {
+
+static const std::filesystem::path kWorld = std::filesystem::path(VELATRA_SOURCE_DIR) / "data/world";
 
 // What the feed tells at that moment of the day: who is heard, and who has landed in the hour before.
 static Planning lf_heard(const BuiltinDay& day, const Fleet& fleet, double seconds)
@@ -70,13 +73,13 @@ TEST(DayWeek, givesEveryRuleOfThePlannerSomethingToDo)
     constexpr double kHalfHour = 1800;
     const TempFolder folder;
     gf_freshRun();
-    gf_loadWorld(gf_sampleWorld());
-    const std::vector<ArchivedAirport> airports = gf_worldAirports(gf_sampleWorld());
+    gf_loadWorld(kWorld);
+    const std::vector<ArchivedAirport> airports = gf_worldAirports(kWorld);
     parkApf = gf_readApfAlone(folder.write("XVEL.xml", gf_archivedText(airports.front())), "XVEL").apf;
     ASSERT_EQ(68u, parkApf.stands.size());
     parkApf.stands.back().reserved = true;
-    const BuiltinDay day({.world = gf_sampleWorld()});
-    const Fleet fleet = gf_fleet(gf_sampleWorld(), 1);
+    const BuiltinDay day({.world = kWorld});
+    const Fleet fleet = gf_fleet(kWorld, 1);
     std::map<std::string_view, int> seen;
     for (int halfHour = 1; halfHour <= 7 * 48; halfHour += halfHour % 2 == 0 ? 9 : 1) {
         if (halfHour % 2 != 0) {
