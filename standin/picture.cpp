@@ -40,6 +40,12 @@ static bool lf_isPresent(const ObjectLife& life, double now)
     return life.removedAt == kNeverInLife || life.removedAt > now - kMoment;
 }
 
+// A static aircraft: the program's name for it ends so.
+static bool lf_isStatic(const ObjectLife& life)
+{
+    return life.tailNumber.ends_with('*');
+}
+
 struct ColourStop {
     double feet;
     int red, green, blue;
@@ -89,13 +95,24 @@ static std::string lf_track(const SvgMap& map, const ObjectLife& life, double no
     return gf_svgPieces(points);
 }
 
-static std::string lf_symbol(PagePoint at, const TrackPoint& point, const std::string& category, double size)
+// An outline in a colour that no height has.
+static std::string lf_staticSymbol(PagePoint at, double turnDeg, double size)
 {
-    const std::string colour = lf_heightColour(point.altitude, point.onGround);
+    return gf_svgSymbol(kPlanePath, at, turnDeg, size, "fill='#0e202f' stroke='#f2f6fa' stroke-width='1.5'");
+}
+
+static std::string lf_symbol(PagePoint at, const ObjectLife& life, double size)
+{
+    const TrackPoint& point = life.track.back();
+    const bool stands = lf_isStatic(life);
+    const std::string colour = stands ? "#f2f6fa" : lf_heightColour(point.altitude, point.onGround);
     const double turnDeg = point.heading * kDegPerRad;
-    if (category == "Rotorcraft") {
+    if (life.category == "Rotorcraft") {
         return gf_svgSymbol("M-7,-8.5 L7,5.5 M7,-8.5 L-7,5.5 M0,-4 L0,10 M-2.5,10 L2.5,10", at, turnDeg, size,
                             format("fill='none' stroke='{}' stroke-width='2.2'", colour));
+    }
+    if (stands) {
+        return lf_staticSymbol(at, turnDeg, size);
     }
     return gf_svgSymbol(kPlanePath, at, turnDeg, size,
                         format("fill='{}' stroke='#08131d' stroke-width='0.8'", colour));
@@ -145,7 +162,8 @@ static std::optional<PagePoint> lf_placeLabel(std::vector<PageBox>& taken, PageP
 
 static std::string lf_label(std::vector<PageBox>& taken, PagePoint at, const ObjectLife& life)
 {
-    const std::string second = format("{} {}", life.model, lf_heightText(life.track.back()));
+    const std::string second =
+        lf_isStatic(life) ? life.model : format("{} {}", life.model, lf_heightText(life.track.back()));
     const auto label = lf_placeLabel(taken, at, std::max(life.tailNumber.size(), second.size()));
     if (!label) {
         return {};
@@ -155,7 +173,8 @@ static std::string lf_label(std::vector<PageBox>& taken, PagePoint at, const Obj
 }
 
 // Everybody's tracks, with symbols and labels of those that are still there. `size` scales the symbols. Who
-// is nearer to the map's centre than `nearNm` gets no label: another map has it.
+// is nearer to the map's centre than `nearNm` gets no label, and a static aircraft no symbol: another map has
+// it. Static aircraft lie below the others, and get their labels where there is room left.
 static std::string lf_trafficOnMap(const SvgMap& map, const std::vector<ObjectLife>& lives, double now,
                                    double size, double nearNm)
 {
@@ -166,15 +185,18 @@ static std::string lf_trafficOnMap(const SvgMap& map, const std::vector<ObjectLi
         svg += lf_track(map, life, now, size * 2);
         if (lf_isPresent(life, now) && !life.track.empty()) {
             const PagePoint at = gf_onPage(map, lf_lastPlace(life));
-            if (gf_isInside(map.frame, at)) {
+            const bool elsewhere = lf_isStatic(life) && distNm(map.centre, lf_lastPlace(life)) < nearNm;
+            if (!elsewhere && gf_isInside(map.frame, at)) {
                 shown.emplace_back(&life, at);
             }
         }
     }
+    std::ranges::stable_partition(shown, [](const auto& one) { return lf_isStatic(*one.first); });
     for (const auto& [life, at] : shown) {
         taken.push_back({at.x - 9 * size, at.y - 9 * size, 18 * size, 18 * size});
-        svg += lf_symbol(at, life->track.back(), life->category, size);
+        svg += lf_symbol(at, *life, size);
     }
+    std::ranges::reverse(shown);
     for (const auto& [life, at] : shown) {
         if (distNm(map.centre, lf_lastPlace(*life)) >= nearNm) {
             svg += lf_label(taken, at, *life);
@@ -283,17 +305,18 @@ static std::vector<ObjectLife> lf_lowTraffic(const Chart& chart)
 
 static std::string lf_heading(const Chart& chart, double now)
 {
-    size_t airborne = 0, ground = 0, gone = 0;
+    size_t airborne = 0, ground = 0, stands = 0, gone = 0;
     for (const ObjectLife& life : chart.lives) {
         const bool onGround = !life.track.empty() && life.track.back().onGround;
-        ++(!lf_isPresent(life, now) ? gone : onGround ? ground : airborne);
+        ++(!lf_isPresent(life, now) ? gone : lf_isStatic(life) ? stands : onGround ? ground : airborne);
     }
     const int seconds = static_cast<int>(now);
     return gf_svgText({kSideLeft, 64}, chart.title, "class='title'") +
            gf_svgText({kSideLeft, 92}, chart.subtitle, "class='subtitle'") +
-           gf_svgText({kSideLeft, 132},
-                      format("{} airborne, {} on the ground, {} gone", airborne, ground, gone),
-                      "class='fact'") +
+           gf_svgText(
+               {kSideLeft, 132},
+               format("{} airborne, {} on the ground, {} static, {} gone", airborne, ground, stands, gone),
+               "class='fact'") +
            gf_svgText({kSideLeft, 156},
                       format("after {}:{:02d} min of live traffic", seconds / 60, seconds % 60),
                       "class='fact'");
@@ -302,13 +325,18 @@ static std::string lf_heading(const Chart& chart, double now)
 static std::string lf_legend(double top)
 {
     constexpr int kSteps = 44;
+    constexpr int kBefore = 8;  // steps to the left of the heights, for what is on the ground
     constexpr double kHighest = 41000;
-    const double width = kInsetSide / (kSteps + 4);
-    const auto at = [&](double feet) { return kSideLeft + width * (4 + feet / kHighest * (kSteps - 1)); };
-    std::string svg =
-        gf_svgText({kSideLeft, top}, "height", "class='fact'") +
-        gf_svgBox({kSideLeft, top + 10, width * 3, 12}, format("fill='{}'", lf_heightColour(0, true))) +
-        gf_svgText({kSideLeft, top + 36}, "ground", "class='ring'");
+    const double width = kInsetSide / (kSteps + kBefore);
+    const auto at = [&](double feet) {
+        return kSideLeft + width * (kBefore + feet / kHighest * (kSteps - 1));
+    };
+    std::string svg = gf_svgText({kSideLeft, top}, "height", "class='fact'") +
+                      lf_staticSymbol({kSideLeft + width * 1.5, top + 16}, 0, 0.7) +
+                      gf_svgText({kSideLeft, top + 36}, "static", "class='ring'") +
+                      gf_svgBox({kSideLeft + width * 4, top + 10, width * 3, 12},
+                                format("fill='{}'", lf_heightColour(0, true))) +
+                      gf_svgText({kSideLeft + width * 4, top + 36}, "ground", "class='ring'");
     for (int i = 0; i < kSteps; ++i) {
         const double feet = i * kHighest / (kSteps - 1);
         svg += gf_svgBox({at(feet), top + 10, width + 0.4, 12},

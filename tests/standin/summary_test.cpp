@@ -104,8 +104,13 @@ TEST(Summary, tellsAndDrawsAFlightWhateverItsNames)
                 .user = {47.6, 11.5},
                 .atDayAirport = true,
                 .lives = simulator.lives()};
+    ObjectLife stands = chart.lives.front();
+    stands.tailNumber = "BAW1*";
+    stands.removedAt = kNeverInLife;
+    chart.lives.push_back(stands);
     pugi::xml_document document;
     const std::string svg = gf_trafficSvg(chart);
+    EXPECT_NE(std::string::npos, svg.find(" 1 static"));
     ASSERT_TRUE(document.load_string(svg.c_str()));
     EXPECT_EQ(std::string::npos, svg.find("nan"));
     EXPECT_FALSE(document.select_nodes("//*[local-name()='text' and text()='DLH<1>?']").empty());
