@@ -25,10 +25,13 @@ std::ofstream gf_openRunFile(const std::filesystem::path& path)
 
 void gf_writeRunFile(const std::filesystem::path& path, std::string_view text)
 {
-    std::ofstream file = gf_openRunFile(path);
+    std::filesystem::path beside = path;  // whoever reads meanwhile finds the old file or the new one
+    beside += ".new";
+    std::ofstream file = gf_openRunFile(beside);
     file << text;
     file.close();
     lf_mustWork(file, path);
+    std::filesystem::rename(beside, path);
 }
 
 std::string gf_csvCell(std::string_view text)
