@@ -1,5 +1,6 @@
 #include "airports/learning.h"
 
+#include "airports/airport_file.h"
 #include "airports/airport_place.h"
 #include "airports/learned_save.h"
 #include "airports/loading.h"
@@ -7,6 +8,13 @@
 #include "support/fresh_run.h"
 
 #include <gtest/gtest.h>
+#include <pugixml.hpp>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <iterator>
 
 namespace vlt {
 
@@ -179,6 +187,42 @@ TEST_F(LearningTest, whatWasLearnedIsThereAtTheNextVisitAndNothingElseIsSaved)
     const AirportLoad again = gf_readApf(gf_sourceAt("archive/stock/XTST.xml"), "XTST");
     EXPECT_EQ(before, gf_shownStands(again.apf.stands));
     EXPECT_EQ(std::string::npos, gf_textOfFile("airports/learned/stock/XTST.xml").find("OLD"));
+}
+
+// The process dies at fifty random moments of saving again and again.
+TEST_F(LearningTest, aKillAtAnyMomentLeavesAWholeFile)
+{
+    constexpr size_t kStands = 60;
+    const std::filesystem::path file = "airports/learned/stock/XTST.xml";
+    while (parkApf.stands.size() < kStands) {
+        gf_addStand(format("B{}", parkApf.stands.size()).c_str(), 0, 0, 90);
+    }
+    for (ParkPos& stand : parkApf.stands) {
+        lf_addRealStandOption(stand.index, lf_visitor("BAW1"), {2, 10}, false);
+    }
+    ASSERT_TRUE(saveLearned(file));
+    int written = 0;
+    for (int round = 0; round < 50; ++round) {
+        const auto before = std::filesystem::last_write_time(file);
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            while (true) {
+                saveLearned(file);
+            }
+        }
+        usleep(draw(20'000));
+        kill(child, SIGKILL);
+        ASSERT_EQ(child, waitpid(child, nullptr, 0));
+        pugi::xml_document document;
+        ASSERT_TRUE(document.load_file(file.c_str())) << round;
+        EXPECT_EQ(kStands, gf_parkPositions(document).size()) << round;
+        written += std::filesystem::last_write_time(file) != before ? 1 : 0;
+    }
+    EXPECT_GT(written, 10) << "the children did save";
+    EXPECT_TRUE(saveLearned(file));
+    std::filesystem::directory_iterator files(file.parent_path());
+    EXPECT_EQ(1, std::distance(begin(files), end(files))) << "nothing is left beside it";
 }
 
 }  // namespace vlt
