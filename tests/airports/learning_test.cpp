@@ -4,6 +4,7 @@
 #include "airports/airport_place.h"
 #include "airports/learned_save.h"
 #include "airports/loading.h"
+#include "core/base/display.h"
 #include "support/aircraft.h"
 #include "support/fresh_run.h"
 
@@ -152,6 +153,11 @@ TEST_F(LearningTest, whoIsSeenOnlyInTheAirIsGuessedToHaveStoodSomewhere)
     ac.lon = 8;
     ac.radius = parkApf.stands.front().radius;
     ac.agl = 2600;
+    StandOption known;
+    known.reg = ac.regcode;
+    known.day = 2;
+    known.hours.set(30);
+    parkApf.stands.front().options = {known};
     hourNow = {2, 10};
     LEARN_SOFT.value = true;
     softLearningAllowed = true;
@@ -163,6 +169,12 @@ TEST_F(LearningTest, whoIsSeenOnlyInTheAirIsGuessedToHaveStoodSomewhere)
     EXPECT_FALSE(parkApf.stands.front().options.back().real);
     hourNow.slot = 12;
     offerSoftLearning(ac, true);
+    for (const size_t slot : {29, 30, 31}) {
+        hourNow.slot = static_cast<uint32_t>(slot);
+        ac.hexid = static_cast<uint32_t>(30'000 + slot);
+        offerSoftLearning(ac, true);
+        EXPECT_EQ(2, updateCount) << "it is known to be here around " << slot;
+    }
     EXPECT_EQ("10,11,12", setToHours(parkApf.stands.front().options.back().hours)) << "it takes off again";
 }
 
@@ -187,6 +199,9 @@ TEST_F(LearningTest, whatWasLearnedIsThereAtTheNextVisitAndNothingElseIsSaved)
     const AirportLoad again = gf_readApf(gf_sourceAt("archive/stock/XTST.xml"), "XTST");
     EXPECT_EQ(before, gf_shownStands(again.apf.stands));
     EXPECT_EQ(std::string::npos, gf_textOfFile("airports/learned/stock/XTST.xml").find("OLD"));
+    place.folder.write("blocked", "");
+    EXPECT_FALSE(saveLearned("blocked/XTST.xml"));
+    EXPECT_TRUE(display.message.load().ends_with("saving \"blocked/XTST.xml\" did not succeed"));
 }
 
 // The process dies at fifty random moments of saving again and again.

@@ -121,6 +121,7 @@ TEST_F(PlannerTest, theWantedShareOfTheStands)
         CUSTOM_PARKING_PERCENTAGE.value = c[2];
         CUSTOM_MAX_PARK.value = c[3];
         EXPECT_EQ(c[4], wantedCount()) << c[0] << " stands, " << c[1] << " %";
+        EXPECT_EQ(c[4], maxPark) << "the limit for live aircraft too";
     }
     CUSTOM_PARKING_PERCENTAGE.value = CUSTOM_PARKING_PERCENTAGE.def;
     CUSTOM_MAX_PARK.value = CUSTOM_MAX_PARK.def;
