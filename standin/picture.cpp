@@ -191,7 +191,8 @@ static std::string lf_trafficOnMap(const SvgMap& map, const std::vector<ObjectLi
             }
         }
     }
-    std::ranges::stable_partition(shown, [](const auto& one) { return lf_isStatic(*one.first); });
+    std::stable_partition(shown.begin(), shown.end(),
+                          [](const auto& one) { return lf_isStatic(*one.first); });
     for (const auto& [life, at] : shown) {
         taken.push_back({at.x - 9 * size, at.y - 9 * size, 18 * size, 18 * size});
         svg += lf_symbol(at, *life, size);
