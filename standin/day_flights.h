@@ -41,7 +41,8 @@ struct DayFlight {
 // The same flight as gf_dayFlight gives, with neither times nor journey: who flies it, and its call sign.
 DayFlight gf_namedFlight(FlightKind kind, int64_t number, const Fleet& fleet);
 
-// The stand that an arrival comes to or a departure leaves, as `gf_dayStands` names it; empty for other kinds.
+// The stand that an arrival comes to or a departure leaves, as `gf_dayStands` names it; empty for other
+// kinds.
 std::string gf_standOfFlight(const DayFlight& flight);
 
 // The flight of a kind with this number; numbers below 0 began before the day.
