@@ -1,23 +1,16 @@
 #include "airports/parking/planner.h"
 
+#include "airports/parking/stand_choice.h"
 #include "core/base/display.h"
 #include "core/base/log.h"
 #include "core/base/parameters.h"
 #include "core/base/random.h"
 #include "core/base/text.h"
-#include "liveries/database.h"
-#include "traffic/geodesy.h"
-#include "traffic/stand_holding.h"
-#include "traffic/traffic.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace vlt {
-
-static constexpr int32_t kSlots = static_cast<int32_t>(kSlotsPerDay);
-static constexpr int32_t kDays = 7;
-static constexpr int32_t kWeek = kDays * kSlots;
 
 // --- how many
 
@@ -39,72 +32,6 @@ int32_t wantedCount()
     display.airport.wanted = wanted;
     display.airport.wantedPercent = percent;
     return wanted;
-}
-
-// --- time
-
-static int32_t lf_place(HourStamp stamp)
-{
-    return (static_cast<int32_t>(stamp.day) - 1) * kSlots + static_cast<int32_t>(stamp.slot);
-}
-
-HourStamp gf_halfHoursBefore(HourStamp stamp, int32_t halfHours)
-{
-    const int32_t place = ((lf_place(stamp) - halfHours) % kWeek + kWeek) % kWeek;
-    return {static_cast<uint32_t>(place / kSlots) + 1, static_cast<uint32_t>(place % kSlots)};
-}
-
-bool gf_isOfDay(const StandOption& option, uint32_t day)
-{
-    return WEEK.value || option.day == static_cast<int32_t>(day);
-}
-
-bool gf_runsOn(const ParkPos& stand, const StandOption& option, HourStamp now)
-{
-    const HourStamp next = gf_halfHoursBefore(now, -1);
-    if (next.day == now.day) {
-        return option.hours.test(next.slot);
-    }
-    return std::ranges::any_of(stand.options, [&](const StandOption& o) {
-        return o.sequence > 0 && gf_isOfDay(o, next.day) && o.airline == option.airline &&
-               o.type == option.type && o.hours.test(0);
-    });
-}
-
-// --- call signs
-
-bool gf_isSameCallsign(std::string_view a, std::string_view b)
-{
-    a = a.substr(0, a.size() - (a.ends_with('*') ? 1 : 0));
-    b = b.substr(0, b.size() - (b.ends_with('*') ? 1 : 0));
-    return !a.empty() && a == b;
-}
-
-static bool lf_names(const StandOption& option, std::string_view callsign)
-{
-    return gf_isSameCallsign(option.callsign, callsign) || gf_isSameCallsign(option.coupledCs, callsign);
-}
-
-static bool lf_isHeard(const Planning& planning, const std::string& callsign)
-{
-    return !callsign.empty() &&
-           (planning.heard.contains(callsign) || planning.heard.contains(callsign + "_"));
-}
-
-std::string lf_detcs(const PlanEntry& entry)
-{
-    std::string callsign = entry.stays ? entry.callsign : entry.coupledCs;
-    if (callsign.empty()) {
-        callsign = entry.stays ? entry.coupledCs : entry.callsign;
-    }
-    if (callsign.empty()) {
-        logLine("lf_detcs callsign is empty..");
-        return {};
-    }
-    while (callsign.ends_with('_')) {
-        callsign.pop_back();
-    }
-    return callsign.ends_with('*') ? callsign : callsign + "*";
 }
 
 // --- the stands
@@ -130,121 +57,6 @@ void gf_markPlanned(ParkPos& stand)
     }
 }
 
-// A static aircraft beside the stand would touch one of this type there.
-static bool lf_touchesStatic(const ParkPos& stand, const StandOption& option)
-{
-    return std::ranges::any_of(stand.neighbours, [&](uint32_t index) {
-        const StaticAc* beside = gf_staticHolder(index);
-        return beside != nullptr && halfWingspanNm(option.type) + halfWingspanNm(beside->model) >
-                                        distNm(gf_standPlace(*beside), gf_placeOf(stand));
-    });
-}
-
-static bool lf_isCandidate(const StandOption& option, bool real, HourStamp when)
-{
-    return option.sequence != 0 && option.real == real && option.hours.test(when.slot) &&
-           gf_isOfDay(option, when.day);
-}
-
-static std::vector<StandOption*> lf_candidates(ParkPos& stand, bool real, HourStamp when,
-                                               std::string_view& why)
-{
-    std::vector<StandOption*> candidates;
-    for (StandOption& option : stand.options) {
-        if (!lf_isCandidate(option, real, when)) {
-            continue;
-        }
-        if (stand.heli && !HELICOPTERS.value) {
-            why = "helicopters are off";
-        } else if (stand.neighbourPlanned) {
-            why = "neighbour planned";
-        } else if (lf_touchesStatic(stand, option)) {
-            why = "would touch a static aircraft beside it";
-        } else {
-            candidates.push_back(&option);
-        }
-    }
-    return candidates;
-}
-
-// Who stands there already comes first, else chance decides.
-static StandOption& lf_choose(const ParkPos& stand, std::vector<StandOption*>& candidates)
-{
-    if (candidates.size() < 2 || !gf_randomAllowed()) {
-        return *candidates.front();
-    }
-    if (const StaticAc* here = gf_staticHolder(stand.index)) {
-        for (StandOption* option : candidates) {
-            if (lf_names(*option, here->callsign) && option->airline == here->airline &&
-                option->type == here->model) {
-                return *option;
-            }
-        }
-    }
-    gf_shuffle(candidates);
-    return *candidates.front();
-}
-
-// --- may the option's aircraft stand there?
-
-// The verdict on an option; `off`: it isn't tried again in this planning.
-struct Refusal {
-    std::string_view why;  // empty: it may
-    bool off = true;
-};
-
-template <typename Entries>
-static bool lf_isPlanned(const Entries& plan, const StandOption& option)
-{
-    return std::ranges::any_of(plan, [&option](const PlanEntry& e) {
-        return lf_names(option, e.callsign) || (!option.reg.empty() && e.reg == option.reg);
-    });
-}
-
-static bool lf_isRegPlanned(const std::vector<PlanEntry>& plan, const std::string& reg)
-{
-    return !reg.empty() &&
-           std::ranges::any_of(plan, [&reg](const PlanEntry& entry) { return entry.reg == reg; });
-}
-
-static bool lf_standsElsewhere(const ParkPos& stand, const StandOption& option)
-{
-    return std::ranges::any_of(staticAcs, [&](const StaticAc& s) {
-        return s.standId != stand.index &&
-               (lf_names(option, s.coupledCs1) || (!option.reg.empty() && s.regcode == option.reg));
-    });
-}
-
-static bool lf_isLiveStayer(const Planning& planning, const StandOption& option)
-{
-    return std::ranges::any_of(planning.liveStayers,
-                               [&option](const ParkedStay& stay) { return lf_names(option, stay.callsign); });
-}
-
-static Refusal lf_test(const Planning& planning, const ParkPos& stand, const StandOption& option,
-                       const std::vector<PlanEntry>& out)
-{
-    if (lf_isRegPlanned(parkPlan, option.reg) || lf_isRegPlanned(out, option.reg)) {
-        return {"registration already used"};
-    }
-    if (lf_isHeard(planning, option.callsign)) {
-        return {"real flight heard"};
-    }
-    if (lf_isHeard(planning, option.coupledCs)) {
-        return {"coupled flight heard", false};
-    }
-    if (lf_standsElsewhere(stand, option)) {
-        return {"stands elsewhere as a static aircraft"};
-    }
-    if (lf_isPlanned(parkPlan, option) || lf_isPlanned(out, option)) {
-        return {"planned elsewhere"};
-    }
-    if (lf_isLiveStayer(planning, option)) {
-        return {"parked live"};
-    }
-    return {};
-}
-
 // --- the search
 
 static PlanEntry lf_entry(const ParkPos& stand, const StandOption& option, HourStamp now, int32_t offset)
@@ -257,7 +69,7 @@ static PlanEntry lf_entry(const ParkPos& stand, const StandOption& option, HourS
 // So that a pass looks through a stand's options once, and not again at every offset.
 static std::vector<KnownHours> lf_knownHours(HourStamp now, bool real)
 {
-    const uint32_t yesterday = gf_halfHoursBefore(now, kSlots).day;
+    const uint32_t yesterday = gf_halfHoursBefore(now, static_cast<int32_t>(kSlotsPerDay)).day;
     std::vector<KnownHours> known(parkApf.stands.size());
     for (const ParkPos& stand : parkApf.stands) {
         KnownHours& hours = known[stand.index - 1];
@@ -291,12 +103,12 @@ static void lf_searchStand(Planning& planning, ParkPos& stand, bool real, int32_
     if (!lf_knowsAnyone(planning, stand, when)) {
         return;
     }
-    std::vector<StandOption*> candidates = lf_candidates(stand, real, when, why);
+    std::vector<StandOption*> candidates = gf_candidates(stand, real, when, why);
     if (candidates.empty()) {
         return;
     }
-    StandOption& option = lf_choose(stand, candidates);
-    const Refusal refusal = lf_test(planning, stand, option, out);
+    StandOption& option = gf_choose(stand, candidates);
+    const Refusal refusal = gf_test(planning, stand, option, out);
     if (!refusal.why.empty()) {
         why = refusal.why;
         if (refusal.off) {
