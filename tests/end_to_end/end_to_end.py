@@ -21,6 +21,7 @@ import tempfile
 import time
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
+from xml.etree import ElementTree
 
 SOURCE = Path(sys.argv[1]).resolve()
 BINARIES = Path(sys.argv[2]).resolve()
@@ -139,6 +140,55 @@ def traffic_appears_at_the_airport_around_the_user(machine: Machine):
     assert (machine.program / "airports" / "my_park_airports.txt").read_text().strip() == "XVEL,R4"
     # A second run in the same place finds the settings that the first one wrote.
     assert (machine.folder / "appdata" / "Velatra" / "parameters.xml").exists()
+
+
+def wait_until_no_static_is_left(machine: Machine, world: subprocess.Popen, velatra: subprocess.Popen):
+    left = [None]
+    for _ in range(10):  # removals are metered
+        world.send_signal(signal.SIGUSR1)
+        wait_for_status(velatra)
+        left = [o["callsign"] for o in machine.summary()["objects"]
+                if o["byProgram"] and o["removed"] is None and o["callsign"].endswith("*")]
+        if not left:
+            break
+    assert not left, left
+
+
+def saved_parameter(file: Path, name: str) -> str:
+    """Out of an airport file, which must be whole."""
+    elements = file.read_text().split("?>", 1)[1]
+    return ElementTree.fromstring(f"<all>{elements}</all>").find(f"parameters/parameter[@name='{name}']").get("value")
+
+
+def static_parking_answers_its_user_and_a_stop_saves_what_was_learned(machine: Machine):
+    (machine.program / "airports").mkdir()
+    (machine.program / "airports" / "my_park_airports.txt").write_text("XVEL\n")
+    machine.set_parameters(SCAN_LIVERIES="false", SCAN_AIRPORTS="false", CUSTOM_MAX_PARK="6")
+    world, _ = machine.start_world(*IN_THE_AIR)
+    velatra = machine.start_velatra()
+    all_stand = wait_for_status(velatra, lambda s: s["wanted"] == 6 and s["static"] > 2 and s["parkingEnabled"])
+    assert not all_stand["percentageEnabled"]  # nothing is learned here yet
+    say(velatra, "WEEK=on")
+    wait_for_line(velatra, "Velatra will respond in")
+    say(velatra, "press Flush static")
+    wait_for_line(velatra, "All static parked aircraft will be removed ...")
+    wait_for_line(velatra, '/XVEL.xml" saved with')
+    gone = wait_for_status(velatra)
+    assert (gone["airport"], gone["static"], gone["flushStaticEnabled"]) == ("", 0, False), gone
+    wait_until_no_static_is_left(machine, world, velatra)
+    learned, = (machine.program / "airports" / "learned").rglob("XVEL.xml")
+    assert saved_parameter(learned, "parking_percentage") == "30"
+    wait_for_status(velatra, lambda s: s["airport"] == "XVEL" and s["static"] > 2 and s["parkingEnabled"])
+    say(velatra, "press Re-read\nCUSTOM_MAX_PARK=\nparking_percentage=90")
+    wait_for_line(velatra, "Velatra will respond in")
+    wait_for_line(velatra, "park airports and stands are okay")
+    wait_for_status(velatra, lambda s: s["wanted"] == 61 and s["static"] > 9 and not s["parkingEnabled"])
+    before = learned.stat().st_mtime_ns
+    stop(velatra)
+    assert learned.stat().st_mtime_ns > before
+    assert saved_parameter(learned, "parking_percentage") == "90"
+    end_world(machine, world)
+    nothing_is_left_of_downloads(machine)
 
 
 def without_its_file_the_park_airport_has_no_stands(machine: Machine):
@@ -463,6 +513,7 @@ SCENARIOS = (
     the_flight_survives_what_the_simulator_and_the_feed_do,
     realtraffic_comes_and_goes,
     a_stop_ends_every_state_of_a_run_in_time_and_a_full_disk_spoils_nothing,
+    static_parking_answers_its_user_and_a_stop_saves_what_was_learned,
     traffic_appears_at_the_airport_around_the_user,
     a_simulator_killed_in_traffic_is_waited_for_again,
     a_simulator_killed_before_its_flight_runs_is_waited_for_again,
@@ -514,7 +565,7 @@ def run_all() -> int:
                   done.stdout + done.stderr, flush=True)
             return good
 
-        with ThreadPoolExecutor(4 if alone else 1) as pool:
+        with ThreadPoolExecutor(5 if alone else 1) as pool:
             return 0 if all(list(pool.map(run, SCENARIOS))) else 1
 
 
