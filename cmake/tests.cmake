@@ -24,7 +24,7 @@ function(velatra_test folder simulator)
     target_link_libraries(${target} PRIVATE ${simulator} velatra_test_support GTest::gtest_main)
     target_compile_options(${target} PRIVATE ${VELATRA_LIGHT})
     target_precompile_headers(${target} REUSE_FROM velatra_test_support)
-    gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+    gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 endfunction()
 
 set(FOLDERS platform core ui link sim traffic airports scenery liveries standin tools flow)

@@ -434,7 +434,7 @@ def a_stop_ends_every_state_of_a_run_in_time_and_a_full_disk_spoils_nothing(mach
     before = '<parameters><parameter name="AUTO_RANGE" value="false"/></parameters><parkpositions/>'
     learned.write_text(before)
     velatra = machine.start_velatra()
-    wait_for_status(velatra, lambda status: status["stands"] == 62)
+    wait_for_status(velatra, lambda status: status["stands"] == 68)
     say(velatra, "AUTO_RANGE=on")
     with socket.create_connection(("127.0.0.1", 10747)) as second:
         assert second.recv(100) == b""
