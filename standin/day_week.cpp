@@ -14,7 +14,7 @@ namespace vlt {
 
 static constexpr int64_t kSlotSeconds = 1800;
 static constexpr int kDays = 7;
-static constexpr int64_t kWeekSeconds = kDays * 86400;
+static constexpr int64_t kWeekSeconds = int64_t{kDays} * 86400;
 static constexpr int64_t kSlotsPerWeek = kWeekSeconds / kSlotSeconds;
 static constexpr int64_t kFlightsOneIn = 4;
 static constexpr int64_t kSlotsAtGate = 3;

@@ -174,7 +174,7 @@ fs::path gf_toNativeForm(std::string_view path)
 {
     std::string text(path);
     std::replace(text.begin(), text.end(), '\\', '/');
-    return lf_withCaseOfDisk(lf_withStoredNames(lf_withDriveMapped(std::move(text))));
+    return lf_withCaseOfDisk(lf_withStoredNames(lf_withDriveMapped(text)));
 }
 
 // `path` with `front` in the place of `folder`, if it lies at or below that.
