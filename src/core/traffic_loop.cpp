@@ -108,7 +108,6 @@ void secondTick()
     gf_serviceStandChange();
     gf_checkCollisions();
     gf_serviceFlush();
-    gf_serviceRenewal();
     gf_serviceBlock();
     gf_serviceWishes();
     gf_serviceDestination();

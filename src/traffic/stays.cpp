@@ -34,7 +34,8 @@ int32_t gf_halfHoursSince(HourStamp stamp, HourStamp now)
 {
     constexpr uint32_t kSlotsPerWeek = 7 * kSlotsPerDay;
     const auto place = [](HourStamp s) { return s.day * static_cast<uint32_t>(kSlotsPerDay) + s.slot; };
-    return static_cast<int32_t>((place(now) + kSlotsPerWeek - place(stamp) % kSlotsPerWeek) % kSlotsPerWeek);
+    const uint32_t since = (place(now) + kSlotsPerWeek - place(stamp) % kSlotsPerWeek) % kSlotsPerWeek;
+    return static_cast<int32_t>(since) - static_cast<int32_t>(since > kSlotsPerWeek / 2 ? kSlotsPerWeek : 0);
 }
 
 static void lf_removeOldestStatic(int64_t parked)

@@ -28,7 +28,8 @@ struct ParkedStay {
     uint32_t hexid = 0;
 };
 
-// The half hours that have passed since a stamp, the week running round.
+// The half hours that have passed since a stamp, the week running round: from -167 to 168, below 0 for a
+// stamp that a clock put back has left in the future.
 int32_t gf_halfHoursSince(HourStamp stamp, HourStamp now);
 
 // Removes the live aircraft that have been parked for too long, unless parking isn't renewed, and gives

@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -154,6 +155,13 @@ TEST_F(StaticParkingTest, aRenewalDecidesOnEachStaticAircraft)
          {{0, "BAW7", "", "A320", 3, 19, 19}, {1, "BAW8", "", "C172", 3, 20, 20}},
          true,
          "B:BAW8*"},
+        {"the clock was put back by an hour",
+         kWednesdayTen,
+         -2,
+         "",
+         {{0, "BAW9", "", "A319", 3, 20, 20}},
+         false,
+         ""},
         {"history of yesterday, a week's end before",
          kMondayZero,
          0,
@@ -220,12 +228,14 @@ TEST_F(StaticParkingTest, aRenewalLetsLiveAircraftStayForAWhile)
         {"longer, but it reports", 91, AcCategory::Large, true, false, false},
         {"a wide one", 180, AcCategory::Heavy, false, false, false},
         {"a wide one, longer", 181, AcCategory::Heavy, false, false, true},
+        {"for ever without renewals", 999, AcCategory::Large, false, true, false},
     };
     for (const Case& c : cases) {
         begin(kWednesdayTen);
         LiveAc& ac = parkedLive(20000, 3, c.minutes);
         ac.category = c.category;
         ac.liveAtStand = c.reports;
+        INITIAL_LOAD_ONLY.value = c.onlyAtFirst;
         parkingAdjustments();
         EXPECT_EQ(c.goes, ac.fs == FsState::RemovingFromSim) << c.what;
     }
@@ -238,6 +248,50 @@ TEST_F(StaticParkingTest, aRenewalLetsLiveAircraftStayForAWhile)
     EXPECT_EQ(FsState::RemovingFromSim, liveAcs.front().fs) << "more than wanted: the longest parked goes";
     EXPECT_EQ(FsState::Active, liveAcs.back().fs);
     EXPECT_EQ("", plan());
+}
+
+TEST_F(StaticParkingTest, aWishIsServedAfterAWholePeriodOfListening)
+{
+    begin(kWednesdayTen);
+    history(0, "BAW9", "", "A319", 3, 20, 20);
+    history(2, "BAW8", "", "A319", 3, 20, 20);
+    renewalWanted = true;
+    gf_renewIfRequested();
+    EXPECT_TRUE(trafficReader.collectCallsigns);
+    EXPECT_EQ("", plan()) << "not yet";
+    trafficReader.callsignsHeard.insert("BAW9");
+    gf_renewIfRequested();
+    EXPECT_FALSE(trafficReader.collectCallsigns);
+    EXPECT_EQ("C:BAW8*", plan());
+    gf_renewIfRequested();
+    EXPECT_FALSE(trafficReader.collectCallsigns) << "asked for once";
+    INITIAL_LOAD_ONLY.value = true;
+    gf_requestRenewal();
+    EXPECT_FALSE(trafficReader.collectCallsigns) << "no renewals are wanted";
+}
+
+TEST_F(StaticParkingTest, theLongestStandingGoWhenFewerAreWanted)
+{
+    for (const bool reversed : {false, true}) {
+        begin(kWednesdayTen);
+        parking_percentage.value = 30;  // one of three
+        StaticAc old = parked(3);
+        StaticAc fresh = old;
+        fresh.hexid = 2;
+        fresh.standId = 3;
+        fresh.callsign = fresh.coupledCs1 = "BAW3*";
+        fresh.stamp = gf_halfHoursBefore(hourNow, 1);
+        staticAcs = reversed ? std::vector{fresh, old} : std::vector{old, fresh};
+        history(0, "BAW1", "", "A319", 3, 17, 21);
+        history(2, "BAW3", "", "A319", 3, 19, 21);
+        parkingAdjustments();
+        for (const StaticAc& ac : staticAcs) {
+            EXPECT_EQ(ac.hexid == 1, goes(ac)) << reversed;
+        }
+        EXPECT_EQ("", plan());
+        parkingAdjustments();
+        EXPECT_EQ(1, std::ranges::count_if(staticAcs, goes)) << "the other stays";
+    }
 }
 
 TEST_F(StaticParkingTest, anEntryIsPlacedWhereNobodyIsInTheWay)

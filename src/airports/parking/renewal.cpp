@@ -175,8 +175,9 @@ static void lf_replan(Renewal& renewal)
 {
     for (const Stayer& s : renewal.stayers) {
         if (s.replan) {
-            parkPlan.push_back({s.stand, gf_halfHoursSince(s.stamp, renewal.planning.now), s.airline, s.model,
-                                s.coupledCs1, s.coupledCs2, s.regcode, !s.soft, false});
+            const int32_t offset = std::max(gf_halfHoursSince(s.stamp, renewal.planning.now), 0);
+            parkPlan.push_back(
+                {s.stand, offset, s.airline, s.model, s.coupledCs1, s.coupledCs2, s.regcode, !s.soft, false});
             renewal.removals.push_back(s.stand);
         }
     }
@@ -272,13 +273,6 @@ void gf_requestRenewal()
     }
 }
 
-void gf_serviceRenewal()
-{
-    if (renewalWanted.exchange(false)) {
-        gf_requestRenewal();
-    }
-}
-
 void gf_forgetRenewal()
 {
     renewalWanted = false;
@@ -287,9 +281,12 @@ void gf_forgetRenewal()
 
 void gf_renewIfRequested()
 {
+    const bool wanted = renewalWanted.exchange(false);  // a renewal that is due serves a new wish too
     if (requested) {
         requested = false;
         parkingAdjustments();
+    } else if (wanted) {
+        gf_requestRenewal();
     }
 }
 

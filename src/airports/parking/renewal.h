@@ -8,15 +8,14 @@
 
 namespace vlt {
 
-extern std::atomic<bool> renewalWanted;  // [atomic] the user has changed what is planned by
-// Once a second: what the user wants is requested.
-void gf_serviceRenewal();
+extern std::atomic<bool>
+    renewalWanted;  // [atomic] the user has changed what is planned by; the worker clears
 // There is no airport any more whose parking could be renewed.
 void gf_forgetRenewal();
 
 // The 20 minutes have passed: the flights in the air are noted from now on.
 void gf_requestRenewal();
-// A period later: renews the parking if that was requested.
+// Every 15 s: renews the parking if that was requested a period ago; else requests what the user wants.
 void gf_renewIfRequested();
 
 // The renewal itself.
