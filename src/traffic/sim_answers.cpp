@@ -155,6 +155,7 @@ static void lf_setUpStatic(const SimMessage& message)
 {
     const auto ac = std::ranges::find(staticAcs, message.a, &StaticAc::hexid);
     if (ac == staticAcs.end()) {
+        removeWaitQueue.push_back(message.objectid);  // given up before the simulator had answered
         return;
     }
     ac->fs = FsState::Active;

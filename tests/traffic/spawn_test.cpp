@@ -262,6 +262,10 @@ TEST_F(Spawn, aRemovalWhileItIsCreated)
         EXPECT_EQ(78U, parked.objectid);
         EXPECT_TRUE(commands().starts_with("throttle=0 flaps=0 shutdown=0"));
     }
+    removeWaitQueue.clear();
+    handleSimMessage({79, 6, 200, SimMessageKind::StaticObject, 0, 0});
+    gf_stepAckWaits();
+    EXPECT_EQ((std::deque<uint32_t>{79}), removeWaitQueue) << "nobody wants it any more";
 }
 
 TEST_F(Spawn, whoGoesGivesItsOwnStandBackOnEveryRoad)
