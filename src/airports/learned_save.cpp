@@ -22,12 +22,24 @@ static bool lf_isWorthKeeping(const ParkPos& stand)
     return stand.manual || !stand.options.empty() || stand.radiusChanged || stand.cargoChanged;
 }
 
+// Of all that is known, what the planner has switched off included.
+static Quality lf_wholeQuality(std::vector<ParkPos> stands)
+{
+    constexpr int32_t kOn = 1;
+    for (ParkPos& stand : stands) {
+        for (StandOption& option : stand.options) {
+            option.sequence = kOn;
+        }
+    }
+    return gf_qualityFactor(stands);
+}
+
 // What was learned of the airport; of a handmade one all.
 static Apf lf_learnedPart()
 {
     Apf learned = parkApf;
     if (learned.handmade) {
-        learned.quality = gf_qualityFactor(learned.stands);
+        learned.quality = lf_wholeQuality(learned.stands);
         return learned;
     }
     for (ParkPos& stand : learned.stands) {

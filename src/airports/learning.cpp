@@ -96,6 +96,14 @@ static void lf_learnSoftAgain(ParkPos& stand, const LiveAc& ac, HourStamp stamp,
     }
 }
 
+// Today has no option of its own yet, but its sighting tells where a stay over midnight began.
+static bool lf_wasGuessedYesterday(const ParkPos& stand, const LiveAc& ac, HourStamp stamp)
+{
+    const auto sighting = stand.softSightings.find(ac.hexid);
+    return sighting != stand.softSightings.end() && sighting->second.sequence > 0 &&
+           sighting->second.stamp.day != stamp.day && gf_isOneStay(stamp, sighting->second.stamp, ac);
+}
+
 static bool lf_learnSoft(ParkPos& stand, const LiveAc& ac, bool known, HourStamp stamp, bool leaving)
 {
     const OwnOptions own = lf_ownOptions(stand, ac, stamp, false);
@@ -104,7 +112,7 @@ static bool lf_learnSoft(ParkPos& stand, const LiveAc& ac, bool known, HourStamp
     }
     if (own.lacking != nullptr && !known && !leaving) {
         own.lacking->hours.set(stamp.slot);
-    } else if (own.lacking != nullptr || own.holding != nullptr) {
+    } else if (own.lacking != nullptr || own.holding != nullptr || lf_wasGuessedYesterday(stand, ac, stamp)) {
         lf_learnSoftAgain(stand, ac, stamp, leaving);
     } else if (const int32_t sequence = addOption(stand, ac, false, stamp); sequence > 0) {
         stand.softSightings[ac.hexid] = {stamp, sequence};

@@ -107,6 +107,11 @@ static void lf_setBack(StandOption* option, int32_t last, int32_t count)
     }
 }
 
+bool gf_isOneStay(HourStamp now, HourStamp seen, const LiveAc& ac)
+{
+    return lf_gap(now, seen, ac).has_value();
+}
+
 bool fillGap(HourStamp now, ParkPos& stand, Sighting& sighting, const LiveAc& ac, bool real)
 {
     if (sighting.sequence == 0) {

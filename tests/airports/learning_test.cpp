@@ -4,18 +4,21 @@
 #include "airports/airport_place.h"
 #include "airports/learned_save.h"
 #include "airports/loading.h"
+#include "airports/parking/static_parking.h"
 #include "core/base/display.h"
 #include "support/aircraft.h"
 #include "support/fresh_run.h"
 
 #include <gtest/gtest.h>
 #include <pugixml.hpp>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
 #include <iterator>
+#include <string>
 
 namespace vlt {
 
@@ -176,6 +179,115 @@ TEST_F(LearningTest, whoIsSeenOnlyInTheAirIsGuessedToHaveStoodSomewhere)
         EXPECT_EQ(2, updateCount) << "it is known to be here around " << slot;
     }
     EXPECT_EQ("10,11,12", setToHours(parkApf.stands.front().options.back().hours)) << "it takes off again";
+    parkApf.stands.front().options.clear();
+    hourNow = {7, 46};
+    ac.hexid = 20001;
+    offerSoftLearning(ac, false);
+    hourNow = {1, 1};
+    ac.callsign = "BAW2";
+    offerSoftLearning(ac, true);
+    EXPECT_EQ("[G-TEST BAW A319 BAW1:BAW2 day 7 at 46,47 soft learned #1] "
+              "[G-TEST BAW A319 BAW2: day 1 at 0,1 soft learned #2]",
+              shown())
+        << "after the night";
+}
+
+// No file is longer than this meanwhile.
+class FullDisk
+{
+public:
+    explicit FullDisk(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        ::getrlimit(RLIMIT_FSIZE, &m_room);
+        const rlimit full{bytes, m_room.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &full);
+    }
+    ~FullDisk()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &m_room);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    rlimit m_room{};
+    void (*m_handler)(int);
+};
+
+TEST_F(LearningTest, aVisitIsSavedOnceAndTheRunGoesOnWhereItCannotBe)
+{
+    const std::filesystem::path file = "airports/learned/stock/XTST.xml";
+    const auto visit = [] {
+        gf_addStand("A1", 0, 0, 90);
+        parkApf.publisher = "stock";
+        parkState = ParkState::Loaded;
+        return lf_addRealStandOption(1, lf_visitor("BAW1"), {2, 10}, false);
+    };
+    ASSERT_TRUE(visit());
+    closeAirport();
+    const std::string saved = gf_textOfFile(file);
+    EXPECT_TRUE(display.message.load().ends_with("\"" + file.string() + "\" saved with 1 update "));
+    std::filesystem::remove(file);
+    gf_saveIfLearned();
+    closeAirport();
+    EXPECT_FALSE(std::filesystem::exists(file)) << "a second time";
+
+    const std::string told = " saving \"" + file.string() + "\" did not succeed";
+    place.folder.write(file.string(), "before");
+    ASSERT_TRUE(visit());
+    {
+        const FullDisk full(saved.size() / 2);
+        closeAirport();
+    }
+    EXPECT_TRUE(display.message.load().ends_with(told)) << display.message.load();
+    EXPECT_EQ(ParkState::None, parkState);
+    EXPECT_EQ("before", gf_textOfFile(file));
+    EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(file.parent_path()), {})) << "no rests";
+
+    std::filesystem::remove_all("airports/learned");
+    place.folder.write("airports/learned", "a file in the folder's place");
+    ASSERT_TRUE(visit());
+    clearMessage();
+    closeAirport();
+    EXPECT_TRUE(display.message.load().ends_with(told)) << display.message.load();
+    EXPECT_EQ(ParkState::None, parkState);
+}
+
+TEST_F(LearningTest, aStrangeLearnedFileIsToldAndHarmsNothing)
+{
+    const std::string longReg(200, 'R');
+    archive("XTST", gf_airportText(gf_standText("A1", 0, "", "<opt reg='OLD' day='1' hh='5'/>")));
+    place.folder.write(
+        "airports/learned/stock/XTST.xml",
+        "<parameters><parameter name='airport_name' value='Elsewhere'/></parameters><parkpositions>"
+        "<parkpos id='Z9'><opt reg='GONE' day='2' hh='20'/></parkpos>"
+        "<parkpos id='A1'><opt reg='EMPTY' day='3' hh=''/><opt reg='NINE' day='9' hh='20'/>"
+        "<opt reg='" +
+            longReg + "' airl='BAW' type='A319' day='3' hh='20' cs='" + longReg +
+            "'/></parkpos>"
+            "</parkpositions>");
+    parkApf.stands.clear();
+    gf_installParkAirport(gf_readApf(gf_sourceAt("archive/stock/XTST.xml"), "XTST"), {47, 8});
+    EXPECT_NE(std::string::npos, place.log().find("learned file airport name: \"Elsewhere\" differs"));
+    EXPECT_NE(std::string::npos, place.log().find("learned stand Z9 in "));
+    ASSERT_EQ(1U, parkApf.stands.size());
+    EXPECT_EQ(4U, parkApf.stands.front().options.size());
+    for (const bool anyDay : {false, true}) {
+        WEEK.value = anyDay;
+        Planning planning;
+        planning.now = {3, 20};
+        parkPlan.clear();
+        gf_renumberOptions();
+        gf_planPasses(planning, 1, 0);
+        ASSERT_EQ(1U, parkPlan.size());
+        EXPECT_TRUE(parkPlan.front().reg == longReg || (anyDay && parkPlan.front().reg == "NINE"));
+    }
+    planStep();
+    EXPECT_TRUE(parkPlan.empty());
+    ASSERT_TRUE(saveLearned({}));
+    const AirportLoad again = gf_readApf(gf_sourceAt("archive/stock/XTST.xml"), "XTST");
+    EXPECT_EQ(3U, again.apf.stands.front().options.size()) << "but for the one without hours";
 }
 
 TEST_F(LearningTest, whatWasLearnedIsThereAtTheNextVisitAndNothingElseIsSaved)
@@ -199,9 +311,6 @@ TEST_F(LearningTest, whatWasLearnedIsThereAtTheNextVisitAndNothingElseIsSaved)
     const AirportLoad again = gf_readApf(gf_sourceAt("archive/stock/XTST.xml"), "XTST");
     EXPECT_EQ(before, gf_shownStands(again.apf.stands));
     EXPECT_EQ(std::string::npos, gf_textOfFile("airports/learned/stock/XTST.xml").find("OLD"));
-    place.folder.write("blocked", "");
-    EXPECT_FALSE(saveLearned("blocked/XTST.xml"));
-    EXPECT_TRUE(display.message.load().ends_with("saving \"blocked/XTST.xml\" did not succeed"));
 }
 
 // The process dies at fifty random moments of saving again and again.
