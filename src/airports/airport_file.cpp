@@ -69,8 +69,7 @@ StandOption gf_readOption(const pugi::xml_node& node, bool archived, int32_t seq
     return option;
 }
 
-// A number with a decimal point, or with the comma of people's own country.
-static double lf_number(const pugi::xml_node& node, const char* name)
+double gf_decimal(const pugi::xml_node& node, const char* name)
 {
     std::string text = node.attribute(name).as_string();
     std::ranges::replace(text, ',', '.');
@@ -93,13 +92,13 @@ bool readParkPos(const pugi::xml_node& node, const std::string& id, bool archive
                  std::vector<ParkPos>& stands)
 {
     ParkPos stand;
-    stand.lat = lf_number(node, "latitude");
-    stand.lon = lf_number(node, "longitude");
+    stand.lat = gf_decimal(node, "latitude");
+    stand.lon = gf_decimal(node, "longitude");
     if (stand.lat == 0 && stand.lon == 0) {
         return false;
     }
-    stand.radius = lf_number(node, "radius") / kMetresPerNm;
-    stand.heading = lf_number(node, "heading") * kRadPerDeg;
+    stand.radius = gf_decimal(node, "radius") / kMetresPerNm;
+    stand.heading = gf_decimal(node, "heading") * kRadPerDeg;
     if (!lf_hasPossibleNumbers(stand)) {
         logLine(format("Parking position {} has impossible numbers, skipped", id));
         return false;

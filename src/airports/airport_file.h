@@ -27,6 +27,10 @@ std::optional<std::string> gf_textParameter(const pugi::xml_document& document, 
 // The `opt` element; `archived` goes into the option.
 StandOption gf_readOption(const pugi::xml_node& node, bool archived, int32_t sequence);
 
+// A number of the element with a decimal point, or with the comma of people's own country; 0 where there is
+// none.
+double gf_decimal(const pugi::xml_node& node, const char* name);
+
 // A radius in nm that a stand can have.
 bool gf_isStandRadius(double radius);
 

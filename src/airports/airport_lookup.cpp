@@ -1,5 +1,6 @@
 #include "airports/airport_lookup.h"
 
+#include "airports/airport_file.h"
 #include "airports/airports.h"
 #include "core/base/display.h"
 #include "core/base/log.h"
@@ -171,7 +172,7 @@ static ClosestStand lf_closestStand(const pugi::xml_document& document, LatLon p
 {
     ClosestStand closest;
     for (const pugi::xml_node& node : document.child("parkpositions").children("parkpos")) {
-        const LatLon stand{node.attribute("latitude").as_double(), node.attribute("longitude").as_double()};
+        const LatLon stand{gf_decimal(node, "latitude"), gf_decimal(node, "longitude")};
         const bool possible = stand != LatLon{} && std::abs(stand.lat) <= 90 && std::abs(stand.lon) <= 180;
         if (const double distance = distNm(position, stand); possible && distance < closest.distance) {
             closest = {distance, node.attribute("id").as_string()};

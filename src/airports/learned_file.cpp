@@ -32,7 +32,7 @@ static OptionKey lf_keyOf(const StandOption& option)
 static void mergeLearnedStand(const pugi::xml_node& node, ParkPos& stand)
 {
     if (node.attribute("radius_change").as_bool()) {
-        const double radius = node.attribute("radius").as_double() / kMetresPerNm;
+        const double radius = gf_decimal(node, "radius") / kMetresPerNm;
         if (gf_isStandRadius(radius)) {
             stand.radius = radius;
             stand.radiusChanged = true;
@@ -71,8 +71,8 @@ static void lf_addManual(const pugi::xml_node& node, const std::string& shown, s
         logLine(format("manually created standid {} in {} is one too many", id, shown));
         return;
     }
-    const LatLon position{node.attribute("latitude").as_double(), node.attribute("longitude").as_double()};
-    if (gf_isNullPosition(position) || node.attribute("radius").as_double() == 0) {
+    const LatLon position{gf_decimal(node, "latitude"), gf_decimal(node, "longitude")};
+    if (gf_isNullPosition(position) || gf_decimal(node, "radius") == 0) {
         logLine(format("manually created standid {} misses correct attributes in {}", id, shown));
         return;
     }
@@ -142,22 +142,24 @@ static void lf_merge(const pugi::xml_document& document, const std::string& show
     apf.stands = std::move(stands);
 }
 
-void lf_readLearned(const std::filesystem::path& path, const std::string& shown, Apf& apf,
-                    std::optional<ParkingSettings>& settings)
+std::string lf_readLearned(const std::filesystem::path& path, const std::string& shown, Apf& apf,
+                           std::optional<ParkingSettings>& settings)
 {
     try {
         pugi::xml_document document;
         const pugi::xml_parse_result parsed = document.load_file(path.c_str());
         if (!parsed) {
             lf_moveAside(path, shown, parsed.description());
-            return;
+            return {};
         }
         logLine(format("Read from learned airport file: \"{}\"", shown));
         settings = gf_readParkingSettings(document);
         lf_merge(document, shown, apf);
+        return gf_decimalComma(document);
     } catch (const std::exception& e) {
         logLine(format("lf_readLearned: {}", e.what()));
     }
+    return {};
 }
 
 }  // namespace vlt

@@ -148,6 +148,13 @@ static std::string lf_learnedFile(const AirportLoad& load)
     return {};
 }
 
+static void lf_warnOfComma(AirportLoad& load, const std::string& path, const std::string& comma)
+{
+    if (!comma.empty()) {
+        load.warnings.push_back(format("{} has decimal commas, the first is {}", path, comma));
+    }
+}
+
 static void lf_layLearnedOver(AirportLoad& load)
 {
     const std::string learned = lf_learnedFile(load);
@@ -155,7 +162,7 @@ static void lf_layLearnedOver(AirportLoad& load)
     if (!load.learned) {
         return;
     }
-    lf_readLearned(gf_toNativeForm(learned), learned, load.apf, load.settings);
+    lf_warnOfComma(load, learned, lf_readLearned(gf_toNativeForm(learned), learned, load.apf, load.settings));
     load.apf.quality = gf_qualityFactor(load.apf.stands);
     if (load.apf.handmade) {
         load.source = learned;
@@ -185,7 +192,7 @@ static std::string lf_read(const pugi::xml_document& document, const pugi::xml_p
     }
     lf_readParameters(document, load.apf);
     lf_readStands(document, load.apf);
-    load.decimalComma = gf_decimalComma(document);
+    lf_warnOfComma(load, load.source, gf_decimalComma(document));
     if (learned == Learned::LaidOver) {
         lf_layLearnedOver(load);
     }

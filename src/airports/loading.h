@@ -22,7 +22,7 @@ struct AirportLoad {
     std::string source;    // the path read from; of a handmade airport that of the learned file
     bool learned = false;  // there is a learned file
     std::optional<ParkingSettings> settings;  // with which it was saved
-    std::string decimalComma;                 // the first number of a stand that has one; empty for none
+    std::vector<std::string> warnings;        // for the user, of files that could be read nevertheless
     std::string failed;                       // what went wrong; empty on success
 };
 

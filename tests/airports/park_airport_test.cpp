@@ -2,7 +2,9 @@
 
 #include "airports/airport_place.h"
 #include "airports/parking/park_list.h"
+#include "airports/parking/renewal.h"
 #include "airports/parking/reserved_stand.h"
+#include "airports/parking/static_parking.h"
 #include "airports/stand_search.h"
 #include "core/base/display.h"
 #include "core/base/run_state.h"
@@ -107,6 +109,35 @@ TEST_F(ParkAirportTest, decimalCommasAreReadAsTheyAreMeantAndTold)
     EXPECT_GT(parkApf.stands[1].lon, 8.0007);
     EXPECT_EQ("airports/my_thirdparty/XAAA.xml has decimal commas, the first is longitude=\"8,000792\" of A2",
               display.message.load());
+    place.folder.write("airports/learned/stock/XAAA.xml",
+                       gf_airportText("<parkpos id='H' latitude='47,0003' longitude='8' radius='20,5'/>",
+                                      "<parameter name='handmade' value='true'/>"));
+    flushStatic();
+    look();
+    look();
+    ASSERT_EQ(1U, parkApf.stands.size());
+    EXPECT_EQ("H 47.000300 8.000000 0.0 20.5", gf_shownStand(parkApf.stands.front()));
+    EXPECT_TRUE(display.message.load().ends_with("the first is latitude=\"47,0003\" of H"));
+}
+
+TEST_F(ParkAirportTest, anAirportWithoutHistoryStaysEmptyAndIsToldOnce)
+{
+    archive("XAAA", gf_airportText(gf_standText("A1", 0) + gf_standText("A2", 60)));
+    put(0, 0, std::nullopt);
+    for (int i = 0; i < 3 && parkState != ParkState::Loaded; ++i) {
+        look();
+    }
+    for (int i = 0; i < 3; ++i) {
+        parkingAdjustments();
+        look();
+    }
+    const std::string told = "no parking positions found";
+    const std::string log = place.log();
+    const size_t first = log.find(told);
+    ASSERT_NE(std::string::npos, first);
+    EXPECT_EQ(std::string::npos, log.find(told, first + 1));
+    EXPECT_TRUE(parkPlan.empty() && staticAcs.empty() && !planningRuns);
+    EXPECT_TRUE(display.airport.parkingEnabled);
 }
 
 // --- the whole life of it

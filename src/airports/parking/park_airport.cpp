@@ -27,6 +27,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace vlt {
 
@@ -189,8 +190,8 @@ void gf_installParkAirport(AirportLoad load, LatLon place)
     gf_adaptRange();
 }
 
-// What is wrong with the park airport's file; empty: it is loaded. `comma` is the first number with one.
-static std::string lf_readParkedFile(const AirportSource& source, std::string& comma)
+// What is wrong with the park airport's file; empty: it is loaded. `warnings` are those of the load.
+static std::string lf_readParkedFile(const AirportSource& source, std::vector<std::string>& warnings)
 {
     const std::string& code = parkApf.code;
     if (source.path.empty()) {
@@ -200,7 +201,7 @@ static std::string lf_readParkedFile(const AirportSource& source, std::string& c
         return format("lf_readParkedFile {} has publisher:unknown, {}", code, source.path);
     }
     AirportLoad load = gf_readApf(source, code);
-    comma = load.decimalComma;
+    warnings = load.warnings;
     if (!load.failed.empty()) {
         return format("{}, {}: {}", code, source.path, load.failed);
     }
@@ -219,13 +220,13 @@ static void lf_loadNow()
             waitsForServer = true;
             return;
         }
-        std::string comma;
-        failed = lf_readParkedFile(source, comma);
+        std::vector<std::string> warnings;
+        failed = lf_readParkedFile(source, warnings);
         if (failed.empty()) {
             initialPlanning();
         }
-        if (!comma.empty()) {
-            showMessage(format("{} has decimal commas, the first is {}", source.path, comma), true);
+        for (const std::string& warning : warnings) {
+            showMessage(warning, true);
         }
     } catch (const std::exception& e) {
         failed = e.what();
