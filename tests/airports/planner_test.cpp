@@ -1,5 +1,6 @@
 #include "airports/parking/planner.h"
 
+#include "airports/loading.h"
 #include "airports/parking/static_parking.h"
 #include "core/base/parameters.h"
 #include "support/aircraft.h"
@@ -26,21 +27,24 @@ protected:
 
 // A field at which everything collides: few aircraft for many stands, some flights in the air, some stands
 // kept.
-static void lf_makeField(std::mt19937& rng)
+static void lf_makeField(std::mt19937& rng, bool huge)
 {
     const auto draw = [&rng](uint32_t below) { return static_cast<uint32_t>(rng() % below); };
     parkApf.stands.clear();
     parkPlan.clear();
-    const uint32_t stands = 1 + draw(12);
+    const uint32_t stands = huge ? 5000 : draw(13);
+    const double apart = draw(2) == 0 ? 30 : 60;  // metres; the nearer ones touch
+    const uint32_t regs = draw(9) == 0 ? 1 : 9;
     for (uint32_t i = 0; i < stands; ++i) {
-        gf_addStand(("S" + std::to_string(i)).c_str(), 30.0 * i, 0, 90).reserved = false;
+        gf_addStand(("S" + std::to_string(i)).c_str(), apart * i, 0, 90).reserved = false;
     }
     for (ParkPos& stand : parkApf.stands) {
         stand.options.clear();
         stand.reserved = draw(8) == 0;
-        for (uint32_t n = draw(5); n > 0; --n) {
+        stand.heli = draw(8) == 0;
+        for (uint32_t n = huge ? 1 : draw(5); n > 0; --n) {
             StandOption option;
-            option.reg = draw(6) == 0 ? "" : "R" + std::to_string(draw(9));
+            option.reg = draw(6) == 0 ? "" : "R" + std::to_string(draw(regs)) + std::string(200, 'X');
             option.callsign = "C" + std::to_string(draw(12));
             option.coupledCs = draw(2) == 0 ? "" : "C" + std::to_string(draw(12));
             option.airline = "DLH";
@@ -51,6 +55,45 @@ static void lf_makeField(std::mt19937& rng)
                 option.hours.set(draw(48));
             }
             stand.options.push_back(option);
+        }
+    }
+    gf_numberStands(parkApf.stands);
+}
+
+// Why an option that the planner left out of a field that stays too empty couldn't come in.
+static bool lf_isBlocked(const StandOption& option)
+{
+    const auto heard = [](const std::string& cs) { return cs == "C1" || cs == "C2"; };
+    return heard(option.callsign) || heard(option.coupledCs) ||
+           std::ranges::any_of(parkPlan, [&option](const PlanEntry& e) {
+               return e.callsign == option.callsign || e.callsign == option.coupledCs ||
+                      (!option.reg.empty() && e.reg == option.reg);
+           });
+}
+
+// The half hours back at which the planner would find the option; 48 if never.
+static int32_t lf_offset(const StandOption& option, HourStamp now)
+{
+    int32_t offset = 0;
+    for (HourStamp when = now; offset < 48; ++offset, when = gf_halfHoursBefore(now, offset)) {
+        if (option.day == static_cast<int32_t>(when.day) && option.hours.test(when.slot)) {
+            break;
+        }
+    }
+    return offset;
+}
+
+// Nobody is left out who had a free stand to himself.
+static void lf_expectNobodyMissing(HourStamp now)
+{
+    for (const ParkPos& stand : parkApf.stands) {
+        if (stand.reserved || stand.planned || stand.neighbourPlanned || stand.options.size() != 1 ||
+            (stand.heli && !HELICOPTERS.value)) {
+            continue;
+        }
+        const StandOption& option = stand.options.front();
+        if (lf_offset(option, now) <= MAX_FIT.value && (option.real || PARK_SOFT.value)) {
+            ASSERT_TRUE(lf_isBlocked(option)) << stand.id << ' ' << option.callsign;
         }
     }
 }
@@ -72,10 +115,12 @@ TEST_F(PlannerTest, randomHistoriesAreKeptTo)
 {
     std::mt19937 rng(14);
     size_t planned = 0;
-    for (int round = 0; round < 3000; ++round) {
+    int32_t tooFew = 0;
+    for (int round = 0; round < 4000; ++round) {
         SCOPED_TRACE(round);
-        lf_makeField(rng);
-        MAX_FIT.value = static_cast<int32_t>(rng() % 48);
+        lf_makeField(rng, round == 0);
+        MAX_FIT.value = static_cast<int32_t>(rng() % 3 == 0 ? 0 : rng() % 48);
+        HELICOPTERS.value = rng() % 2 == 0;
         PARK_SOFT.value = rng() % 2 == 0;
         PARK_FAKE.value = false;
         WEEK.value = false;
@@ -89,11 +134,15 @@ TEST_F(PlannerTest, randomHistoriesAreKeptTo)
         gf_planPasses(planning, wanted, have);
         ASSERT_LE(std::ssize(parkPlan), std::max(wanted - have, 0));
         planned += parkPlan.size();
+        if (std::ssize(parkPlan) + have < wanted) {
+            ++tooFew;
+            lf_expectNobodyMissing(planning.now);
+        }
         std::set<std::string> regs;
         for (const PlanEntry& entry : parkPlan) {
             const ParkPos& stand = parkApf.stands[entry.stand - 1];
             ASSERT_TRUE(lf_historyTells(stand, entry, planning.now)) << stand.id << ' ' << entry.offset;
-            ASSERT_FALSE(stand.reserved);
+            ASSERT_FALSE(stand.reserved || (stand.heli && !HELICOPTERS.value));
             ASSERT_LE(entry.offset, MAX_FIT.value);
             ASSERT_TRUE(entry.real || PARK_SOFT.value);
             ASSERT_TRUE(entry.reg.empty() || regs.insert(entry.reg).second) << entry.reg;
@@ -107,6 +156,7 @@ TEST_F(PlannerTest, randomHistoriesAreKeptTo)
         }
     }
     EXPECT_GT(planned, 1000u);
+    EXPECT_GT(tooFew, 1000);
 }
 
 TEST_F(PlannerTest, theWantedShareOfTheStands)
