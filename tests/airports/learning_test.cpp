@@ -167,6 +167,10 @@ TEST_F(LearningTest, whoIsSeenOnlyInTheAirIsGuessedToHaveStoodSomewhere)
     offerSoftLearning(ac, false);
     EXPECT_EQ(0, updateCount) << "too high";
     ac.agl = 2400;
+    ac.standId = 1;
+    offerSoftLearning(ac, false);
+    EXPECT_EQ(0, updateCount) << "it stood somewhere";
+    ac.standId = kNoStand;
     offerSoftLearning(ac, false);
     ASSERT_EQ(1, updateCount);
     EXPECT_FALSE(parkApf.stands.front().options.back().real);
@@ -290,6 +294,35 @@ TEST_F(LearningTest, aStrangeLearnedFileIsToldAndHarmsNothing)
     EXPECT_EQ(3U, again.apf.stands.front().options.size()) << "but for the one without hours";
 }
 
+TEST_F(LearningTest, whoWasSeenAroundThisTimeIsNotGuessed)
+{
+    const struct {
+        bool lookedAt;  // lately, for it was seen at the stand
+        uint32_t slot;
+        int32_t updates;
+    } cases[] = {{false, 12, 1}, {true, 12, 0}, {true, 13, 1}};
+    LEARN_SOFT.value = true;
+    for (const auto& c : cases) {
+        ParkPos& stand = parkApf.stands.front();
+        stand.options.clear();
+        stand.softSightings.clear();
+        LiveAc ac = lf_visitor("BAW1");
+        ac.lat = 47;
+        ac.lon = 8;
+        ac.radius = stand.radius;
+        hourNow = {2, 10};
+        ASSERT_TRUE(gf_registerStandUse(ac, false));
+        if (!c.lookedAt) {
+            gf_forgetSoftLearning();
+        }
+        updateCount = 0;
+        ac.standId = kNoStand;
+        hourNow.slot = c.slot;
+        offerSoftLearning(ac, true);
+        EXPECT_EQ(c.updates, updateCount) << c.lookedAt << ' ' << c.slot;
+    }
+}
+
 TEST_F(LearningTest, whatWasLearnedIsThereAtTheNextVisitAndNothingElseIsSaved)
 {
     archive("XTST", gf_airportText(gf_standText("A1", 0, "", "<opt reg='OLD' day='1' hh='5'/>") +
@@ -303,7 +336,10 @@ TEST_F(LearningTest, whatWasLearnedIsThereAtTheNextVisitAndNothingElseIsSaved)
     EXPECT_FALSE(std::filesystem::exists("airports/learned/stock/XTST.xml")) << "nothing was learned";
     LiveAc ac = lf_visitor("BAW1");
     ac.cargo = true;
-    noteCargoStand(ac);
+    ac.standId = 2;
+    noteCargoStand(ac);  // all that is learned of A2
+    ac.cargo = ac.soft = false;
+    ac.standId = 1;
     hourNow = {2, 10};
     EXPECT_TRUE(gf_registerStandUse(ac, false));
     const std::vector<std::string> before = gf_shownStands(parkApf.stands);

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace vlt {
@@ -183,6 +184,13 @@ TEST_F(StaticParkingTest, aRenewalDecidesOnEachStaticAircraft)
          {{0, "BAW7", "BAW8", "A319", 3, 20, 20}},
          false,
          ""},
+        {"yesterday's last half hour",
+         kMondayZero + 3 * 1800,
+         0,
+         "",
+         {{0, "BAW7", "", "A319", 7, 47, 47}, {1, "BAW8", "", "C172", 1, 3, 3}},
+         false,
+         "B:BAW8*"},
         {"yesterday's too far back",
          kMondayZero,
          0,
@@ -255,6 +263,7 @@ TEST_F(StaticParkingTest, aWishIsServedAfterAWholePeriodOfListening)
     begin(kWednesdayTen);
     history(0, "BAW9", "", "A319", 3, 20, 20);
     history(2, "BAW8", "", "A319", 3, 20, 20);
+    trafficReader.callsignsHeard.insert("BAW8");  // long ago
     renewalWanted = true;
     gf_renewIfRequested();
     EXPECT_TRUE(trafficReader.collectCallsigns);
@@ -292,6 +301,12 @@ TEST_F(StaticParkingTest, theLongestStandingGoWhenFewerAreWanted)
         parkingAdjustments();
         EXPECT_EQ(1, std::ranges::count_if(staticAcs, goes)) << "the other stays";
     }
+    begin(kWednesdayTen);
+    parking_percentage.value = 30;
+    parked(0);
+    history(0, "BAW1", "BAW2", "A319", 3, 20, 20);
+    parkingAdjustments();
+    EXPECT_EQ("A:BAW2*", plan()) << "who comes back under another call sign counts once";
 }
 
 TEST_F(StaticParkingTest, anEntryIsPlacedWhereNobodyIsInTheWay)
@@ -331,6 +346,30 @@ TEST_F(StaticParkingTest, anEntryIsPlacedWhereNobodyIsInTheWay)
     EXPECT_EQ(1u, staticAcs.front().standId);
     planStep();
     EXPECT_EQ(1u, staticAcs.size()) << "the plan is empty";
+    const PlanEntry entry{3, 0, "BAW", "A319", "BAW6", "", "", true, true};
+    for (int i = 0; i < 10'000; ++i) {
+        staticAcs.resize(1);
+        staticCreateQueue.clear();
+        parkPlan = {entry};
+        planStep();
+        ASSERT_EQ(2u, staticAcs.size());
+        ASSERT_TRUE(staticAcs[1].hexid != 0 && staticAcs[1].hexid != staticAcs[0].hexid) << i;
+    }
+}
+
+TEST_F(StaticParkingTest, aRefusedOptionMakesWayForTheNextUnlessOnlyItsNextFlightIsHeard)
+{
+    const std::pair<const char*, const char*> cases[] = {{"", "A:BAW1*"}, {"BAW1", "A:BAW2*"}, {"BAW9", ""}};
+    for (const auto& [heard, expected] : cases) {
+        begin(kWednesdayTen);
+        RANDOM.value = false;
+        history(0, "BAW1", "BAW9", "A319", 3, 18, 21);
+        history(0, "BAW2", "", "A319", 3, 18, 21);
+        gf_preparePlanning();
+        trafficReader.callsignsHeard.insert(heard);
+        initialPlanning();
+        EXPECT_EQ(expected, plan()) << heard;
+    }
 }
 
 }  // namespace vlt
