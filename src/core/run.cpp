@@ -1,6 +1,7 @@
 #include "core/run.h"
 
 #include "airports/catalogue.h"
+#include "airports/parking/airport_sight.h"
 #include "airports/parking/list_wishes.h"
 #include "airports/parking/park_airport.h"
 #include "airports/server_files.h"
@@ -215,6 +216,7 @@ bool gf_resetRun()
     gf_clearTables();
     maxPark = 0;
     gf_resetParkAirport();
+    gf_forgetLooks();
     gf_forgetCollisions();
     gf_forgetWishes();
     gf_forgetListWishes();

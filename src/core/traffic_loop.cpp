@@ -1,5 +1,6 @@
 #include "core/traffic_loop.h"
 
+#include "airports/parking/airport_sight.h"
 #include "airports/parking/list_wishes.h"
 #include "airports/parking/park_airport.h"
 #include "airports/parking/renewal.h"

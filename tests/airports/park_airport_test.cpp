@@ -1,6 +1,7 @@
 #include "airports/parking/park_airport.h"
 
 #include "airports/airport_place.h"
+#include "airports/parking/airport_sight.h"
 #include "airports/parking/park_list.h"
 #include "airports/parking/renewal.h"
 #include "airports/parking/reserved_stand.h"
@@ -292,6 +293,7 @@ protected:
             lines.resize(draw(4));
             if (draw(4) == 0) {  // another run
                 gf_resetParkAirport();
+                gf_forgetLooks();
                 become("", ParkState::None);
                 vain = last = {};
                 useless.clear();

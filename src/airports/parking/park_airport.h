@@ -1,24 +1,25 @@
-// The park airport: which airport it is, and when it changes.
+// The park airport: how an airport becomes it, and how it ceases to be it.
 //
-// Worker thread. Whether an airport is in sight is looked at every 16 s; the load follows at the next
-// look.
+// Worker thread. State: what the user has asked for, and whether the first planning of a run was told.
 #pragma once
 
+#include "airports/airport_lookup.h"
 #include "airports/loading.h"
 #include "traffic/geodesy.h"
 
 #include <atomic>
+#include <string>
 #include <string_view>
 
 namespace vlt {
 
-// The regular look: loads the airport that came in sight, or looks whether one comes or goes.
-void parkAirportCheck();
-// Goes on with a look that waits for the server once that has answered. True while it waits.
-bool gf_goOnLooking();
-
 // Makes `code` the park airport; the next look loads its file. False when it isn't in the catalogue.
 bool setParkAirport(std::string_view code);
+// The same for one that came in sight: until the load the flights in the air are noted.
+void gf_comeInSight(std::string_view code);
+
+// Loads the park airport's file and plans its parking. What is wrong with the file; empty on success.
+std::string gf_loadParkAirport(const AirportSource& source);
 
 // The only place where a load takes effect: settings, stands, the reader's judgement of the ground, the
 // window. `place` is the airport's reference point; the load hasn't failed.
