@@ -236,6 +236,11 @@ TEST_F(LearningTest, aVisitIsSavedOnceAndTheRunGoesOnWhereItCannotBe)
     gf_saveIfLearned();
     closeAirport();
     EXPECT_FALSE(std::filesystem::exists(file)) << "a second time";
+    ASSERT_TRUE(visit());
+    parkApf.handmade = true;
+    parkApf.stands.front().options.front().sequence = 0;
+    closeAirport();
+    EXPECT_NE(std::string::npos, gf_textOfFile(file).find("\"Qf_real\" value=\"63\"")) << "10122 * 0.00625";
 
     const std::string told = " saving \"" + file.string() + "\" did not succeed";
     place.folder.write(file.string(), "before");
