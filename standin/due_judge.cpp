@@ -1,6 +1,7 @@
 #include "standin/due_judge.h"
 
 #include "core/base/text.h"
+#include "liveries/database.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,7 +26,7 @@ DueSpread gf_spreadOf(std::vector<DueMeasure> measures)
 
 void DueJudge::onReport(const FeedRecord& record)
 {
-    m_seen[record.hexid].track.add(record.sample);
+    m_seen[record.hexid].track.add(record.sample, categoryOf(record.model) == AcCategory::Rotorcraft);
 }
 
 void DueJudge::onRotation(const LiveAc& ac)

@@ -17,11 +17,12 @@ static LatLon lf_between(LatLon a, LatLon b, double share)
             std::remainder(a.lon + std::remainder(b.lon - a.lon, 360.0) * share, 360.0)};
 }
 
-void DueTrack::add(const PosSample& sample)
+void DueTrack::add(const PosSample& sample, bool needsNoRun)
 {
+    const bool runs = needsNoRun || sample.speed >= kFastestTaxi;
     if (m_reports.empty() || sample.time > m_reports.back().due) {
         m_reports.push_back({sample.time, gf_placeOf(sample), sample.altitude, sample.speed, sample.airborne,
-                             sample.airborne || (sample.speed >= kFastestTaxi && sample.vs > kClimbs)});
+                             sample.airborne || (runs && sample.vs > kClimbs)});
     }
 }
 
@@ -91,14 +92,18 @@ DueOffset DueTrack::offsetFrom(const DuePlace& due, LatLon object, double altitu
 
 std::optional<int32_t> DueTrack::liftOffNear(int32_t now) const
 {
+    constexpr int32_t kFarthest = 60 * kTicksPerSecond;
     std::optional<int32_t> found;
+    bool inGap = false;
     for (size_t i = 1; i < m_reports.size(); ++i) {
         const bool liftsOff = m_reports[i].lifts && !m_reports[i - 1].lifts;
         if (liftsOff && (!found || std::abs(m_reports[i].due - now) < std::abs(*found - now))) {
             found = m_reports[i].due;
+            inGap = m_reports[i].due - m_reports[i - 1].due > kLongestGap;
         }
     }
-    return found;
+    const bool told = found && !inGap && std::abs(*found - now) <= kFarthest;
+    return told ? found : std::nullopt;
 }
 
 }  // namespace vlt

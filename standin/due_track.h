@@ -31,13 +31,15 @@ struct DueOffset {
 class DueTrack
 {
 public:
-    void add(const PosSample& sample);
+    // `needsNoRun`: a helicopter, which lifts off at any speed.
+    void add(const PosSample& sample, bool needsNoRun);
     // The place that is due; none before the first report, after the last, and in a gap of more than 30 s,
     // in which nobody can tell.
     std::optional<DuePlace> placeAt(double when) const;
     // Of an object at `altitude` feet from the place that is due now.
     DueOffset offsetFrom(const DuePlace& due, LatLon object, double altitude, int32_t now) const;
-    // When the first report of the air after one on the ground was due that is nearest to `now`.
+    // When the first report of the air after one on the ground was due that is nearest to `now`; none if
+    // that is more than a minute off or ends a gap of more than 30 s.
     std::optional<int32_t> liftOffNear(int32_t now) const;
 
 private:

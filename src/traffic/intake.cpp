@@ -49,7 +49,8 @@ static bool lf_isThinned(const PosSample& last, const PosSample& now, double dt)
     constexpr double kGroundStep = 20 / kMetresPerNm;
     constexpr double kLongestGround = 15;  // seconds
     if (now.airborne) {
-        return now.speed > kFastAir && lf_trackChange(last, now) <= 1 &&
+        // The first one of the air tells when to rotate.
+        return last.airborne && now.speed > kFastAir && lf_trackChange(last, now) <= 1 &&
                dt <= lf_seconds(kAirStep, now.speed);
     }
     if (now.speed > kSlowGround || lf_trackChange(last, now) > 2) {

@@ -90,6 +90,7 @@ static bool lf_dropSamplesBehind(LiveAc& ac, const PosSample& sample)
 static bool checkNewPosDuringLanding(LiveAc& ac, PosSample& sample)
 {
     constexpr double kTaxiSpeed = 40;  // knots
+    constexpr double kClimbing = 256;  // feet per minute, more than that
     if (ac.stream.empty()) {
         logLine("checkNewPosDuringLanding empty sz?");
         return false;
@@ -101,7 +102,8 @@ static bool checkNewPosDuringLanding(LiveAc& ac, PosSample& sample)
     const PosSample& last = ac.stream.back();
     sample.stationary = gf_samePosition(sample, last);
     // A landing aircraft doesn't speed up, unless it goes round.
-    if (!sample.stationary && !ac.takeOff && sample.speed > last.speed && sample.speed > kTaxiSpeed) {
+    const bool goesRound = ac.takeOff || sample.vs > kClimbing;
+    if (!sample.stationary && !goesRound && sample.speed > last.speed && sample.speed > kTaxiSpeed) {
         sample.speed = last.speed;
     }
     return true;

@@ -78,12 +78,13 @@ TEST_F(Intake, dropsWhatTellsNothingNew)
 {
     // On the ground 20 m, in the air 450 m, make a report; 1 kt is 0.5144 m a second.
     // clang-format off
-    const struct { const char* what; double dt, lastSpeed, speed, turnDeg; bool airborne, kept; } cases[] = {
+    const struct { const char* what; double dt, lastSpeed, speed, turnDeg; bool airborne, kept, liftsOff = false; } cases[] = {
         {"same time",              0,    300, 300, 0,      true,  false},
         {"a second later",         1.0,  300, 300, 90,     true,  false},
         {"in a turn",              1.1,  300, 300, 1.1,    true,  true},
         {"straight, 440 m",        2.85, 300, 300, 0.9,    true,  false},
         {"straight, 470 m",        3.05, 300, 300, 0.9,    true,  true},
+        {"the first of the air",   1.1,  150, 150, 0,      true,  true,  true},
         {"slow in the air",        1.5,  119, 119, 0,      true,  true},
         {"track through north",    2,    300, 300, -359.5, true,  false},
         {"speed grows tenfold",    20,   10,  100, 0,      true,  false},
@@ -106,7 +107,7 @@ TEST_F(Intake, dropsWhatTellsNothingNew)
         ac.feedTime = 1000;
         FeedRecord r = record(1000 + c.dt);
         for (PosSample* s : {&ac.stream.back(), &r.sample}) {
-            s->airborne = c.airborne;
+            s->airborne = c.airborne && (s == &r.sample || !c.liftsOff);
             s->speed = s == &r.sample ? c.speed : c.lastSpeed;
         }
         r.sample = gf_eastOf(r.sample, 2);

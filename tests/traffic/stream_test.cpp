@@ -53,6 +53,7 @@ TEST_F(Stream, whatAReportDoes)
         {"down, but it still flies",         "flying lands: 0^100@90 90@60", "90@0", "flying lands: 0^100@90 90@60"},
         {"rolling, it doesn't speed up",     "taxi rolls: 0@90 90@60",          "180@90",  "taxi rolls: 0@90 90@60 180@60"},
         {"but going round it does",          "taxi runs rolls: 0@90 90@60",     "180@90",  "taxi runs rolls: 0@90 90@60 180@90"},
+        {"and if it climbs",                 "taxi rolls: 0@90 90@60",          "180v257@90",  "taxi rolls: 0@90 90@60 180v257@90"},
         {"not during a run",                    "taxi runs: 0@40 60@50",  "68@50",    "taxi runs: 0@40 60@50"},
         {"but before it",                       "taxi runs: 0@40 60@49",  "68@45",    "taxi runs: 0@40 60@49 60s"},
         {"no same place during a run",          "taxi runs: 0@40 60@30",  "60@30",    "taxi runs: 0@40 60@30"},
