@@ -22,12 +22,12 @@ import sys
 
 # Which test programs could notice a fault in a folder, the quickest first.
 TESTS = {
-    "src/traffic": ["test_traffic", "test_flow"],
-    "src/airports": ["test_airports", "test_flow"],
+    "src/traffic": ["test_traffic", "test_sim", "test_ui", "test_flow"],
+    "src/airports": ["test_airports", "test_traffic", "test_ui", "test_flow"],
     "src/liveries": ["test_liveries", "test_flow"],
-    "src/sim": ["test_sim", "test_transport", "test_flow"],
+    "src/sim": ["test_sim", "test_traffic", "test_transport", "test_flow"],
     "src/link": ["test_link", "test_flow"],
-    "src/ui": ["test_ui"],
+    "src/ui": ["test_ui", "test_flow"],
 }
 PATIENCE = 120  # seconds for one test program; a fault that hangs it is found
 WITHOUT_EFFECT = pathlib.Path(__file__).with_name("faults_without_effect.txt")

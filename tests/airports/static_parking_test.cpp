@@ -357,6 +357,17 @@ TEST_F(StaticParkingTest, anEntryIsPlacedWhereNobodyIsInTheWay)
     }
 }
 
+TEST_F(StaticParkingTest, whereTheSimulatorTakesNoMoreOnlyThoseThatStandStay)
+{
+    parked(0, FsState::Adding2Sim);
+    parked(0).hexid = 2;
+    parkPlan = {{3, 0, "BAW", "A319", "BAW6", "", "", true, true}};
+    gf_pausePlanning();
+    EXPECT_TRUE(staticAcs[0].removeWhenAdded);
+    EXPECT_FALSE(goes(staticAcs[1]) || staticAcs[1].removeWhenAdded);
+    EXPECT_TRUE(parkPlan.empty());
+}
+
 TEST_F(StaticParkingTest, aRefusedOptionMakesWayForTheNextUnlessOnlyItsNextFlightIsHeard)
 {
     const std::pair<const char*, const char*> cases[] = {{"", "A:BAW1*"}, {"BAW1", "A:BAW2*"}, {"BAW9", ""}};
@@ -366,8 +377,11 @@ TEST_F(StaticParkingTest, aRefusedOptionMakesWayForTheNextUnlessOnlyItsNextFligh
         history(0, "BAW1", "BAW9", "A319", 3, 18, 21);
         history(0, "BAW2", "", "A319", 3, 18, 21);
         gf_preparePlanning();
+        EXPECT_TRUE(planningRuns);
         trafficReader.callsignsHeard.insert(heard);
+        planningRuns = false;
         initialPlanning();
+        EXPECT_EQ(!parkPlan.empty(), planningRuns) << "until all are placed";
         EXPECT_EQ(expected, plan()) << heard;
     }
 }

@@ -170,6 +170,7 @@ TEST(GroundedAltitude, followsHeightAndSpeed)
         {"just above the first height", 545.1, 120, 500, 545.1},
         {"slow and low", 560, 75, 500, 0},
         {"slow, too high for its speed", 600, 75, 500, 600},
+        {"half a foot too high for it", 590.5, 80, 500, 590.5},
         {"very slow", 620, 43, 500, 0},
         {"too high for any test", 620.1, 43, 500, 620.1},
         {"below the airport", 400, 300, 500, 0},

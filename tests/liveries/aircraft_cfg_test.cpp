@@ -3,6 +3,9 @@
 
 #include "liveries/cfg_text.h"
 #include "liveries/livery_place.h"
+#include "liveries/section_judge.h"
+
+#include <set>
 
 namespace vlt {
 
@@ -86,6 +89,17 @@ TEST_F(AircraftCfgTest, sectionsBecomeLiveriesByTheirKeys)
     dontUseTitles.clear();
 }
 
+TEST_F(AircraftCfgTest, pathsAreTheSameInAnyCaseAndWithDotsAndBlanksBehindThem)
+{
+    std::set<uint64_t> all;
+    for (int i = 0; i < 1000; ++i) {
+        all.insert(gf_pathHash(format("C:\\a\\texture.{}", i)));
+        EXPECT_EQ(gf_pathHash(format("C:\\a\\texture.{}", i)),
+                  gf_pathHash(format("c:\\A\\TEXTURE.{}. .", i)));
+    }
+    EXPECT_EQ(1000U, all.size());
+}
+
 TEST_F(AircraftCfgTest, headersCountUpFromZeroAndCutTheFile)
 {
     const std::string a = "title=A\natc_parking_codes=BAW\n";
@@ -94,6 +108,7 @@ TEST_F(AircraftCfgTest, headersCountUpFromZeroAndCutTheFile)
     const std::pair<std::string, std::string> cases[] = {
         {"[fltsim.1]\n" + b + "[fltsim.0]\n" + a, "KLM A320 B  0|BAW A320 A  0|"},
         {"[fltsim.0]\n" + a + "[Other]\n" + b, "BAW A320 A  0|"},
+        {"[fltsim.0]\ntitle=A [B] [C]\natc_parking_codes=BAW\n", "BAW A320 A [B] [C]  0|"},
         {"[fltsim.0]\n" + a + "//[fltsim.1]\n  [FltSim.1] \n" + b, "BAW A320 A  0|KLM A320 B  0|"},
         {"[fltsim.0]\n" + a + "[fltsim.1]\n\n// only this\n", "BAW A320 A  0|"},
         {"[fltsim.0]\n[fltsim.1]\n[fltsim.3]\n" + a, invalid + "non-consecutive [fltsim.x] numbers at .x=3|"},

@@ -20,6 +20,7 @@
 #include "support/fresh_run.h"
 #include "support/temp_folder.h"
 #include "support/world.h"
+#include "traffic/sim_answers.h"
 
 #include <gtest/gtest.h>
 
@@ -310,9 +311,52 @@ TEST_F(ClientTest, whatIsAskedAndQueuedReachesTheSimulatorOnceThereIsOne)
     EXPECT_TRUE(eventQueue.empty());
 }
 
+TEST_F(ClientTest, nothingOfARunIsLeftForTheNext)
+{
+    queueEvent(50, GEAR_SET, 1);
+    queueCreate({});
+    queueRemove(50);
+    sendBuffer.push_back({});
+    pendingCreates = {{17, 20001, "BAW1"}};
+    userObjectId = 9;
+    gf_onUserTitle("Some title");
+    gf_onUserModel("A320");
+    EXPECT_LT(0, userHalfSpan);
+    gf_mustSend(true, "");
+    EXPECT_FALSE(simRequestFailed);
+    gf_mustSend(false, "nothing was sent");
+    EXPECT_TRUE(simRequestFailed);
+    EXPECT_EQ(ExitReason::SimConnectError, exitReason);
+    gf_freshRun();
+    EXPECT_TRUE(eventQueue.empty() && createQueue.empty() && removeQueue.empty() && sendBuffer.empty() &&
+                pendingCreates.empty());
+    EXPECT_EQ(kFirstUserObject, userObjectId);
+    gf_onUserTitle("Some title");
+    EXPECT_EQ(0, userHalfSpan) << "of the model nothing is known any more";
+}
+
+TEST_F(ClientTest, aNewLiveObjectsLightsAreToggledTwice)
+{
+    gf_setDirectSimulator(&simulator);
+    ASSERT_TRUE(gf_openSim());
+    const auto sent = [this] {
+        auto packets = simulator.counts().packets;
+        return packets[static_cast<uint32_t>(SimFunction::TransmitClientEvent)];
+    };
+    for (const SimMessageKind kind : {SimMessageKind::StaticObject, SimMessageKind::LiveObject}) {
+        const auto before = sent();
+        ackWait.assign(1, {77, 20001, 0, kind, 0, 0});
+        for (int i = 0; i < 200; ++i) {
+            gf_stepAckWaits();
+        }
+        EXPECT_EQ(kind == SimMessageKind::LiveObject ? 2U : 0U, sent() - before);
+    }
+}
+
 TEST_F(ClientTest, theUsersAircraftIsDeducedFromItsTexts)
 {
     const double a320 = dbase.halfWingspans.at("A320");
+    dbase.halfWingspans["ZERO"] = 0;
     const struct {
         const char* title;
         const char* model;
@@ -322,6 +366,7 @@ TEST_F(ClientTest, theUsersAircraftIsDeducedFromItsTexts)
         {"Aerosoft A320 professional", "AIRBUS A320", a320},
         {"Some title", "AIRBUS A320", dbase.largestHalfWingspan},
         {"Some title", "ZZZ9", dbase.largestHalfWingspan},
+        {"Some title", "ZERO", dbase.largestHalfWingspan},
     };
     for (const auto& c : cases) {
         gf_onUserTitle(c.title);

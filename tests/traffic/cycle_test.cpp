@@ -25,9 +25,13 @@ TEST_F(Cycle, aDrivenAircraftSendsItsPlaceAndFeetASecond)
     EXPECT_NEAR(ac.targetVs / 60, sent.vsOut, 1e-9);
     EXPECT_GT(sent.vsOut, 5) << "it climbs";
     EXPECT_EQ(230, sent.tasOut);
-    ac.stream.clear();
-    updateLiveAc(ac);
-    EXPECT_TRUE(goes(ac));
+    LiveAc& stops = add("taxi: 0@10+0 0s", 20002, "DLH1");
+    updateLiveAc(stops);
+    EXPECT_EQ(0, stops.tasOut);
+    LiveAc& gone = liveAcs.front();
+    gone.stream.clear();
+    updateLiveAc(gone);
+    EXPECT_TRUE(goes(gone));
 }
 
 TEST_F(Cycle, removalsAndCreationsGoOutAtTheirPace)

@@ -6,6 +6,7 @@
 #include "traffic/object_config.h"
 #include "traffic/runway.h"
 #include "traffic/stage.h"
+#include "traffic/stand_moves.h"
 #include "traffic/stays.h"
 #include "traffic/step_motion.h"
 #include "traffic/way.h"
@@ -50,7 +51,7 @@ TEST_F(GroundMotion, aTaxiingAircraftRollsWhereItsNoseLooks)
             metres = from(30, 120);
             east += metres * std::sin(way);
             north += metres * std::cos(way);
-            scene += format(" {:.1f},{:.1f}@12+{:.1f}", east, north, metres / 6.17);
+            scene += format(" {:.1f},{:.1f}@12+{:.1f}", east, north, metres / 6.17 + (i == 0 ? 20 : 0));
         }
         LiveAc& ac = add(scene + format(" {:.1f},{:.1f}s", east, north));
         ac.category = static_cast<AcCategory>(seed % 5);
@@ -117,6 +118,8 @@ TEST_F(GroundMotion, whereItParksAndWhoMakesWay)
         {"looked beside it",      [](LiveAc& ac) { ac.lastParkLat = 47; }, true, false},
         {"still fast",            [](LiveAc& ac) { ac.stream[1].speed = 5.1; }, false, false},
         {"still far",             [](LiveAc& ac) { ac.lon = gf_groundSample(-48, 0, 0, 0).lon; }, false, false},
+        {"21 m short of it",      [](LiveAc& ac) { ac.stream[1].lon = ac.stream[2].lon = gf_groundSample(-21, 0, 0, 0).lon; },
+         false, false},
         {"no airport",            [](LiveAc&) { parkAirport.reset(); }, false, false},
         {"somebody is there",     [](LiveAc&) { occupy(0); }, true, true},
         {"they would touch",      [](LiveAc&) { occupy(37); }, true, true},
@@ -224,10 +227,25 @@ TEST_F(GroundMotion, whoLeavesTooSoonAfterItsLandingIsTowed)
     for (const auto& [category, minutes, towed] : afresh(cases)) {
         LiveAc& ac = add(format("parked landed extended {}: 0s", category));
         ac.stream.front().time = tick + kParkedAheadTicks - static_cast<int32_t>(minutes * kTicksPerMinute);
+        const int32_t due = ac.leavesAt = tick + (towed ? 700 : -700);
         leaveStand(ac);
+        EXPECT_EQ(std::max(due, tick + 1), ac.stream.front().time) << category;
         EXPECT_EQ(towed, ac.towed) << category << minutes;
         EXPECT_FALSE(ac.landed);
     }
+}
+
+TEST_F(GroundMotion, aPushBackLeadsTwoAndAHalfStandRadiiBackAndThenAside)
+{
+    LiveAc& ac = add("parked: 0s");
+    gf_takeStand(ac, gf_addStand("A1", 0, 0, 90));
+    pushBack(ac);
+    ASSERT_EQ(4U, ac.stream.size());
+    EXPECT_NEAR(-25, east(ac.stream[1]), 0.1);
+    EXPECT_NEAR(-50, east(ac.stream[2]), 0.1);
+    EXPECT_NEAR(17.05, std::abs(north(ac.stream[3])), 0.1) << "half a span";
+    EXPECT_NEAR(0, north(ac.stream[3]) + north(ac.pushExitSample), 0.1) << "to the one side or the other";
+    EXPECT_EQ("lights=1101010", commands());
 }
 
 TEST_F(GroundMotion, theRoundOfTheParkedSendsAwayWhoStayedTooLong)
@@ -287,6 +305,9 @@ TEST_F(GroundMotion, whatIsCommandedAtEachStep)
     const auto high = [](LiveAc& ac) { ac.agl = 2000, setUpLiveAc(ac); };
     const auto touches = [](LiveAc& ac) { onTouchdown(ac); };
     const auto late = [](LiveAc& ac) { ac.phaseTicks = -301, onTouchdown(ac); };
+    const auto leaves = [](LiveAc& ac) { gf_takeStand(ac, gf_addStand("A1", 0, 0, 90)), pullOut(ac); };
+    const auto static_ = [](LiveAc& ac) { parkedConfig(static_cast<StaticAc&>(ac)); };
+    const auto soft = [](LiveAc& ac) { ac.soft = true, parkedConfig(static_cast<StaticAc&>(ac)); };
     // clang-format off
     const struct { const char* scene; double offDeg; void (*step)(LiveAc&); const char *after, *commands; } cases[] = {
         {"taxi runs: 0@10 40@19",              0,     nextPos, "taxi runs",  "throttle=0"},
@@ -313,6 +334,9 @@ TEST_F(GroundMotion, whatIsCommandedAtEachStep)
         {"birth: 0",           0, low, "birth",  "spoilers=0 start=0 lights=1100011 throttle=0 flaps=0"},
         {"parked: 0s",         0, low, "parked", "spoilers=0 shutdown=0 lights=1000011 throttle=0 flaps=0"},
         {"taxi Rotorcraft: 0", 0, low, "taxi",   "start=0 lights=1101011 throttle=16383"},
+        {"parked: 0s",         0, leaves, "taxi",  "lights=1101010 start=0 throttle=0 flaps=3072"},
+        {"parked: 0s",         0, static_, "parked", "throttle=0 flaps=0 shutdown=0 lights=1000011"},
+        {"parked: 0s",         0, soft, "parked", "throttle=0 flaps=0 shutdown=0 lights=1000010"},
         {"flying: 0^1000 90",                  0,     touches, "flying",     ""},
         {"flying lands: 0^1000 90",            0,     touches, "flying rolls landed blends", "spoilers=16383"},
         {"take_off runs: 0^9 90",              0,     touches, "take_off runs", ""},

@@ -1,6 +1,7 @@
 // Changes of identity, ghosts, doubles, who has a stand, and collisions with the user.
 #include "traffic/identity.h"
 
+#include "airports/catalogue.h"
 #include "airports/parking/park_airport.h"
 #include "liveries/liveries.h"
 #include "sim/user_aircraft.h"
@@ -44,6 +45,7 @@ TEST_F(Identity, whatBringsANewObject)
         {"an origin",                 "", "BAW3 G-D - LHR", "BAW3 G-D TLS LHR", "BAW3 G-D TLS LHR BAW A319 new"},
         {"a destination",             "", "BAW3 G-D TLS -", "BAW3 G-D TLS LHR", "BAW3 G-D TLS LHR BAW A319 new"},
         {"another route",             "", "BAW3 G-D TLS LHR", "BAW3 G-D CDG FRA", "BAW3 G-D CDG FRA BAW A319 new"},
+        {"from where it goes to", "flying", "BAW3 G-D TLS LHR", "BAW3 G-D CDG TLS", "BAW3 G-D TLS LHR BAW A319"},
         {"another origin only",       "flying", "BAW3 G-D TLS LHR", "BAW3 G-D CDG LHR", "BAW3 G-D TLS LHR BAW A319"},
         {"both at once",              "flying", "BAW3 - TLS LHR", "G-X G-X TLS LHR", "BAW3 G-X TLS LHR BAW A319"},
         {"another's registration",    "", "BAW3 G-D TLS LHR", "BAW9 G-O TLS LHR", "BAW9 G-D TLS LHR BAW A319 new"},
@@ -64,6 +66,8 @@ TEST_F(Identity, whatBringsANewObject)
     // clang-format on
     for (const auto& c : afresh(cases)) {
         GUID_CHANGES.value = std::string(c.what) != "exchanges are off";
+        airportCatalogue = {{"XTST", "TLS", 47, 8, 0}};
+        parkApf.code = "XTST";
         add("flying: 0^9000 500^9000", 20009, "DLH1").regcode = "G-O";
         LiveAc& ac = add(format("flying {}: 0^9000 500^9000", c.state));
         FeedRecord record;

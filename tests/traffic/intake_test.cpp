@@ -85,7 +85,7 @@ TEST_F(Intake, dropsWhatTellsNothingNew)
         {"straight, 440 m",        2.85, 300, 300, 0.9,    true,  false},
         {"straight, 470 m",        3.05, 300, 300, 0.9,    true,  true},
         {"the first of the air",   1.1,  150, 150, 0,      true,  true,  true},
-        {"slow in the air",        1.5,  119, 119, 0,      true,  true},
+        {"slow in the air",        1.5,  120, 120, 0,      true,  true},
         {"track through north",    2,    300, 300, -359.5, true,  false},
         {"speed grows tenfold",    20,   10,  100, 0,      true,  false},
         {"speed falls to a tenth", 20,   100, 10,  0,      true,  false},

@@ -196,6 +196,14 @@ TEST_F(Spawn, startsWithTheFirstSamplesPlaceAndAttitudeAndAnAirline)
               format("{} {} {} {:.4f} {} {:.1f} {:.1f} {:.0f} {} {}", ac.airline, ac.model, r.lat, r.lon,
                      r.altitude, r.pitch, r.bank, r.heading, r.onGround, r.tailNumber));
     EXPECT_FALSE(r.title.empty());
+    add("taxi: 0@20+5 100@20+9.7", 20004, "DLH1").fs = FsState::Buffer;
+    makeCreateRequest(20004);
+    EXPECT_NEAR(25.8, east(liveCreateQueue.back()), 0.5) << "20 kt, and half a second later";
+    ackWait.assign(1, {77, 20099, 0, SimMessageKind::LiveObject, 0, 900});
+    for (int i = 0; i <= 200; ++i) {
+        gf_stepAckWaits();
+    }
+    EXPECT_TRUE(ackWait.empty());
     dbase.registrations["EI-DAC"].cargo = true;
     for (const char* callsign : {"GABCD", "BAW", "B1W12", ""}) {
         LiveAc& other = gf_addBuffered(20003, callsign);
@@ -219,6 +227,12 @@ TEST_F(Spawn, whoTookOffWithoutAnObjectComesBackInTheAir)
     EXPECT_EQ("flying: 3000^900 3500^1000", look(ac));
     handleSimMessage({77, ac.hexid, 0, SimMessageKind::LiveObject, 0, 900});
     EXPECT_FALSE(ac.onGround);
+    LiveAc& stands = add("parked: 0s", 20003, "DLH1");
+    stands.fs = FsState::Adding2Sim;
+    stands.altRate = 1;
+    hourNow = {3, 7};
+    handleSimMessage({78, 20003, 0, SimMessageKind::LiveObject, 0, 5});
+    EXPECT_TRUE(stands.onGround && stands.altRate == 0 && stands.stamp == hourNow);
 }
 
 TEST_F(Spawn, aRemovalWhileItIsCreated)

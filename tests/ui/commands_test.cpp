@@ -1,6 +1,9 @@
 #include "airports/airports.h"
 #include "airports/catalogue.h"
 #include "airports/parking/list_wishes.h"
+#include "airports/parking/park_airport.h"
+#include "airports/parking/renewal.h"
+#include "airports/parking_settings.h"
 #include "core/base/display.h"
 #include "core/base/parameters.h"
 #include "core/base/paths.h"
@@ -137,6 +140,32 @@ TEST_F(CommandsTest, everyControlIsStoredSavedAndTold)
     EXPECT_EQ(folder.path().string(), saved("SIM_INSTALL_PATH"));
 }
 
+TEST_F(CommandsTest, whatConcernsTheParkingIsNotedAndAnsweredAtALoadedAirport)
+{
+    display.airport.parkingEnabled = true;
+    for (const ParkState state : {ParkState::None, ParkState::Loaded}) {
+        const bool loaded = state == ParkState::Loaded;
+        for (const std::string name : {"PARK_FAKE", "PARK_SOFT", "WEEK", "LEARN_SOFT", "AUTO_RANGE"}) {
+            const bool responds = loaded && (name[0] == 'P' || name[0] == 'W');
+            parkState = state;
+            gf_runCommand(name + "=off");
+            parkingChanged = false;
+            renewalWanted = false;
+            display.secondsCounter = 16;
+            clearMessage();
+            EXPECT_EQ("", gf_runCommand(name + "=on")) << name;
+            EXPECT_EQ(loaded || name[0] == 'A', parkingChanged) << name;
+            EXPECT_EQ(responds, renewalWanted) << name;
+            EXPECT_EQ(responds ? "Velatra will respond in 14 seconds ..." : "", display.message.load())
+                << name;
+        }
+    }
+    display.airport.flushStaticEnabled = true;
+    gf_runCommand("press Flush static");
+    EXPECT_EQ("All static parked aircraft will be removed ...", display.message.load());
+    EXPECT_TRUE(flushStaticRequested && !display.airport.flushStaticEnabled);
+}
+
 TEST_F(CommandsTest, theWorkerDoesWhatIsAskedForOnce)
 {
     LiveAc& ac = liveAcs.emplace_back();
@@ -144,9 +173,12 @@ TEST_F(CommandsTest, theWorkerDoesWhatIsAskedForOnce)
     ac.st = StState::Parked;
     ac.objectid = 77;
     ac.hexid = 20000;
+    gf_serviceWishes();
+    EXPECT_TRUE(eventQueue.empty()) << "nothing is left of an earlier run";
     gf_runCommand("NAV_LIGHTS_WHILE_PARKED=off");
     gf_runCommand("MAX_LIVE=0");
     gf_serviceWishes();
+    ASSERT_EQ(1U, eventQueue.size());
     gf_serviceWishes();
     ASSERT_EQ(1U, eventQueue.size());
     EXPECT_EQ(NAV_LIGHTS_SET, eventQueue.front().event);
