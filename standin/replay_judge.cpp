@@ -25,14 +25,16 @@ void ReplayJudge::note(std::string what)
 
 void ReplayJudge::onReport(const FeedRecord& record)
 {
+    constexpr double kLongestGap = 30;  // seconds
     m_due.onReport(record);
     Reports& reports = m_reports[record.hexid];
     if (record.sample.airborne) {
         reports.firstGround.reset();
-    } else if (reports.airborne) {
+    } else if (reports.airborne && record.timestamp - reports.timestamp <= kLongestGap) {
         reports.firstGround = gf_placeOf(record.sample);
     }
     reports.airborne = record.sample.airborne;
+    reports.timestamp = record.timestamp;
 }
 
 // --- every tick: lives, touchdowns, stands

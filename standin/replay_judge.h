@@ -49,7 +49,8 @@ struct ReplayLife {
     std::string stands;           // where it parked, in order, with blanks between
     double standDistanceM = -1;   // of the parked aircraft from its last stand's centre
     std::optional<Touchdown> touchdown;
-    double firstGroundReportM = -1;  // from the touchdown to the first report on the ground
+    double firstGroundReportM = -1;  // from the touchdown to the first report on the ground; -1: none, or
+                                     // after a gap of more than 30 s
     std::string why;                 // it went
 };
 
@@ -98,7 +99,8 @@ private:
     // The reports of one address.
     struct Reports {
         bool airborne = false;
-        std::optional<LatLon> firstGround;  // after the last airborne one
+        double timestamp = 0;               // of the last one
+        std::optional<LatLon> firstGround;  // after the last airborne one, unless a gap lies between
     };
 
     Seen& seenOf(const LiveAc& ac);

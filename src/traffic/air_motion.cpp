@@ -79,7 +79,9 @@ static void lf_lastLegBeforeTouchdown(LiveAc& ac, int32_t ticks)
     if (parkAirport && currentQnh <= kStandardQnh) {
         ac.altRate = (parkAirport->elevation - ac.alt) / ticks;
     } else {
-        lf_flyVs(ac, currentQnh <= kStandardQnh ? -kSettledClimb : lf_touchdownVs(ac));
+        const double vs = currentQnh <= kStandardQnh ? -kSettledClimb : lf_touchdownVs(ac);
+        // Down where its reports are, not before.
+        lf_flyVs(ac, std::max(vs, -std::max(ac.agl - ac.staticCg, 0.0) / ticks * kTicksPerMinute));
     }
     gf_commandGear(ac, true);
 }

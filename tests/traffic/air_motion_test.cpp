@@ -129,6 +129,7 @@ TEST_F(AirMotion, climbsAndSinksAsItsPlaceAllows)
         {"high pressure: 6 ft/min for 1 hPa",   "flying lands: 0^1500v-800 2000v-800", 500,  1020, -842. / 6000},
         {"but at least",                        "flying lands: 0^1500v-200 2000v-200", 500,  1014, -601. / 6000},
         {"high pressure, near the ground",      "flying lands: 0^1500v-800 2000v-800", 100,  1020, -0.1},
+        {"not down before its reports are",     "flying lands: 0^1500v-800 2000v-800", 50,  1020, -0.05},
         {"no airport",                          "flying lands: 0^1500v-800 2000v-800", 500,  1000, -601. / 6000},
         {"off the ground",                      "flying: 0 2000^300",           100,  1013, 0.3},
         {"no faster than it can",               "flying: 0 2000^3000",          100,  1013, 0.6},
