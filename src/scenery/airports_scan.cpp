@@ -147,7 +147,7 @@ bool gf_scanSceneries(const std::vector<std::string>& folders)
             lf_searchEntry(folder, walk);
         }
     }
-    if (gf_stopping() || !gf_placeResults()) {
+    if (gf_stopping() || walk.scan.unwritten || !gf_placeResults()) {
         gf_dropResults();
         return false;
     }

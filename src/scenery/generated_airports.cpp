@@ -155,10 +155,12 @@ static bool lf_isThirdParty(std::string_view publisher, std::string_view code)
     });
 }
 
-static void lf_writeLink(const fs::path& folder, const Apf& apf, const std::string& archivePath)
+static void lf_writeLink(const fs::path& folder, const Apf& apf, const std::string& archivePath,
+                         AirportScan& scan)
 {
     if (!gf_replaceFile(folder.string() + ".new/" + apf.code + ".txt", archivePath + "\n")) {
-        logLine(format("===> the link of {} could not be written", apf.code));
+        scan.unwritten = true;
+        gf_tell(scan, format("===> the link of {} could not be written", apf.code));
     }
 }
 
@@ -173,7 +175,7 @@ LinkOutcome linkOrGenerate(const Apf& apf, AirportScan& scan)
             gf_tell(scan, format("{} does not exist as simaddon", apf.code));
             return {};
         }
-        lf_writeLink(kMyOrbxFolder, apf, path);
+        lf_writeLink(kMyOrbxFolder, apf, path, scan);
         gf_tell(scan, format("{} airport {} linked to {}", kSimaddon, apf.code, path));
         scan.linked.try_emplace(apf.code, LinkedAirport{apf.publisher, std::nullopt});
         return {true, std::nullopt};
@@ -182,7 +184,7 @@ LinkOutcome linkOrGenerate(const Apf& apf, AirportScan& scan)
         gf_tell(scan, format("thirdparty {} {} does not exist", apf.publisher, apf.code));
         return {};
     }
-    lf_writeLink(kMyThirdpartyFolder, apf, path);
+    lf_writeLink(kMyThirdpartyFolder, apf, path, scan);
     gf_tell(scan, format("thirdparty airport {} linked to {}", apf.code, path));
     const auto [place, added] = scan.linked.try_emplace(apf.code, LinkedAirport{apf.publisher, std::nullopt});
     if (added) {
@@ -215,6 +217,7 @@ void generateAirport(Apf apf, AirportScan& scan)
     if (count <= kMostStands && saveAirportFile(apf, path, AirportFileMode::Generated)) {
         before = count;
     } else {
+        scan.unwritten = scan.unwritten || count <= kMostStands;
         gf_tell(scan, format("===> Generating {} did not succeed", apf.code));
     }
 }

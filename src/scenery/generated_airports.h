@@ -36,6 +36,7 @@ struct AirportScan {
     std::vector<std::string> stock;               // lines of StockAirportsLog.txt
     std::map<std::string, LinkedAirport> linked;  // by code
     std::map<std::string, size_t> generated;      // number of stands, by path
+    bool unwritten = false;                       // a file that belongs to it could not be
     int64_t airports = 0;                         // found so far
     int32_t serverFailures = 0;                   // in a row
 };

@@ -8,10 +8,10 @@
 #include "core/base/display.h"
 #include "support/aircraft.h"
 #include "support/fresh_run.h"
+#include "support/full_disk.h"
 
 #include <gtest/gtest.h>
 #include <pugixml.hpp>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -195,29 +195,6 @@ TEST_F(LearningTest, whoIsSeenOnlyInTheAirIsGuessedToHaveStoodSomewhere)
               shown())
         << "after the night";
 }
-
-// No file is longer than this meanwhile.
-class FullDisk
-{
-public:
-    explicit FullDisk(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        ::getrlimit(RLIMIT_FSIZE, &m_room);
-        const rlimit full{bytes, m_room.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &full);
-    }
-    ~FullDisk()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &m_room);
-        std::signal(SIGXFSZ, m_handler);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit m_room{};
-    void (*m_handler)(int);
-};
 
 TEST_F(LearningTest, aVisitIsSavedOnceAndTheRunGoesOnWhereItCannotBe)
 {

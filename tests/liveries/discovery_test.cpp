@@ -1,13 +1,23 @@
 // From the simulator's lists to the stored result and the reports, on trees of a few files.
 #include "liveries/discovery.h"
 
+#include "core/base/display.h"
 #include "core/base/errors.h"
 #include "core/base/ordered_tasks.h"
 #include "core/base/parameters.h"
 #include "core/base/run_state.h"
+#include "core/base/scan_progress.h"
 #include "liveries/livery_packages.h"
 #include "liveries/livery_place.h"
 #include "liveries/scan_store.h"
+#include "support/full_disk.h"
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace vlt {
 
@@ -46,6 +56,15 @@ protected:
 };
 
 using Titles = std::vector<std::string>;
+
+static int lf_countOf(std::string_view what, std::string_view text)
+{
+    int count = 0;
+    for (size_t at = text.find(what); at != std::string_view::npos; at = text.find(what, at + 1)) {
+        ++count;
+    }
+    return count;
+}
 
 TEST_F(DiscoveryTest, theListsOfTheSimulatorLeadToThePackages)
 {
@@ -132,6 +151,84 @@ TEST_F(DiscoveryTest, theDriverStoresOnceAndLeavesAllWhenStopped)
     scanDriver();
     EXPECT_TRUE(SCAN_LIVERIES.value);
     EXPECT_EQ(before, stored());
+}
+
+TEST_F(DiscoveryTest, whateverEndsAScanLeavesTheOldResultWhole)
+{
+    using Clock = std::chrono::steady_clock;
+    constexpr int kPlanes = 1500;
+    for (int i = 0; i < kPlanes; ++i) {
+        plane(format("all/{}/{}", i % 50, i), format("title=P{}\natc_parking_codes=BAW", i));
+    }
+    const std::vector<std::string> all{"C:\\all"};
+    workplace.folder.write("output/LiveriesScanned.xml", "before");
+    // Killed at any moment of it.
+    int old = 0, fresh = 0;
+    for (int ms = 0; ms < 2000 && fresh < 2; ms += 5) {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            scanAndStoreLiveries(all);
+            _exit(0);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+        kill(child, SIGKILL);
+        ASSERT_EQ(child, waitpid(child, nullptr, 0));
+        if (stored() == "before") {
+            ++old;
+        } else {
+            EXPECT_EQ(kPlanes, lf_countOf("title=\"", stored())) << ms;
+            ++fresh;
+            workplace.folder.write("output/LiveriesScanned.xml", "before");
+        }
+    }
+    EXPECT_TRUE(old > 3 && fresh == 2) << old;
+    {
+        const FullDisk full(10'000);
+        EXPECT_EQ(LiveryScan::NotStored, scanAndStoreLiveries(all));
+    }
+    EXPECT_EQ("before", stored());
+    // Stopped at any moment of it.
+    int cut = 0;
+    for (int ms = 0; ms < 2000; ms += 4) {
+        std::atomic<int32_t> seen = 0;
+        Clock::time_point asked;
+        std::thread user([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+            seen = display.scan.files.load();
+            asked = Clock::now();
+            gf_requestStop(ExitReason::NewSettings, 0);
+        });
+        const LiveryScan outcome = scanAndStoreLiveries(all);
+        const Clock::time_point ended = Clock::now();
+        user.join();
+        ASSERT_TRUE(gf_resetRunState());
+        if (outcome == LiveryScan::Stored) {
+            break;
+        }
+        EXPECT_EQ(LiveryScan::Stopped, outcome);
+        EXPECT_EQ("before", stored()) << ms;
+        EXPECT_LT(ended - asked, std::chrono::seconds(3));
+        cut += seen > 0 ? 1 : 0;
+    }
+    EXPECT_GT(cut, 2) << "while it walked";
+    EXPECT_EQ(kPlanes, lf_countOf("title=\"", stored()));
+}
+
+TEST_F(DiscoveryTest, progressIsToldOnceASecond)
+{
+    ScanProgress progress("liveries");
+    progress.enter("C:\\a");
+    progress.seen();
+    EXPECT_EQ("", display.message.load());
+    std::this_thread::sleep_for(std::chrono::milliseconds(1050));
+    progress.found(3);
+    const std::string told = "Scanning C:\\a: 1 file seen, 3 liveries found";
+    EXPECT_EQ(told, display.message.load());
+    progress.seen();
+    EXPECT_EQ(told, display.message.load());
+    EXPECT_EQ("C:\\a 2 3", format("{} {} {}", display.scan.folder.load(), display.scan.files.load(),
+                                  display.scan.found.load()));
 }
 
 }  // namespace vlt

@@ -11,6 +11,15 @@
 #include "scenery/generated_airports.h"
 #include "scenery/scenery_list.h"
 #include "standin/bgl_writer.h"
+#include "standin/file_server.h"
+#include "support/full_disk.h"
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace vlt {
 
@@ -128,6 +137,94 @@ TEST_F(AirportsScanTest, aStopOrAnEndInTheMiddleLeavesTheOldResults)
     std::filesystem::remove("airports/my_thirdparty.new");
     EXPECT_FALSE(gf_placeResults());
     EXPECT_EQ("x", made("my_ORBX/OWN.xml"));
+}
+
+// How many stands the archive has, and whether it holds an airport so well that nothing learned is wanted.
+TEST_F(AirportsScanTest, theArchiveIsAskedForEachLinkedAirport)
+{
+    dbase.thirdParties = {{"Aerosoft", {"EDDF", "EDDK", "EDDM"}}};
+    FileServer server{FileServerOptions{"served", 0, FileFault::None, ""}};
+    const auto scanned = [this] {
+        EXPECT_TRUE(gf_scanSceneries({"C:\\s"}));
+        return gf_textOfFile(workplace.folder.path() / "output/info/AirportsScanLog.txt");
+    };
+    for (const char* code : {"EDDF", "EDDK", "EDDM"}) {
+        airport(format("s/Aerosoft/{}.bgl", code), code, 3);
+        const bool well = code[3] == 'F';
+        const std::string stands(code[3] == 'M' ? 3 : 2, '#');
+        std::string text = format("<parameters><parameter name='Qf_real' value='{}'/><parameter "
+                                  "name='RT_traffic_week' value='{}'/></parameters><parkpositions>",
+                                  well ? 45 : 44, code[3] == 'M' ? 23 : 24);
+        for (size_t i = 0; i < stands.size(); ++i) {
+            text += format("<parkpos id='{}'/>", i);
+        }
+        workplace.folder.write(format("served/archive/thirdparty/Aerosoft/{}.xml", code),
+                               text + "</parkpositions>");
+    }
+    workplace.folder.write("airports/learned/thirdparty/Aerosoft/EDDK.xml", "learned");
+    const std::string silent = scanned();
+    EXPECT_EQ(std::string::npos, silent.find("while archived one has")) << "nobody listens there";
+    workplace.server.set("http://127.0.0.1:" + std::to_string(server.start()) + "/");
+    const std::string told = scanned();
+    EXPECT_NE(std::string::npos, told.find("===> EDDF has 3 parkpos while archived one has 2"));
+    EXPECT_EQ(std::string::npos, told.find("===> EDDM has"));
+    EXPECT_EQ(3U, stands("my_thirdparty/EDDF.xml"));
+    EXPECT_EQ("", made("my_thirdparty/EDDM.xml"));
+    EXPECT_NE(std::string::npos, told.find("EDDK Not suitable for offline learning"));
+    EXPECT_NE(std::string::npos, told.find("EDDM Not suitable for offline learning"));
+    EXPECT_EQ(std::string::npos, told.find("EDDF Not suitable"));
+    EXPECT_EQ("learned", gf_textOfFile("output/offline_learning/EDDK.xml"));
+    EXPECT_FALSE(std::filesystem::exists("output/offline_learning/EDDM.xml"));
+    EXPECT_EQ(std::string::npos, told.find("are done, no off line learning needed"));
+    dbase.thirdParties = {{"Aerosoft", {"EDDF"}}};
+    EXPECT_NE(std::string::npos,
+              scanned().find("All your third party airports are done, no off line learning needed."));
+}
+
+TEST_F(AirportsScanTest, aKillAtAnyMomentOrAFullDiskLeavesTheOldOrTheNewResults)
+{
+    constexpr size_t kAirports = 150;
+    for (size_t i = 0; i < kAirports; ++i) {
+        airport(format("s/{}/{}.bgl", i % 10, i), format("L{:03}", i), 20);
+    }
+    const auto begin = [this] {
+        std::filesystem::remove_all("airports/my_thirdparty");
+        workplace.folder.write("airports/my_thirdparty/OLD.xml", "before");
+    };
+    const auto files = [] {
+        const std::filesystem::directory_iterator all("airports/my_thirdparty");
+        return static_cast<size_t>(std::distance(std::filesystem::begin(all), std::filesystem::end(all)));
+    };
+    begin();
+    int old = 0, fresh = 0;
+    for (int ms = 0; ms < 3000 && fresh < 3; ms += 2) {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            gf_scanSceneries({"C:\\s"});
+            _exit(0);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+        kill(child, SIGKILL);
+        ASSERT_EQ(child, waitpid(child, nullptr, 0));
+        makeFolders();
+        gf_recoverResults();
+        if (made("my_thirdparty/OLD.xml") == "before") {
+            ++old;
+            EXPECT_EQ(1U, files()) << ms;
+        } else {
+            ++fresh;
+            EXPECT_EQ(kAirports, files()) << ms;
+            begin();
+        }
+    }
+    EXPECT_TRUE(old > 3 && fresh == 3) << old;
+    {
+        const FullDisk full(500);
+        EXPECT_FALSE(gf_scanSceneries({"C:\\s"}));
+    }
+    EXPECT_EQ(1U, files());
+    EXPECT_EQ("before", made("my_thirdparty/OLD.xml"));
 }
 
 TEST_F(AirportsScanTest, theListsTellTheFoldersOfAddOns)
