@@ -98,23 +98,14 @@ TEST(Summary, tellsAndDrawsAFlightWhateverItsNames)
     // 99 steps of 0.0001 degrees of longitude, 0.006 nm times the cosine of the latitude; the first
     // sample comes within a second of the first step.
     EXPECT_NEAR(99 * 0.006 * std::cos(47.6 * kRadPerDeg), object["track"]["nm"].get<double>(), 0.05);
-
-    Chart chart{.title = "A & B <C>",
-                .subtitle = "",
-                .user = {47.6, 11.5},
-                .atDayAirport = true,
-                .lives = simulator.lives()};
-    ObjectLife stands = chart.lives.front();
-    stands.tailNumber = "BAW1*";
-    stands.removedAt = kNeverInLife;
-    chart.lives.push_back(stands);
+    const std::string svg = gf_trafficSvg({.title = "A & B <C>",
+                                           .subtitle = "",
+                                           .user = {47.6, 11.5},
+                                           .atDayAirport = true,
+                                           .lives = simulator.lives()});
     pugi::xml_document document;
-    const std::string svg = gf_trafficSvg(chart);
-    EXPECT_NE(std::string::npos, svg.find(" 1 static"));
     ASSERT_TRUE(document.load_string(svg.c_str()));
-    EXPECT_EQ(std::string::npos, svg.find("nan"));
     EXPECT_FALSE(document.select_nodes("//*[local-name()='text' and text()='DLH<1>?']").empty());
-    EXPECT_FALSE(document.select_nodes("//*[local-name()='polyline']").empty());
     EXPECT_TRUE(document.load_string(gf_trafficSvg({}).c_str())) << "nobody there";
 }
 
