@@ -77,13 +77,16 @@ static void lf_checkDirection(std::vector<MotionBreak>& breaks, const Step& step
     const double nose = step.a.heading + angleDiff(step.a.heading, step.b.heading) / 2;
     const double offDeg = std::abs(angleDiff(nose, way)) * kDegPerRad;
     const double moved = step.feet / step.seconds / kFeetPerSecondPerKnot;
+    if (step.life.category == "Rotorcraft" && moved < kHoverSpeed) {
+        return;  // slow ones are told to be on the ground
+    }
     if (step.a.onGround && step.b.onGround) {
         if (offDeg > kBackwardDeg && moved > kPushBackSpeed) {
             lf_note(breaks, step, "backward", offDeg);
         } else if (offDeg > kSidewaysGroundDeg && offDeg <= kBackwardDeg) {
             lf_note(breaks, step, "sideways", offDeg);
         }
-    } else if (offDeg > kSidewaysAirDeg && !(step.life.category == "Rotorcraft" && moved < kHoverSpeed)) {
+    } else if (offDeg > kSidewaysAirDeg) {
         lf_note(breaks, step, offDeg > kBackwardDeg ? "backward" : "sideways", offDeg);
     }
 }

@@ -48,7 +48,7 @@ static double lf_naturalSpeed(const LiveAc& ac)
     constexpr double kMostWithoutReport = 20;  // knots, on the ground
     constexpr double kMargin = 1.2;
     constexpr double kMarginKnots = 20;      // slow ones are further from where they say
-    constexpr double kMarginOnGround = 1.5;  // it may have been faster or slower than at both ends
+    constexpr double kMarginOnGround = 1.1;  // taxi speeds are reported up to a third too low
     const double reported = lf_reportedSpeed(ac);
     const double places = lf_speedOfPlaces(ac);
     if (places == 0) {
